@@ -1,0 +1,73 @@
+# How every target of this tree is declared: one place for warnings, sanitizers and include paths.
+
+add_library(vistaro_options INTERFACE)
+target_compile_options(vistaro_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+target_compile_definitions(vistaro_options INTERFACE
+  $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+if(VT_SANITIZE)
+  target_compile_options(vistaro_options INTERFACE
+    -fsanitize=${VT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vistaro_options INTERFACE -fsanitize=${VT_SANITIZE})
+endif()
+
+# vt_library(NAME SOURCES a.cpp … [PUBLIC lib …] [PRIVATE lib …])
+function(vt_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE vistaro_options ${ARG_PRIVATE})
+endfunction()
+
+# vt_program(NAME SOURCES a.cpp … LIBRARIES lib …)
+function(vt_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES})
+endfunction()
+
+# vt_test(NAME SOURCES a_test.cpp … LIBRARIES lib … [TIMEOUT seconds])
+# Every TEST becomes a ctest entry of its own, so that a failure names itself.
+function(vt_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE
+    VT_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
+    VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
+  target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+endfunction()
+
+# vt_fuzzer(NAME SOURCES a_fuzz.cpp LIBRARIES lib …)
+# With clang and VT_FUZZERS a libFuzzer target; always a ctest entry that replays the stored corpus
+# tests/fuzz/corpus/NAME, so that a found input stays a test in every build.
+function(vt_fuzzer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  set(corpus ${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/${name})
+  add_executable(${name}_replay ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/fuzz/replay_main.cpp)
+  target_include_directories(${name}_replay PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${name}_replay PRIVATE VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
+  target_link_libraries(${name}_replay PRIVATE vistaro_options ${ARG_LIBRARIES})
+  add_test(NAME ${name}_replay COMMAND ${name}_replay ${corpus})
+  if(VT_FUZZERS)
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_compile_definitions(${name} PRIVATE VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
+    target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+    target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+    target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES})
+  endif()
+endfunction()
+
+# vt_benchmark(NAME SOURCES a_bench.cpp LIBRARIES lib …)
+function(vt_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
+  target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES} benchmark::benchmark)
+endfunction()
