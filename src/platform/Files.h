@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "foundation/Result.h"
+
+namespace vt {
+
+/// Why a file operation failed.
+struct FileError {
+  int number = 0;    ///< errno
+  std::string text;  ///< what was tried, on which path, and the system's own words
+};
+
+/// What `stat` says of a file, links followed.
+struct FileStatus {
+  std::uint64_t ownerId = 0;
+  std::uint64_t groupId = 0;
+  std::uint32_t permissions = 0;  ///< the twelve permission bits
+};
+
+/// The file manager: what the library does with files of its own, and the status of others'.
+/// Paths are bytes and need not be UTF-8.
+class Files {
+ public:
+  virtual ~Files() = default;
+
+  virtual bool exists(const std::string& path) const = 0;
+
+  /// Creates one directory (the parent must exist) with the default permissions of the process.
+  virtual bool createDirectory(const std::string& path) = 0;
+
+  /// Gives `path` to the group called `groupOwner` and the POSIX permissions `permissions`. False
+  /// when either fails; the other may then have been changed.
+  virtual bool changeAttributes(const std::string& path, const std::string& groupOwner,
+                                std::uint32_t permissions) = 0;
+
+  /// The whole file, links followed. An error when it is missing, unreadable, no regular file or
+  /// longer than `limit` bytes.
+  virtual Result<std::string, FileError> read(const std::string& path,
+                                              std::uint64_t limit) const = 0;
+
+  /// Replaces `path` by `bytes` as a whole: written beside with mode 0600, synced, renamed, and the
+  /// folder synced. On an error the old file is as it was and nothing is left beside it.
+  [[nodiscard]] virtual std::optional<FileError> writeAtomically(const std::string& path,
+                                                                 std::string_view bytes) = 0;
+
+  /// What `stat` answers; nothing when it fails.
+  virtual std::optional<FileStatus> status(const std::string& path) const = 0;
+};
+
+}  // namespace vt

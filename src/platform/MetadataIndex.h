@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/Key.h"
+#include "foundation/Value.h"
+
+namespace vt {
+
+/// One item of the index. Opaque to callers; each index has its own.
+class MDItem {
+ public:
+  virtual ~MDItem() = default;
+};
+
+/// One query and, once executed, its hits in order. Opaque to callers; each index has its own.
+class MDQuery {
+ public:
+  virtual ~MDQuery() = default;
+};
+
+/// Why a query was rejected.
+struct MDQueryRejection {
+  std::size_t offset = 0;  ///< byte in the query text; its length when the text ends too early
+  std::string expected;    ///< what was expected there, as the end of a sentence
+};
+
+/// Compares two hits by the values of the query's sorting attributes, in their order; nullptr for
+/// an absent value. Negative, 0 or positive, as the first goes before, with or after the second.
+using MDQuerySortComparatorFunction = int (*)(const Value* const a[], const Value* const b[],
+                                              const void* context);
+
+/// The ordering that a comparator function stands for: by one attribute, absent values last.
+/// An index that can deliver it outright need only check it.
+struct MDQueryDeclaredOrder {
+  std::string attribute;
+  bool descending = false;
+};
+
+/// Options of MDQueryExecute.
+inline constexpr std::uint32_t kMDQuerySynchronous = 1;
+
+/// The metadata index: finds files by a query, with the rights of the effective user.
+class MetadataIndex {
+ public:
+  virtual ~MetadataIndex() = default;
+
+  /// Makes a query from text in the metadata query language. `valueListAttributes` are the
+  /// attributes that MDQueryGetAttributeValueOfResultAtIndex can give. Nullptr when the text is
+  /// rejected; `rejection`, when given, then says why.
+  virtual std::shared_ptr<MDQuery> MDQueryCreate(
+      const std::string& queryString, const std::vector<std::string>& valueListAttributes,
+      const std::vector<std::string>& sortingAttributes, MDQueryRejection* rejection = nullptr) = 0;
+
+  /// `context` is borrowed and must outlive the execution.
+  virtual void MDQuerySetSortComparator(MDQuery& query, MDQuerySortComparatorFunction comparator,
+                                        const void* context,
+                                        const std::optional<MDQueryDeclaredOrder>& declared) = 0;
+
+  /// The folders to search below, absolute paths; none finds nothing. `options` is 0.
+  virtual void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,
+                                     std::uint32_t options) = 0;
+
+  /// Runs the query. False when it could not be run; there are then no results.
+  virtual bool MDQueryExecute(MDQuery& query, std::uint32_t options) = 0;
+
+  virtual void MDQueryDisableUpdates(MDQuery& query) = 0;
+
+  virtual std::int32_t MDQueryGetResultCount(const MDQuery& query) = 0;
+
+  /// The item of the hit at `index` (below the count), never null.
+  virtual std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) = 0;
+
+  /// The value of one of the value-list attributes for the hit at `index`; nothing when the hit
+  /// lacks it or the attribute is not in the list.
+  virtual std::optional<Value> MDQueryGetAttributeValueOfResultAtIndex(MDQuery& query,
+                                                                       std::string_view attribute,
+                                                                       std::int32_t index) = 0;
+
+  /// The item of the file at `path`; nullptr when there is none that the effective user may read.
+  virtual std::shared_ptr<MDItem> MDItemCreate(const std::string& path) = 0;
+
+  /// A value of the item; nothing when it lacks the attribute.
+  virtual std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) = 0;
+};
+
+}  // namespace vt
