@@ -5,15 +5,11 @@
 #include <optional>
 #include <utility>
 
+#include "metadata/live/LiveFile.h"
 #include "metadata/live/OpenForReading.h"
 #include "metadata/live/PathResolver.h"
 
 namespace vt {
-namespace {
-
-
-}  // namespace
-
 void FolderWalk::walk(int root, std::string_view path) {
   levels_.clear();
   path_ = path;
@@ -33,7 +29,8 @@ void FolderWalk::walk(int root, std::string_view path) {
     }
     std::string name = std::move(level.unvisited.back());
     level.unvisited.pop_back();
-    enter(openForReading(folder, name.c_str(), O_DIRECTORY), std::move(name));
+    Descriptor below = openForReading(folder, name.c_str(), O_DIRECTORY);
+    enter(std::move(below), std::move(name));
   }
 }
 
@@ -56,7 +53,7 @@ void FolderWalk::list(Level& level) {
     if (kind == EntryKind::kUnknown) {
       const std::optional<FileStatus> status = statusOf(folder, name.data());
       if (!status) return;
-      kind = kindOf(*status);
+      kind = entryKindOf(*status);
     }
     visitor_.visit({folder, path_, name, kind});
     if (kind == EntryKind::kFolder && visitor_.entersFolder(path_, name)) {
@@ -71,8 +68,7 @@ int FolderWalk::folderOf(std::size_t level) {
   while (!levels_[open].folder.isOpen()) --open;
   for (; open < level; ++open) {
     Level& next = levels_[open + 1];
-    Descriptor folder =
-        openForReading(levels_[open].folder.get(), next.name.c_str(), O_DIRECTORY);
+    Descriptor folder = openForReading(levels_[open].folder.get(), next.name.c_str(), O_DIRECTORY);
     const std::optional<FileStatus> status =
         folder.isOpen() ? statusOf(folder.get()) : std::nullopt;
     if (!status || !status->isSameFileAs(next.status)) return -1;

@@ -33,7 +33,24 @@ std::string takeStep(std::string& path) {
   return step;
 }
 
+/// Whether each step of an absolute path is a name, so that adding a name gives such a path again.
+bool isPlain(std::string_view path) {
+  if (path == "/") return true;
+  while (path.starts_with('/')) {
+    path.remove_prefix(1);
+    const std::string_view step = path.substr(0, path.find('/'));
+    if (step.empty() || step == "." || step == "..") return false;
+    path.remove_prefix(step.size());
+  }
+  return true;
+}
+
 }  // namespace
+
+AclReading readAclOf(const ResolvedPath& found) {
+  if (found.folder.isOpen()) return readAcl(found.folder.get(), found.name.c_str());
+  return readAcl(found.file.get(), ".");  // it is a folder then
+}
 
 bool maySearchFolder(int folder, const FileStatus& status, const AccessJudge& judge) {
   // By ".", since a descriptor of O_PATH cannot be asked for extended attributes itself.
@@ -48,6 +65,7 @@ std::optional<ResolvedPath> resolvePath(std::string_view path, LastLink lastLink
   ResolvedPath at;
   const auto startOver = [&] {
     at.file = Descriptor(open("/", kNameOnly | O_DIRECTORY));
+    at.folder.close();
     at.canonicalPath.clear();
     const std::optional<FileStatus> status = statusOf(at.file.get());
     if (status) at.status = *status;
@@ -64,8 +82,7 @@ std::optional<ResolvedPath> resolvePath(std::string_view path, LastLink lastLink
     }
     if (step == ".") continue;
     Descriptor next(openat(at.file.get(), step.c_str(), kNameOnly));
-    const std::optional<FileStatus> status =
-        next.isOpen() ? statusOf(next.get()) : std::nullopt;
+    const std::optional<FileStatus> status = next.isOpen() ? statusOf(next.get()) : std::nullopt;
     if (!status) return std::nullopt;
 
     const bool isLast = rest.empty() && !endsInSlash;
@@ -76,9 +93,12 @@ std::optional<ResolvedPath> resolvePath(std::string_view path, LastLink lastLink
       if (rest.starts_with('/') && !startOver()) return std::nullopt;
       continue;
     }
+    at.folder = std::move(at.file);
     at.file = std::move(next);
     at.status = *status;
+    at.name = step;
     if (step == "..") {
+      at.folder.close();
       const std::size_t slash = at.canonicalPath.rfind('/');
       at.canonicalPath.resize(slash == std::string::npos ? 0 : slash);
     } else {
@@ -88,6 +108,8 @@ std::optional<ResolvedPath> resolvePath(std::string_view path, LastLink lastLink
   }
   if (path.ends_with('/') && !at.status.isFolder()) return std::nullopt;
   if (at.canonicalPath.empty()) at.canonicalPath = "/";
+  while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
+  at.shownPath = isPlain(path) ? std::string(path) : at.canonicalPath;
   return at;
 }
 

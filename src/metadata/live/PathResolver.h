@@ -13,10 +13,17 @@ namespace vt {
 
 /// A file that was found by its path.
 struct ResolvedPath {
-  Descriptor file;            ///< of O_PATH: it names the file and reads nothing
+  Descriptor file;  ///< of O_PATH: it names the file and reads nothing
   FileStatus status;
   std::string canonicalPath;  ///< absolute, without links, ".", ".." and double slashes
+  Descriptor folder;          ///< what it was found in; closed for "/" and what ".." led to
+  std::string name;           ///< its name in that folder
+  /// What to call it: the path that was asked for, unless that has steps which are no names.
+  std::string shownPath;
 };
+
+/// The access control list of what was found.
+AclReading readAclOf(const ResolvedPath& found);
 
 enum class LastLink : std::uint8_t { kFollow, kKeep };
 
