@@ -9,7 +9,7 @@ namespace {
 
 // Assigns rather than constructs: a search fills the same value for every file that it meets.
 std::string& textIn(Value& value) {
-  if (value.get<std::string>() == nullptr) value = Value(std::string());
+  if (value.get<std::string>() == nullptr) value = std::string_view{};
   return *value.get<std::string>();
 }
 
