@@ -161,7 +161,7 @@ TEST(DirServiceWrapper, ChecksPasswordsOnEitherBranch) {
     for (const Login& login : kLogins) {
       SCOPED_TRACE(testing::Message() << version << " " << login.what);
       DirectoryWorld world;
-      world.process->version = version;
+      world.process->setAppKitVersionNumber(version);
       const auto wrapper = DirServiceWrapper::init();
       world.services->forgetCalls();
       EXPECT_EQ(wrapper->authenticateUser(login.user, login.password), login.accepted);
@@ -191,7 +191,7 @@ TEST(DirServiceWrapper, RefusesInSilenceWithoutAClassOfOpenDirectory) {
 
 class OldSystem : public testing::Test {
  protected:
-  OldSystem() { world_.process->version = 949; }
+  OldSystem() { world_.process->setAppKitVersionNumber(949); }
 
   bool authenticate(const char* user, const char* password) {
     return DirServiceWrapper::init()->authenticateUser(user, password);
@@ -225,7 +225,7 @@ TEST_F(OldSystem, RefusesARecordWithoutAUsableNameOrNode) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     DirectoryWorld world;
-    world.process->version = 949;
+    world.process->setAppKitVersionNumber(949);
     world.records->add({kDSStdRecordTypeUsers, "bob", c.attributes});
     world.records->setPassword("bob", "pw");
     EXPECT_FALSE(DirServiceWrapper::init()->authenticateUser("bob", "pw"));
@@ -244,7 +244,7 @@ TEST_F(OldSystem, TriesNoOtherMethodAfterARefusal) {
 
 TEST_F(OldSystem, KeepsNothingOfAPasswordCheckWhateverFails) {
   expectNothingKeptWhateverFails([](DirectoryWorld& world) {
-    world.process->version = 949;
+    world.process->setAppKitVersionNumber(949);
     world.services->leaveContinueData();
     if (const auto wrapper = DirServiceWrapper::init()) wrapper->authenticateUser("ann", "secret");
   });

@@ -9,23 +9,12 @@
 
 #include "foundation/NSLog.h"
 #include "platform/Platform.h"
-#include "platform/Process.h"
 #include "platform/memory/MemoryDirectoryServices.h"
 #include "platform/memory/MemoryIdentity.h"
+#include "platform/memory/MemoryProcess.h"
 #include "platform/memory/MemoryRuntimeBundles.h"
 
 namespace vt {
-
-/// A process of a system of a chosen age.
-class AgedProcess final : public Process {
- public:
-  double version = 1038;
-
-  Date now() const override { return {}; }
-  double appKitVersionNumber() const override { return version; }
-  void loadApplication() override {}
-  void seedRandom() override {}
-};
 
 /// A platform whose directory is a table, with one user, ann, and the log in a list. Anything that
 /// the directory did not get back fails the test.
@@ -35,7 +24,7 @@ struct DirectoryWorld {
       records, [](const std::string& complaint) { ADD_FAILURE() << complaint; });
   std::shared_ptr<MemoryRuntimeBundles> bundles = std::make_shared<MemoryRuntimeBundles>(records);
   std::shared_ptr<MemoryIdentity> identity = std::make_shared<MemoryIdentity>();
-  std::shared_ptr<AgedProcess> process = std::make_shared<AgedProcess>();
+  std::shared_ptr<MemoryProcess> process = std::make_shared<MemoryProcess>();
   std::vector<std::string> log;
   LogRedirection redirection{[this](std::string_view text) { log.emplace_back(text); }};
   PlatformScope scope;
