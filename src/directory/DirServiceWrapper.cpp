@@ -7,7 +7,7 @@
 #include "directory/DirectoryHolders.h"
 #include "foundation/Array.h"
 #include "foundation/NSLog.h"
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
 #include "platform/RuntimeBundles.h"
@@ -107,7 +107,7 @@ void DirServiceWrapper::readAttribute(const DataBuffer* buffer,
        services_.dsGetAttributeValue(dsSearchNodeRef_, buffer, i, values, &value) == kDSNoErr;
        ++i) {
     valueHolder.reset(value);
-    if (!isValidUtf8(value->bytes)) continue;
+    if (!isValidUTF8(value->bytes)) continue;
     texts->append(value->bytes);
     if (!result.contains(attribute->type)) result.set(attribute->type, texts);
   }

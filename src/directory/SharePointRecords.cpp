@@ -2,7 +2,7 @@
 #include "directory/DirectoryHolders.h"
 #include "foundation/Dictionary.h"
 #include "foundation/NSLog.h"
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 #include "platform/Platform.h"
 
 namespace vt {
@@ -22,7 +22,7 @@ std::optional<std::string> onlyValue(DirectoryServices& services, DirNodeReferen
     return std::nullopt;
   }
   const ValueEntryHolder holder(value, {&services, gDirRef});
-  return isValidUtf8(value->bytes) ? std::optional(value->bytes) : std::nullopt;
+  return isValidUTF8(value->bytes) ? std::optional(value->bytes) : std::nullopt;
 }
 
 void readRecord(DirectoryServices& services, DirNodeReference node, const DataBuffer* buffer,

@@ -29,15 +29,6 @@ void appendUtf8(char32_t codePoint, std::string& out) {
   out.append(reinterpret_cast<const char*>(bytes.data()), static_cast<std::size_t>(length));
 }
 
-bool isValidUtf8(std::string_view text) {
-  for (std::size_t at = 0; at < text.size();) {
-    const Utf8Character character = utf8CharacterAt(text, at);
-    if (!character.isValid) return false;
-    at += character.length;
-  }
-  return true;
-}
-
 bool isAscii(std::string_view text) {
   const char* at = text.data();
   std::size_t left = text.size();

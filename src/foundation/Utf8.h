@@ -21,9 +21,6 @@ Utf8Character utf8CharacterAt(std::string_view text, std::size_t offset);
 /// Appends `codePoint`, which must be a Unicode scalar value.
 void appendUtf8(char32_t codePoint, std::string& out);
 
-/// Whether the text is well-formed UTF-8 throughout.
-bool isValidUtf8(std::string_view text);
-
 /// Whether every byte is below 0x80.
 bool isAscii(std::string_view text);
 

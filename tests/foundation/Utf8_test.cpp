@@ -54,12 +54,4 @@ TEST(Utf8, FindsAByteOutsideAsciiAtEveryPlace) {
   }
 }
 
-TEST(Utf8, IsValidOnlyWhenEverySequenceIs) {
-  EXPECT_TRUE(isValidUtf8(""));
-  EXPECT_TRUE(isValidUtf8("a\xC3\xA4\xF0\x9F\x98\x80"));
-  EXPECT_FALSE(isValidUtf8("a\xE4"));
-  EXPECT_FALSE(isValidUtf8("\xC3"));
-  EXPECT_FALSE(isValidUtf8("\xED\xA0\x80"));
-}
-
 }  // namespace vt
