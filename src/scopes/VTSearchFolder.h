@@ -41,8 +41,8 @@ class VTSearchFolder : public VTObject, public std::enable_shared_from_this<VTSe
 
   /// `deserializeFolderWithData:`
   /// A group when `data` has a value for "children", whatever it is, else a concrete folder.
-  /// Throws UndefinedKeyError or InvalidArgumentError for a key or value that a concrete folder
-  /// does not take.
+  /// Throws UndefinedKeyError or InvalidArgumentError for a key or value that the folder, or a
+  /// member at any depth, does not take.
   static std::shared_ptr<VTSearchFolder> deserializeFolderWithData(const Dictionary& data);
 
   /// `isEqual:`

@@ -18,7 +18,9 @@ class VTSearchFolderGroup final : public VTSearchFolder {
 
   /// `initWithDictionary:`
   /// Reads "title" and "children"; a member whose title repeats an earlier one's is dropped, and
-  /// nothing else is read. Throws as deserializeFolderWithData() does for a member.
+  /// nothing else is read. A value other than an array for "children" gives no members. Throws as
+  /// deserializeFolderWithData() does for a member, and InvalidArgumentError for one that is no
+  /// dictionary.
   static std::shared_ptr<VTSearchFolderGroup> initWithDictionary(const Dictionary& data);
 
   /// The members' common value: 0 without members, -1 when a 0 and a 1 clash.
@@ -27,7 +29,8 @@ class VTSearchFolderGroup final : public VTSearchFolder {
   void setDownload(std::int64_t download) override;
 
   /// `addFolder:`
-  /// Appends `folder` unless a member has its title. Observable as "folders".
+  /// Appends `folder` unless a member has its title. Observable as "folders". Throws
+  /// InvalidArgumentError for nullptr.
   void addFolder(const std::shared_ptr<VTSearchFolder>& folder);
   /// `removeFolder:`
   /// Removes every member with the title of `folder`. Announced even when nothing is removed.
@@ -43,9 +46,6 @@ class VTSearchFolderGroup final : public VTSearchFolder {
   std::shared_ptr<ObjectArray<VTSearchFolder>> folders() const override { return folders_; }
   /// This group, else the first answer of its members in order, else nullptr.
   std::shared_ptr<VTSearchFolder> searchFolderForTitle(const std::string& title) override;
-
- protected:
-  const Property* propertyNamed(std::string_view key) const override;
 
  private:
   VTSearchFolderGroup() = default;
