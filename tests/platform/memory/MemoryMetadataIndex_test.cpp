@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-#include "platform/Identity.h"
+#include "platform/memory/MemoryIdentity.h"
 
 namespace vt {
 namespace {
@@ -91,6 +91,20 @@ TEST(MemoryMetadataIndex, FailsExecutionsOnDemandWithoutResults) {
   const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {}, nullptr);
   EXPECT_FALSE(index.MDQueryExecute(*query, kMDQuerySynchronous));
   EXPECT_EQ(index.MDQueryGetResultCount(*query), 0);
+}
+
+TEST(MemoryMetadataIndex, FindsNothingWhileItsIdentityDoesNotActAsWanted) {
+  const auto identity = std::make_shared<MemoryIdentity>();
+  MemoryMetadataIndex index(identity);
+  index.addHit({{"kMDItemPath", "/a"}});
+  identity->refuseUser(501);
+  identity->seteuid(501);
+  const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {}, nullptr);
+  EXPECT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
+  EXPECT_EQ(index.MDQueryGetResultCount(*query), 0);
+  identity->seteuid(502);
+  EXPECT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
+  EXPECT_EQ(index.MDQueryGetResultCount(*query), 1);
 }
 
 TEST(MemoryMetadataIndex, LetsAnActionThrowOutOfAnExecution) {
