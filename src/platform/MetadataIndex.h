@@ -51,6 +51,10 @@ class MetadataIndex {
  public:
   virtual ~MetadataIndex() = default;
 
+  /// Opens what the index itself reads, which a searching user need not be able to open: to be
+  /// called before the identity is switched. Harmless when repeated.
+  virtual void prepare() {}
+
   /// Makes a query from text in the metadata query language. `valueListAttributes` are the
   /// attributes that MDQueryGetAttributeValueOfResultAtIndex can give. Nullptr when the text is
   /// rejected; `rejection`, when given, then says why.

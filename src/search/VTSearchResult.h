@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/Dictionary.h"
+#include "foundation/ObjectArray.h"
+#include "foundation/VTObject.h"
+
+namespace vt {
+
+class VTSearchFolder;
+class VTSearchKind;
+class VTUser;
+
+/// The hits of one search that are of one kind of content.
+///
+/// A hit is one record: a dictionary keyed by attribute names, in the order kMDItemPath,
+/// kMDItemDisplayName, kMDItemContentModificationDate, kMDItemContentTypeTree, kMDItemFSSize,
+/// kMDItemLastUsedDate, that ends at the first attribute which the hit lacks.
+class VTSearchResult final : public VTObject {
+ public:
+  using Records = ObjectArray<Dictionary>;
+  using Folders = ObjectArray<VTSearchFolder>;
+
+  /// `initWithGroupKind:results:searchFolders:attributeKeys:user:`
+  /// A group on page 1 that keeps `results` itself: records that others append later are in the
+  /// group. Shown as thumbnails when the kind's default view is 1, else as a list.
+  ///
+  /// The records stay in the order in which they come, newest modification first, and yet the sort
+  /// state says last-used date, descending. Anything may be nil.
+  static std::shared_ptr<VTSearchResult> initWithGroupKind(std::shared_ptr<VTSearchKind> groupKind,
+                                                           std::shared_ptr<Records> results,
+                                                           std::shared_ptr<Folders> searchFolders,
+                                                           std::vector<std::string> attributeKeys,
+                                                           std::shared_ptr<VTUser> user);
+
+  std::shared_ptr<VTSearchKind> groupKind() const { return groupKind_; }
+  /// Both the kind's title; nil without a kind.
+  std::optional<std::string> groupName() const { return title(); }
+  std::optional<std::string> title() const;
+
+  /// The records in display order: the array itself.
+  std::shared_ptr<Records> results() const { return results_; }
+  std::uint64_t count() const { return results_ ? results_->size() : 0; }
+
+  /// How many pages the records fill, by the user's resultsPerPage() read as a signed 32-bit
+  /// integer; 0 without records. A negative one counts as the unsigned 64-bit number of its bits,
+  /// so that everything is on one page. Throws ArithmeticError when it reads 0, as it does without
+  /// a user.
+  std::uint64_t numberOfPages() const;
+
+  /// The page shown, from 1; not checked against numberOfPages().
+  std::uint64_t currentPage() const { return currentPage_; }
+  void setCurrentPage(std::uint64_t page) { currentPage_ = page; }
+  bool thumbnailMode() const { return thumbnailMode_; }
+  void setThumbnailMode(bool thumbnails) { thumbnailMode_ = thumbnails; }
+
+  /// The attribute by which the group counts as sorted, and in which direction.
+  std::optional<std::string> sortAttribute() const { return sortAttribute_; }
+  bool descendingSort() const { return descendingSort_; }
+
+  /// `groupSortOrderCompare:`
+  /// -1, 0 or 1 as this group's kind has a smaller, the same or a larger sort order than the
+  /// other's.
+  int groupSortOrderCompare(const VTSearchResult& other) const;
+
+  using VTObject::valueForKey;
+  /// `valueForKey:atIndex:`
+  /// The value of the attribute `key` in the record at `index`; nil when the record lacks it or
+  /// `index` is past the end. Throws std::out_of_range for any index of a group without records,
+  /// for its last index wraps around to the largest.
+  std::optional<Value> valueForKey(std::string_view key, std::uint64_t index) const;
+
+  /// `pathForItemAtIndex:`
+  /// The absolute path of the item, as bytes. Nil and throws as valueForKey().
+  std::optional<std::string> pathForItemAtIndex(std::uint64_t index) const;
+
+ protected:
+  const Property* propertyNamed(std::string_view key) const override;
+
+ private:
+  VTSearchResult() = default;
+
+  // As given to the initialiser.
+  std::shared_ptr<VTUser> user_;
+  std::shared_ptr<VTSearchKind> groupKind_;
+  std::shared_ptr<Folders> searchFolders_;
+  std::vector<std::string> attributeKeys_;
+
+  std::shared_ptr<Records> results_;
+  std::uint64_t currentPage_ = 1;
+  bool thumbnailMode_ = false;
+  std::optional<std::string> sortAttribute_;
+  bool descendingSort_ = true;
+};
+
+}  // namespace vt
