@@ -44,9 +44,15 @@ class Files {
                                               std::uint64_t limit) const = 0;
 
   /// Replaces `path` by `bytes` as a whole: written beside with mode 0600, synced, renamed, and the
-  /// folder synced. On an error the old file is as it was and nothing is left beside it.
+  /// folder synced. On an error the old file is as it was and nothing is left beside it; only when
+  /// it is the folder that could not be synced, the new file stands already.
   [[nodiscard]] virtual std::optional<FileError> writeAtomically(const std::string& path,
                                                                  std::string_view bytes) = 0;
+
+  /// Sees to it that what `path` holds stays under `keptPath`, in the same folder, when `path` is
+  /// replaced. A file that is called so already stays, which counts as success.
+  [[nodiscard]] virtual std::optional<FileError> keepAs(const std::string& path,
+                                                        const std::string& keptPath) = 0;
 
   /// What `stat` answers; nothing when it fails.
   virtual std::optional<FileStatus> status(const std::string& path) const = 0;

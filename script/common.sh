@@ -1,0 +1,58 @@
+# Shared by the scripts of this folder, which source it. Leaves the shell in the checkout's top folder.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '%s\n' "$*" >&2; }
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    say "Packages are missing and only root can install them: run script/setup as root once."
+    return 1
+  fi
+}
+
+# install_packages build [test] [lint]: installs what is missing of these rows of packages.txt.
+install_packages() {
+  local missing=() purpose package
+  while read -r purpose package; do
+    case " $* " in *" $purpose "*) ;; *) continue ;; esac
+    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+      missing+=("$package")
+    fi
+  done < <(grep -v '^#' script/packages.txt)
+  [ ${#missing[@]} -eq 0 ] && return
+  say "Installing: ${missing[*]}"
+  as_root apt-get update -qq >&2
+  as_root env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+}
+
+# build PRESET [target…]: configures when needed and builds; output only when something fails.
+build() {
+  local preset=$1 log=build/$1.log
+  shift
+  mkdir -p build
+  if [ ! -f "build/$preset/build.ninja" ]; then
+    cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+  fi
+  if [ -t 2 ]; then
+    cmake --build --preset "$preset" "${@/#/--target=}" >&2
+  else
+    cmake --build --preset "$preset" "${@/#/--target=}" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+  fi
+}
+
+# The private root that the programs use when started from a checkout, with the folders that the
+# settings and caches need. Settings and accounts of the machine stay untouched.
+use_checkout_root() {
+  if [ -z "${VISTARO_ROOT+set}" ]; then
+    export VISTARO_ROOT=$PWD/var/root
+    mkdir -p -m 0755 "$VISTARO_ROOT/Library/Application Support" "$VISTARO_ROOT/Library/Caches" \
+      "$VISTARO_ROOT/tmp"
+  fi
+  export VISTARO_RESOURCES=${VISTARO_RESOURCES:-$PWD/resources}
+}

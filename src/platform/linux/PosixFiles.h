@@ -1,0 +1,47 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/Files.h"
+
+namespace vt {
+
+/// The file manager on the file system of this machine.
+///
+/// A process killed while it writes can leave a temporary file ".NAME.tmp-XXXXXX" beside NAME.
+/// Nobody reads it; a later write of NAME removes it once it is an hour old, so that the temporary
+/// file of another process that is writing just now is left alone.
+class PosixFiles : public Files {
+ public:
+  bool exists(const std::string& path) const override;
+  bool createDirectory(const std::string& path) override;
+  /// `groupOwner` "admin" is the group of that name, else "sudo", else "wheel".
+  bool changeAttributes(const std::string& path, const std::string& groupOwner,
+                        std::uint32_t permissions) override;
+  Result<std::string, FileError> read(const std::string& path, std::uint64_t limit) const override;
+  [[nodiscard]] std::optional<FileError> writeAtomically(const std::string& path,
+                                                         std::string_view bytes) override;
+  [[nodiscard]] std::optional<FileError> keepAs(const std::string& path,
+                                                const std::string& keptPath) override;
+  std::optional<FileStatus> status(const std::string& path) const override;
+
+ protected:
+  // The system calls by which a file is replaced, each as the system's own: -1 and errno on error.
+  // Apart, so that each can be made to fail.
+  virtual int makeTemporary(std::string& pathPattern);
+  virtual ssize_t writeBytes(int descriptor, const char* bytes, std::size_t count);
+  virtual int sync(int descriptor);
+  virtual int rename(const char* from, const char* to);
+  virtual int link(const char* from, const char* to);
+
+ private:
+  std::optional<FileError> fill(int descriptor, const std::string& path, std::string_view bytes);
+  std::optional<FileError> syncFolder(const std::string& folder);
+};
+
+}  // namespace vt

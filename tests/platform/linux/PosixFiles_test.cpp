@@ -1,0 +1,214 @@
+#include "platform/linux/PosixFiles.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/memory/FaultyFiles.h"
+#include "support/ReadFile.h"
+#include "support/TemporaryFolder.h"
+
+namespace vt {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint64_t kPlenty = 1 << 20;
+
+std::vector<std::string> namesIn(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.push_back(entry.path().filename());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST(PosixFiles, WritesAndReadsAFile) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  const std::string bytes("a\0b\xff", 4);
+  EXPECT_EQ(files.writeAtomically(folder / "file", bytes), std::nullopt);
+  const auto read = files.read(folder / "file", kPlenty);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(*read, bytes);
+  EXPECT_THAT(namesIn(folder.path()), ElementsAre("file"));
+}
+
+TEST(PosixFiles, GivesAWrittenFileToItsOwnerAlone) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  writeFile(folder / "file", "old");
+  ::chmod((folder / "file").c_str(), 0644);
+  ASSERT_EQ(files.writeAtomically(folder / "file", "new"), std::nullopt);
+  EXPECT_EQ(files.status(folder / "file")->permissions, 0600U);
+}
+
+TEST(PosixFiles, ReplacesTheFileAndNotItsContents) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  writeFile(folder / "file", "old");
+  ASSERT_EQ(::link((folder / "file").c_str(), (folder / "other name").c_str()), 0);
+  ASSERT_EQ(files.writeAtomically(folder / "file", "new"), std::nullopt);
+  EXPECT_EQ(readFile(folder / "other name"), "old");
+}
+
+TEST(PosixFiles, LeavesTheOldFileWhicheverStepFails) {
+  const TemporaryFolder folder;
+  FaultyFiles files;
+  writeFile(folder / "file", "old");
+  for (const int error : {ENOSPC, EIO, EDQUOT}) {
+    // Make the temporary file, write, sync, rename; then the folder's sync.
+    for (int step = 0; step < 4; ++step) {
+      SCOPED_TRACE(testing::Message() << "step " << step << ", errno " << error);
+      files.failAfter(step, error);
+      const std::optional<FileError> failure = files.writeAtomically(folder / "file", "new bytes");
+      ASSERT_TRUE(files.didFail());
+      ASSERT_TRUE(failure);
+      EXPECT_EQ(failure->number, error);
+      EXPECT_THAT(failure->text, HasSubstr(folder / "file"));
+      EXPECT_EQ(readFile(folder / "file"), "old");
+      EXPECT_THAT(namesIn(folder.path()), ElementsAre("file"));
+    }
+  }
+}
+
+TEST(PosixFiles, ReportsAFolderThatCannotBeSynced) {
+  const TemporaryFolder folder;
+  FaultyFiles files;
+  files.failAfter(4, EIO);
+  const std::optional<FileError> failure = files.writeAtomically(folder / "file", "new");
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->number, EIO);
+  EXPECT_EQ(readFile(folder / "file"), "new");
+}
+
+TEST(PosixFiles, TriesAgainWhenASignalInterruptsAWrite) {
+  const TemporaryFolder folder;
+  FaultyFiles files;
+  files.failAfter(1, EINTR);
+  EXPECT_EQ(files.writeAtomically(folder / "file", "new"), std::nullopt);
+  EXPECT_TRUE(files.didFail());
+  EXPECT_EQ(readFile(folder / "file"), "new");
+}
+
+TEST(PosixFiles, LeavesTheOldFileOnAFullDisk) {
+  const TemporaryFolder folder;
+  if (::mount("tmpfs", folder.path().c_str(), "tmpfs", 0, "size=64k") != 0) {
+    GTEST_SKIP() << "only root can mount a small file system";
+  }
+  PosixFiles files;
+  const std::string old(20'000, 'o');
+  EXPECT_EQ(files.writeAtomically(folder / "file", old), std::nullopt);
+  const std::optional<FileError> failure =
+      files.writeAtomically(folder / "file", std::string(100'000, 'n'));
+  EXPECT_EQ(readFile(folder / "file"), old);
+  EXPECT_THAT(namesIn(folder.path()), ElementsAre("file"));
+  ::umount(folder.path().c_str());
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->number, ENOSPC);
+}
+
+TEST(PosixFiles, RemovesOnlyOldLeftoversOfTheSameFile) {
+  const TemporaryFolder folder;
+  const char* names[] = {".file.tmp-AAAAAA", ".file.tmp-BBBBBB", ".other.tmp-AAAAAA"};
+  for (const char* name : names) writeFile(folder / name, "half");
+  for (const char* name : {names[0], names[2]}) {
+    const timespec old[2] = {{::time(nullptr) - 7200, 0}, {::time(nullptr) - 7200, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, (folder / name).c_str(), old, 0), 0);
+  }
+  ASSERT_EQ(PosixFiles().writeAtomically(folder / "file", "new"), std::nullopt);
+  EXPECT_THAT(namesIn(folder.path()), ElementsAre(names[1], names[2], "file"));
+}
+
+TEST(PosixFiles, RefusesToReadWhatIsNoFileOrTooLong) {
+  const TemporaryFolder folder;
+  const PosixFiles files;
+  writeFile(folder / "file", "12345");
+  ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+  EXPECT_EQ(files.read(folder / "missing", kPlenty).error().number, ENOENT);
+  EXPECT_EQ(files.read(folder.path(), kPlenty).error().number, EISDIR);
+  EXPECT_EQ(files.read(folder / "fifo", kPlenty).error().number, EINVAL);
+  EXPECT_EQ(files.read(folder / "file", 4).error().number, EFBIG);
+  EXPECT_EQ(*files.read(folder / "file", 5), "12345");
+  EXPECT_EQ(files.read("/dev/zero", kPlenty).error().number, EINVAL);
+}
+
+TEST(PosixFiles, KeepsWhatAReplacedFileHeld) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  writeFile(folder / "file", "first");
+  EXPECT_EQ(files.keepAs(folder / "file", folder / "kept"), std::nullopt);
+  ASSERT_EQ(files.writeAtomically(folder / "file", "second"), std::nullopt);
+  EXPECT_EQ(readFile(folder / "kept"), "first");
+  EXPECT_EQ(files.keepAs(folder / "file", folder / "kept"), std::nullopt);
+  EXPECT_EQ(readFile(folder / "kept"), "first");
+}
+
+TEST(PosixFiles, CopiesTheFileToKeepWhereThereAreNoHardLinks) {
+  const TemporaryFolder folder;
+  FaultyFiles files;
+  writeFile(folder / "file", "first");
+  files.failAfter(0, EPERM);
+  EXPECT_EQ(files.keepAs(folder / "file", folder / "kept"), std::nullopt);
+  EXPECT_EQ(readFile(folder / "kept"), "first");
+}
+
+TEST(PosixFiles, ReportsWhatCannotBeKept) {
+  const TemporaryFolder folder;
+  FaultyFiles files;
+  writeFile(folder / "file", "first");
+  files.failAfter(0, ENOSPC);
+  EXPECT_EQ(files.keepAs(folder / "file", folder / "kept")->number, ENOSPC);
+  EXPECT_EQ(files.keepAs(folder / "missing", folder / "kept")->number, ENOENT);
+}
+
+TEST(PosixFiles, CreatesOneDirectoryWhoseParentExists) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  EXPECT_TRUE(files.createDirectory(folder / "new/"));
+  EXPECT_TRUE(files.exists(folder / "new/"));
+  EXPECT_FALSE(files.createDirectory(folder / "new/"));
+  EXPECT_FALSE(files.createDirectory(folder / "a/b"));
+}
+
+TEST(PosixFiles, GivesADirectoryToTheAdministratorsGroup) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give a directory away";
+  const group* wanted = nullptr;
+  for (const char* name : {"admin", "sudo", "wheel"}) {
+    if (!wanted) wanted = ::getgrnam(name);
+  }
+  if (!wanted) GTEST_SKIP() << "this machine has none of the three groups";
+  const gid_t expected = wanted->gr_gid;
+  const TemporaryFolder folder;
+  EXPECT_TRUE(PosixFiles().changeAttributes(folder.path(), "admin", 0775));
+  const std::optional<FileStatus> status = PosixFiles().status(folder.path());
+  EXPECT_EQ(status->groupId, expected);
+  EXPECT_EQ(status->permissions, 0775U);
+}
+
+TEST(PosixFiles, DoesNotChangeAttributesForAGroupOrPathThatIsMissing) {
+  const TemporaryFolder folder;
+  EXPECT_FALSE(PosixFiles().changeAttributes(folder.path(), "no such group", 0700));
+  EXPECT_FALSE(PosixFiles().changeAttributes(folder / "missing", "admin", 0775));
+  EXPECT_EQ(PosixFiles().status(folder.path())->permissions, 0755U);
+}
+
+TEST(PosixFiles, KnowsNoStatusOfAMissingFile) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(PosixFiles().status(folder / "missing"), std::nullopt);
+  EXPECT_FALSE(PosixFiles().exists(folder / "missing"));
+}
+
+}  // namespace
+}  // namespace vt
