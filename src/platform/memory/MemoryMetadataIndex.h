@@ -33,8 +33,9 @@ class MemoryMetadataIndex final : public MetadataIndex {
   }
   void addHit(std::shared_ptr<const Dictionary> attributes);
 
-  /// Rejects every query from now on.
+  /// Rejects every query from now on; none any more.
   void rejectQueries(MDQueryRejection rejection) { rejection_ = std::move(rejection); }
+  void acceptQueries() { rejection_.reset(); }
   /// Fails every execution from now on.
   void failExecutions() { failsExecutions_ = true; }
   /// Calls `action` within each execution, before it finds anything. It may throw.
