@@ -1,0 +1,86 @@
+#include "metadata/live/LiveSearch.h"
+
+#include <optional>
+#include <unordered_set>
+#include <utility>
+
+#include "metadata/live/FolderWalk.h"
+#include "metadata/live/LiveItem.h"
+#include "metadata/live/PathResolver.h"
+
+namespace vt {
+namespace {
+
+/// A scope folder that is there and that the account may reach.
+struct Scope {
+  std::string path;           // hits are called by it
+  std::string canonicalPath;  // tells scopes apart
+  Descriptor folder;
+};
+
+class Collector final : public FolderVisitor {
+ public:
+  Collector(const query::QueryMatcher& matcher, LiveItem& item, LiveHits& hits)
+      : matcher_(matcher), item_(item), hits_(hits) {}
+
+  /// `scopes` are the canonical paths of all.
+  void startScope(const Scope& scope, const std::unordered_set<std::string>& scopes) {
+    scope_ = &scope;
+    scopes_ = &scopes;
+  }
+
+  void visit(const WalkedEntry& entry) override {
+    item_.moveTo(entry);
+    // The query first: most entries fail it by their names alone, at no cost to the file system.
+    if (!matcher_.matches(item_) || !item_.isReadable()) return;
+    hits_.add(entry.folderPath, entry.name, item_.type(), *item_.status());
+  }
+
+  // Another scope's folder is left to that scope, so nested ones give each file once.
+  bool entersFolder(std::string_view folderPath, std::string_view name) override {
+    if (scopes_->size() == 1) return true;
+    const std::string_view below = folderPath.substr(scope_->path.size());
+    std::string folder = scope_->canonicalPath == "/" ? std::string() : scope_->canonicalPath;
+    folder += !below.empty() && !below.starts_with('/') ? "/" : "";
+    folder += below;
+    return !scopes_->contains(joinPath(folder, name));
+  }
+
+ private:
+  const query::QueryMatcher& matcher_;
+  LiveItem& item_;
+  LiveHits& hits_;
+  const Scope* scope_ = nullptr;
+  const std::unordered_set<std::string>* scopes_ = nullptr;
+};
+
+}  // namespace
+
+LiveSearchResult LiveSearch::run(const std::vector<std::string>& scopes,
+                                 const Credentials& who) const {
+  LiveSearchResult result;
+  const AccessJudge judge(who);
+  std::vector<Scope> usable;
+  std::unordered_set<std::string> canonicalPaths;
+  for (const std::string& path : scopes) {
+    std::optional<ResolvedPath> found = resolvePath(path, LastLink::kFollow, judge);
+    if (!found || !found->status.isFolder() ||
+        !maySearchFolder(found->file.get(), found->status, judge)) {
+      result.unusableScopes.push_back(path);
+    } else if (canonicalPaths.insert(found->canonicalPath).second) {
+      usable.push_back(
+          {std::move(found->shownPath), std::move(found->canonicalPath), std::move(found->file)});
+    }
+  }
+
+  LiveItem item(matcher_, schema_, tables_, judge);
+  Collector collector(matcher_, item, result.hits);
+  for (const Scope& scope : usable) {
+    collector.startScope(scope, canonicalPaths);
+    FolderWalk(judge, collector).walk(scope.folder.get(), scope.path);
+  }
+  result.hits.sortNewestFirst();
+  return result;
+}
+
+}  // namespace vt

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "metadata/live/LiveFile.h"
+#include "metadata/live/LiveHits.h"
+#include "metadata/query/AttributeSchema.h"
+#include "metadata/query/QueryMatcher.h"
+#include "metadata/rights/Credentials.h"
+
+namespace vt {
+
+/// What a search found, and what it could not look at.
+struct LiveSearchResult {
+  LiveHits hits;  ///< sorted newest first
+  /// Scope folders, as they were given, that are relative, missing, no folders, or not to be
+  /// reached by the account.
+  std::vector<std::string> unusableScopes;
+};
+
+/// Answers one query by walking the files at the moment it is asked.
+///
+/// Finds what lies in the scope folders at any depth, not the folders themselves. A link is an item
+/// of its own and not followed. Each file is found once, however the scopes repeat or nest. What
+/// the account may not read, or not reach, is never found, whatever the process itself may do; so
+/// no hit, no count and no match of text tells of it.
+class LiveSearch {
+ public:
+  /// Borrows everything.
+  LiveSearch(const query::QueryMatcher& matcher, const query::AttributeSchema& schema,
+             const TypeTables& tables)
+      : matcher_(matcher), schema_(schema), tables_(tables) {}
+
+  /// `scopes` are absolute paths, which may lead through links. Costs a walk of all that is below
+  /// them.
+  LiveSearchResult run(const std::vector<std::string>& scopes, const Credentials& who) const;
+
+ private:
+  const query::QueryMatcher& matcher_;
+  const query::AttributeSchema& schema_;
+  TypeTables tables_;
+};
+
+}  // namespace vt

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/TextFolding.h"
+
+namespace vt::query {
+
+/// What a character is to the division of text into words.
+enum class CharacterClass : std::uint8_t {
+  kSeparator,  ///< blank, punctuation (`_` too), symbol, control
+  kLower,
+  kUpper,
+  kLetter,  ///< a letter without case
+  kDigit,
+  kIdeograph,  ///< Han, kana: written without blanks, so each is a word
+  kMark,       ///< combines with what stands before it
+};
+
+CharacterClass classOf(char32_t character);
+
+/// Properties of a position in a text, as bits.
+namespace position {
+inline constexpr std::uint8_t kCharacter = 1;  ///< a character begins here, or the text ends
+inline constexpr std::uint8_t kBoundary = 2;   ///< a match of whole words may begin or end here
+inline constexpr std::uint8_t kSeparator = 4;  ///< the character here is no part of a word
+}  // namespace position
+
+/// A text folded for comparison, with what is known of each position in it.
+struct SegmentedText {
+  std::string units;                     ///< UTF-8
+  std::vector<std::uint8_t> properties;  ///< one for each byte of `units`, and one for the end
+};
+
+/// Folds a text and finds its words.
+///
+/// A word is a run of letters and digits; within it a new one begins where digits meet letters,
+/// where an upper-case letter follows a lower-case one, and at each ideograph. There is a boundary
+/// at either end of a word and of every separator. Linear in the text.
+SegmentedText segmentText(std::string_view utf8, Folding folding);
+
+/// Like segmentText() with both foldings, but each run of separators is a single blank, so that
+/// words that follow each other are one blank apart.
+SegmentedText segmentContent(std::string_view utf8);
+
+}  // namespace vt::query

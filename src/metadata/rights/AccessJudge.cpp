@@ -1,0 +1,30 @@
+#include "metadata/rights/AccessJudge.h"
+
+#include <sys/stat.h>
+
+namespace vt {
+namespace {
+
+bool holds(std::uint32_t bits, Permissions wanted) { return (bits & wanted) == wanted; }
+
+}  // namespace
+
+std::optional<bool> AccessJudge::verdictOfModeAlone(const FileOwnership& file,
+                                                    Permissions wanted) const {
+  if (who_.isSuperuser()) return true;
+  const std::uint32_t group = file.mode >> 3 & 7;
+  const std::uint32_t others = file.mode & 7;
+  if (file.uid == who_.uid()) return holds(file.mode >> 6, wanted);
+  if (S_ISLNK(file.mode)) return holds(who_.isMemberOf(file.gid) ? group : others, wanted);
+  if (group == 0) return !who_.isMemberOf(file.gid) && holds(others, wanted);
+  if (!holds(group, wanted) && !holds(others, wanted)) return false;
+  return std::nullopt;
+}
+
+bool AccessJudge::verdictWithAcl(const FileOwnership& file, Permissions wanted,
+                                 const std::optional<AccessControlList>& list) const {
+  if (list) return list->grants(who_, file.gid, wanted);
+  return holds(who_.isMemberOf(file.gid) ? file.mode >> 3 : file.mode, wanted);
+}
+
+}  // namespace vt

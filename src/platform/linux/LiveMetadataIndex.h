@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "metadata/query/AttributeSchema.h"
+#include "metadata/query/Query.h"
+#include "metadata/rights/Credentials.h"
+#include "metadata/types/ContentTypes.h"
+#include "metadata/types/ResultGroups.h"
+#include "platform/MetadataIndex.h"
+
+namespace vt {
+
+class Identity;
+
+/// What a user should know of a query beside its hits.
+struct LiveQueryNotes {
+  std::vector<query::QueryWarning> unknownAttributes;
+  /// Scope folders of the last execution that are missing or not to be reached, as they were given.
+  std::vector<std::string> unusableScopes;
+};
+
+/// The metadata index without an index: each query walks the files below its scope.
+///
+/// Answers with the rights of the effective user id's own account, whatever groups the process has;
+/// user 0 sees everything. Where the process may, it acts as user 0 while it looks, so that what
+/// the account may read is found, no more and no less; otherwise it finds what the account and the
+/// process may both read. An unknown account, or an identity that is not the wanted one, finds
+/// nothing. One thread at a time.
+class LiveMetadataIndex final : public MetadataIndex {
+ public:
+  /// The account of a user id with all its groups; nothing when there is none.
+  using CredentialsProvider = std::function<std::optional<Credentials>(std::uint32_t uid)>;
+
+  LiveMetadataIndex(std::shared_ptr<const ContentTypes> types,
+                    std::shared_ptr<const query::AttributeSchema> schema,
+                    std::shared_ptr<Identity> identity, CredentialsProvider credentialsOf);
+
+  std::shared_ptr<MDQuery> MDQueryCreate(const std::string& queryString,
+                                         const std::vector<std::string>& valueListAttributes,
+                                         const std::vector<std::string>& sortingAttributes,
+                                         MDQueryRejection* rejection = nullptr) override;
+  void MDQuerySetSortComparator(MDQuery& query, MDQuerySortComparatorFunction comparator,
+                                const void* context,
+                                const std::optional<MDQueryDeclaredOrder>& declared) override;
+  void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,
+                             std::uint32_t options) override;
+  /// Walks the scope; true also when nothing could be found. Executing again looks again.
+  bool MDQueryExecute(MDQuery& query, std::uint32_t options) override;
+  /// Does nothing: hits stay as they were found.
+  void MDQueryDisableUpdates(MDQuery& query) override;
+  std::int32_t MDQueryGetResultCount(const MDQuery& query) override;
+  std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) override;
+  std::optional<Value> MDQueryGetAttributeValueOfResultAtIndex(MDQuery& query,
+                                                               std::string_view attribute,
+                                                               std::int32_t index) override;
+  std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
+  std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
+
+  const LiveQueryNotes& notesOf(const MDQuery& query) const;
+
+ private:
+  std::optional<Credentials> callersCredentials() const;
+
+  std::shared_ptr<const ContentTypes> types_;
+  ResultGroups groups_;
+  std::shared_ptr<const query::AttributeSchema> schema_;
+  std::shared_ptr<Identity> identity_;
+  CredentialsProvider credentialsOf_;
+};
+
+}  // namespace vt

@@ -1,0 +1,71 @@
+#include "metadata/rights/AccessJudge.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace vt {
+namespace {
+
+AccessJudge bobsJudge() { return AccessJudge(Credentials(7, 70, {71})); }
+
+AclReading noList() { return {true, std::nullopt}; }
+
+TEST(AccessJudge, JudgesByTheFirstOfOwnerGroupAndOthersThatApplies) {
+  const struct {
+    const char* what;
+    FileOwnership file;
+    Permissions wanted;
+    bool allowed;
+  } cases[] = {
+      {"owner", {7, 1, S_IFREG | 0400}, kMayRead, true},
+      {"owner kept out where others may", {7, 70, S_IFREG | 0044}, kMayRead, false},
+      {"group", {1, 71, S_IFREG | 0040}, kMayRead, true},
+      {"group kept out where others may", {1, 70, S_IFREG | 0604}, kMayRead, false},
+      {"others", {1, 1, S_IFREG | 0004}, kMayRead, true},
+      {"others kept out", {1, 1, S_IFREG | 0640}, kMayRead, false},
+      {"search is not reading", {1, 1, S_IFDIR | 0755}, kMaySearch, true},
+      {"reading is not search", {1, 1, S_IFDIR | 0744}, kMaySearch, false},
+      {"link", {1, 1, S_IFLNK | 0777}, kMayRead, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(bobsJudge().allows(c.file, c.wanted, noList), c.allowed);
+  }
+}
+
+TEST(AccessJudge, LetsTheSuperuserReadEverything) {
+  const AccessJudge judge(Credentials(0, 0, {}));
+  EXPECT_TRUE(judge.allows({1, 1, S_IFREG | 0000}, kMayRead, noList));
+}
+
+TEST(AccessJudge, RefusesWhenTheListIsNotKnown) {
+  const auto unknown = [] { return AclReading{false, std::nullopt}; };
+  EXPECT_FALSE(bobsJudge().allows({1, 1, S_IFREG | 0644}, kMayRead, unknown));
+}
+
+TEST(AccessJudge, ReadsTheListOnlyWhereItCouldMatter) {
+  const struct {
+    const char* what;
+    FileOwnership file;
+    int readings;
+  } cases[] = {
+      {"owner", {7, 70, S_IFREG | 0644}, 0},
+      {"no group bits, so no mask and no list", {1, 1, S_IFREG | 0604}, 0},
+      {"neither group nor others may", {1, 1, S_IFREG | 0711}, 0},
+      {"link", {1, 1, S_IFLNK | 0777}, 0},
+      {"others may", {1, 1, S_IFREG | 0644}, 1},
+      {"group may", {1, 1, S_IFREG | 0640}, 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    int readings = 0;
+    bobsJudge().allows(c.file, kMayRead, [&] {
+      ++readings;
+      return noList();
+    });
+    EXPECT_EQ(readings, c.readings);
+  }
+}
+
+}  // namespace
+}  // namespace vt

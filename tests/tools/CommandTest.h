@@ -1,0 +1,63 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <utime.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "support/Program.h"
+#include "support/TemporaryFolder.h"
+
+namespace vt {
+
+/// Runs the built command over a tree of its own, under a root prefix with two accounts: `ann`
+/// (2001, also in group 3001) and `ben` (2002).
+class CommandTest : public testing::Test {
+ protected:
+  CommandTest() {
+    for (const char* folder : {"etc", "tmp", "Library/Application Support", "Library/Caches"}) {
+      std::filesystem::create_directories(root_.path() / folder);
+    }
+    write(root_ / "etc/passwd",
+          "root:x:0:0:System:/root:/bin/sh\n"
+          "ann:x:2001:2001:Ann Other:/home/ann:/bin/sh\n"
+          "ben:x:2002:2002:Ben Third:/home/ben:/bin/sh\n");
+    write(root_ / "etc/group",
+          "root:x:0:\nadmin:x:80:ben\nann:x:2001:\nben:x:2002:\nteam:x:3001:ann\n");
+  }
+
+  static void write(const std::string& path, std::string_view bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+  }
+
+  /// A file of `size` bytes below the tree, last changed `age` seconds before 2026-11-21 00:00 UTC.
+  std::string addFile(const std::string& name, std::size_t size = 1, long age = 0) {
+    const std::string path = tree_ / name;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    write(path, std::string(size, 'x'));
+    const utimbuf times{1795219200 - age, 1795219200 - age};
+    utime(path.c_str(), &times);
+    return path;
+  }
+
+  ProgramResult vistaro(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), VT_PROGRAM);
+    return runProgram(arguments, {{"VISTARO_ROOT", root_.path().string()},
+                                  {"VISTARO_RESOURCES", VT_RESOURCES},
+                                  {"TZ", "UTC"},
+                                  {"LC_ALL", "C"}});
+  }
+
+  ProgramResult search(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), {"search", "--path", tree_.path().string()});
+    return vistaro(arguments);
+  }
+
+  TemporaryFolder root_;
+  TemporaryFolder tree_;
+};
+
+}  // namespace vt
