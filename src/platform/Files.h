@@ -16,7 +16,7 @@ struct FileError {
 };
 
 /// What `stat` says of a file, links followed.
-struct FileStatus {
+struct FileRights {
   std::uint64_t ownerId = 0;
   std::uint64_t groupId = 0;
   std::uint32_t permissions = 0;  ///< the twelve permission bits
@@ -55,7 +55,7 @@ class Files {
                                                         const std::string& keptPath) = 0;
 
   /// What `stat` answers; nothing when it fails.
-  virtual std::optional<FileStatus> status(const std::string& path) const = 0;
+  virtual std::optional<FileRights> status(const std::string& path) const = 0;
 };
 
 }  // namespace vt

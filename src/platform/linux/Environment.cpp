@@ -31,7 +31,7 @@ std::string withoutTrailingSlashes(std::string path) {
 std::optional<EnvironmentError> refusalForRoot(const Variable& variable, const std::string& path) {
   const PosixFiles files;
   std::string judged = path.empty() ? "/" : path;
-  std::optional<FileStatus> status = files.status(judged);
+  std::optional<FileRights> status = files.status(judged);
   if (!status && variable.mayBeMissing) {
     judged = judged.substr(0, judged.rfind('/') + 1);
     status = files.status(judged);

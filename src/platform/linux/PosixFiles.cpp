@@ -168,10 +168,10 @@ std::optional<FileError> PosixFiles::keepAs(const std::string& path, const std::
   return writeAtomically(keptPath, *bytes);
 }
 
-std::optional<FileStatus> PosixFiles::status(const std::string& path) const {
+std::optional<FileRights> PosixFiles::status(const std::string& path) const {
   struct stat status{};
   if (::stat(path.c_str(), &status) != 0) return std::nullopt;
-  return FileStatus{status.st_uid, status.st_gid, status.st_mode & 07777U};
+  return FileRights{status.st_uid, status.st_gid, status.st_mode & 07777U};
 }
 
 int PosixFiles::makeTemporary(std::string& pathPattern) {

@@ -28,7 +28,7 @@ class PosixFiles : public Files {
                                                          std::string_view bytes) override;
   [[nodiscard]] std::optional<FileError> keepAs(const std::string& path,
                                                 const std::string& keptPath) override;
-  std::optional<FileStatus> status(const std::string& path) const override;
+  std::optional<FileRights> status(const std::string& path) const override;
 
  protected:
   // The system calls by which a file is replaced, each as the system's own: -1 and errno on error.

@@ -192,7 +192,7 @@ TEST(PosixFiles, GivesADirectoryToTheAdministratorsGroup) {
   const gid_t expected = wanted->gr_gid;
   const TemporaryFolder folder;
   EXPECT_TRUE(PosixFiles().changeAttributes(folder.path(), "admin", 0775));
-  const std::optional<FileStatus> status = PosixFiles().status(folder.path());
+  const std::optional<FileRights> status = PosixFiles().status(folder.path());
   EXPECT_EQ(status->groupId, expected);
   EXPECT_EQ(status->permissions, 0775U);
 }

@@ -19,6 +19,11 @@ int bySizeAscending(const Value* const a[], const Value* const b[], const void* 
   return compareNaturally(*a[0], *b[0]);
 }
 
+std::shared_ptr<MDQuery> aQuery(MetadataIndex& index, const std::vector<std::string>& values = {},
+                                const std::vector<std::string>& sorting = {}) {
+  return index.MDQueryCreate("a == {}", values, sorting);
+}
+
 std::vector<std::string> paths(MemoryMetadataIndex& index, MDQuery& query) {
   std::vector<std::string> found;
   for (std::int32_t i = 0; i < index.MDQueryGetResultCount(query); ++i) {
@@ -32,7 +37,7 @@ TEST(MemoryMetadataIndex, GivesItsTableInOrderWithoutAComparator) {
   MemoryMetadataIndex index;
   index.addHit({{"kMDItemPath", "/b"}});
   index.addHit({{"kMDItemPath", "/a"}});
-  const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {}, nullptr);
+  const std::shared_ptr<MDQuery> query = aQuery(index);
   ASSERT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
   EXPECT_THAT(paths(index, *query), ElementsAre("/b", "/a"));
 }
@@ -44,7 +49,7 @@ TEST(MemoryMetadataIndex, SortsByTheComparatorAndKeepsEqualHitsInOrder) {
   index.addHit({{"kMDItemPath", "/three"}, {"kMDItemFSSize", 3}});
   index.addHit({{"kMDItemPath", "/none too"}});
   index.addHit({{"kMDItemPath", "/three too"}, {"kMDItemFSSize", 3}});
-  const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {"kMDItemFSSize"}, nullptr);
+  const std::shared_ptr<MDQuery> query = aQuery(index, {}, {"kMDItemFSSize"});
   int calls = 0;
   index.MDQuerySetSortComparator(*query, bySizeAscending, &calls, std::nullopt);
   ASSERT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
@@ -56,8 +61,7 @@ TEST(MemoryMetadataIndex, SortsByTheComparatorAndKeepsEqualHitsInOrder) {
 TEST(MemoryMetadataIndex, GivesValuesOfTheValueListOnly) {
   MemoryMetadataIndex index;
   index.addHit({{"kMDItemPath", "/a"}, {"kMDItemFSSize", 7}});
-  const std::shared_ptr<MDQuery> query =
-      index.MDQueryCreate("q", {"kMDItemFSSize", "kMDItemDisplayName"}, {}, nullptr);
+  const std::shared_ptr<MDQuery> query = aQuery(index, {"kMDItemFSSize", "kMDItemDisplayName"});
   ASSERT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
   EXPECT_EQ(index.MDQueryGetAttributeValueOfResultAtIndex(*query, "kMDItemFSSize", 0), Value(7));
   EXPECT_EQ(index.MDQueryGetAttributeValueOfResultAtIndex(*query, "kMDItemDisplayName", 0),
@@ -81,14 +85,14 @@ TEST(MemoryMetadataIndex, RejectsQueriesOnDemandAndSaysWhy) {
   EXPECT_EQ(index.MDQueryCreate("a ==", {}, {}, &rejection), nullptr);
   EXPECT_EQ(rejection.offset, 4U);
   EXPECT_EQ(rejection.expected, "a value");
-  EXPECT_EQ(index.MDQueryCreate("a ==", {}, {}, nullptr), nullptr);
+  EXPECT_EQ(aQuery(index), nullptr);
 }
 
 TEST(MemoryMetadataIndex, FailsExecutionsOnDemandWithoutResults) {
   MemoryMetadataIndex index;
   index.addHit({{"kMDItemPath", "/a"}});
   index.failExecutions();
-  const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {}, nullptr);
+  const std::shared_ptr<MDQuery> query = aQuery(index);
   EXPECT_FALSE(index.MDQueryExecute(*query, kMDQuerySynchronous));
   EXPECT_EQ(index.MDQueryGetResultCount(*query), 0);
 }
@@ -98,11 +102,11 @@ TEST(MemoryMetadataIndex, FindsNothingWhileItsIdentityDoesNotActAsWanted) {
   MemoryMetadataIndex index(identity);
   index.addHit({{"kMDItemPath", "/a"}});
   identity->refuseUser(501);
-  identity->seteuid(501);
-  const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {}, nullptr);
+  ASSERT_EQ(identity->seteuid(501), -1);
+  const std::shared_ptr<MDQuery> query = aQuery(index);
   EXPECT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
   EXPECT_EQ(index.MDQueryGetResultCount(*query), 0);
-  identity->seteuid(502);
+  ASSERT_EQ(identity->seteuid(502), 0);
   EXPECT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
   EXPECT_EQ(index.MDQueryGetResultCount(*query), 1);
 }
@@ -110,7 +114,7 @@ TEST(MemoryMetadataIndex, FindsNothingWhileItsIdentityDoesNotActAsWanted) {
 TEST(MemoryMetadataIndex, LetsAnActionThrowOutOfAnExecution) {
   MemoryMetadataIndex index;
   index.whenExecuting([] { throw std::runtime_error("disk gone"); });
-  const std::shared_ptr<MDQuery> query = index.MDQueryCreate("q", {}, {}, nullptr);
+  const std::shared_ptr<MDQuery> query = aQuery(index);
   EXPECT_THROW(index.MDQueryExecute(*query, kMDQuerySynchronous), std::runtime_error);
 }
 
@@ -118,8 +122,7 @@ TEST(MemoryMetadataIndex, WritesDownEachCallWithItsArguments) {
   MemoryMetadataIndex index;
   index.addHit({{"kMDItemPath", "/a"}});
   index.prepare();
-  std::shared_ptr<MDQuery> query =
-      index.MDQueryCreate("a == {}", {"x", "y"}, {"kMDItemFSSize"}, nullptr);
+  std::shared_ptr<MDQuery> query = aQuery(index, {"x", "y"}, {"kMDItemFSSize"});
   int calls = 0;
   index.MDQuerySetSortComparator(*query, bySizeAscending, &calls,
                                  MDQueryDeclaredOrder{"kMDItemFSSize", true});
@@ -147,7 +150,7 @@ TEST(MemoryMetadataIndex, WritesNothingDownOnceTheRecordingIsStopped) {
   MemoryMetadataIndex index;
   index.stopRecording();
   index.MDItemCreate("/z");
-  index.MDQueryCreate("q", {}, {}, nullptr);
+  aQuery(index);
   EXPECT_TRUE(index.calls().empty());
 }
 
