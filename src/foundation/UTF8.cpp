@@ -27,17 +27,6 @@ LeadByte leadByte(std::uint8_t byte) {
   return {0, 0, 0};
 }
 
-std::size_t asciiLength(std::string_view text) {
-  std::size_t i = 0;
-  for (; i + sizeof(std::uint64_t) <= text.size(); i += sizeof(std::uint64_t)) {
-    std::uint64_t eight;
-    std::memcpy(&eight, text.data() + i, sizeof eight);
-    if (eight & 0x8080808080808080U) break;
-  }
-  while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80) ++i;
-  return i;
-}
-
 }  // namespace
 
 DecodedCodePoint decodeCodePoint(std::string_view text) {
@@ -76,6 +65,17 @@ void appendCodePoint(std::string& text, char32_t codePoint) {
     append(0x80 | (codePoint >> 6 & 0x3F));
     append(0x80 | (codePoint & 0x3F));
   }
+}
+
+std::size_t asciiLength(std::string_view text) {
+  std::size_t i = 0;
+  for (; i + sizeof(std::uint64_t) <= text.size(); i += sizeof(std::uint64_t)) {
+    std::uint64_t eight;
+    std::memcpy(&eight, text.data() + i, sizeof eight);
+    if (eight & 0x8080808080808080U) break;
+  }
+  while (i < text.size() && static_cast<unsigned char>(text[i]) < 0x80) ++i;
+  return i;
 }
 
 std::size_t validUTF8Length(std::string_view text) {

@@ -26,6 +26,9 @@ DecodedCodePoint decodeCodePoint(std::string_view text);
 /// Appends `codePoint` to `text` as UTF-8; a surrogate or a value past U+10FFFF as U+FFFD.
 void appendCodePoint(std::string& text, char32_t codePoint);
 
+/// How many bytes at the front of `text` are below 0x80.
+std::size_t asciiLength(std::string_view text);
+
 /// How many bytes at the front of `text` are valid UTF-8: the offset of the first that is not, or
 /// the whole size.
 std::size_t validUTF8Length(std::string_view text);
