@@ -35,6 +35,13 @@ bool isCombiningMark(utf8proc_int32_t character) {
          category == UTF8PROC_CATEGORY_ME;
 }
 
+// utf8proc's options are bits, and their sums no enumerators.
+// NOLINTBEGIN(clang-analyzer-optin.core.EnumCastOutOfRange)
+constexpr auto kFoldAndDecompose =
+    static_cast<utf8proc_option_t>(UTF8PROC_CASEFOLD | UTF8PROC_DECOMPOSE);
+constexpr auto kComposeStably = static_cast<utf8proc_option_t>(UTF8PROC_COMPOSE | UTF8PROC_STABLE);
+// NOLINTEND(clang-analyzer-optin.core.EnumCastOutOfRange)
+
 /// A character's expansion under utf8proc's `options`.
 struct Expansion {
   std::array<utf8proc_int32_t, kLongestExpansion> characters;
@@ -121,8 +128,7 @@ void appendWithoutCaseAndMarks(utf8proc_int32_t character, std::string& out) {
   for (const utf8proc_int32_t part : Expansion(character, UTF8PROC_DECOMPOSE)) {
     if (isCombiningMark(part)) continue;
     // Decomposed again, since what case folding gives may carry a mark: ǰ is j and a caron.
-    for (const utf8proc_int32_t folded :
-         Expansion(part, static_cast<utf8proc_option_t>(UTF8PROC_CASEFOLD | UTF8PROC_DECOMPOSE))) {
+    for (const utf8proc_int32_t folded : Expansion(part, kFoldAndDecompose)) {
       if (isCombiningMark(folded)) continue;
       if (const std::string_view plain = plainLetters(folded); !plain.empty()) {
         out += plain;
@@ -178,9 +184,8 @@ std::u32string composedText(std::string_view utf8) {
     }
   }
   orderMarks(buffer);
-  const utf8proc_ssize_t length =
-      utf8proc_normalize_utf32(buffer.data(), static_cast<utf8proc_ssize_t>(buffer.size()),
-                               static_cast<utf8proc_option_t>(UTF8PROC_COMPOSE | UTF8PROC_STABLE));
+  const utf8proc_ssize_t length = utf8proc_normalize_utf32(
+      buffer.data(), static_cast<utf8proc_ssize_t>(buffer.size()), kComposeStably);
   text.assign(buffer.begin(), buffer.begin() + std::max<utf8proc_ssize_t>(length, 0));
   return text;
 }

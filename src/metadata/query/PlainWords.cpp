@@ -57,9 +57,10 @@ std::optional<std::string> queryFromWords(std::string_view words) {
   for (const std::string& word : found) {
     if (!query.empty()) query += " && ";
     const std::string text = escaped(word);
-    const std::string alternatives =
-        "kMDItemFSName == \"*" + text + "*\"cd || kMDItemTextContent == \"" + text + "*\"cdw";
-    query += found.size() == 1 ? alternatives : "(" + alternatives + ")";
+    if (found.size() > 1) query += '(';
+    query.append("kMDItemFSName == \"*").append(text).append("*\"cd || ");
+    query.append("kMDItemTextContent == \"").append(text).append("*\"cdw");
+    if (found.size() > 1) query += ')';
   }
   if (query.size() > kMaximumQueryBytes) return std::nullopt;
   return query;
