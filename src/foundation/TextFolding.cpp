@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt {
 
@@ -133,7 +133,7 @@ void appendWithoutCaseAndMarks(utf8proc_int32_t character, std::string& out) {
       if (const std::string_view plain = plainLetters(folded); !plain.empty()) {
         out += plain;
       } else {
-        appendUtf8(static_cast<char32_t>(folded), out);
+        appendCodePoint(out, static_cast<char32_t>(folded));
       }
     }
   }
@@ -166,9 +166,9 @@ std::u32string composedText(std::string_view utf8) {
   text.reserve(utf8.size());
   bool isComposed = true;
   for (std::size_t at = 0; at < utf8.size();) {
-    const Utf8Character character = utf8CharacterAt(utf8, at);
+    const DecodedCodePoint character = decodeCodePoint(utf8.substr(at));
     text += character.codePoint;
-    if (character.codePoint >= kFirstThatMayCombine && character.isValid) isComposed = false;
+    if (character.codePoint >= kFirstThatMayCombine && character.valid) isComposed = false;
     at += character.length;
   }
   if (isComposed) return text;
@@ -200,12 +200,12 @@ void appendFolded(char32_t character, Folding folding, std::string& out) {
   const bool isHangul = character >= kFirstHangulSyllable && character <= kLastHangulSyllable;
   const auto given = static_cast<utf8proc_int32_t>(character);
   if (folding == Folding::kNone || isHangul) {
-    appendUtf8(character, out);
+    appendCodePoint(out, character);
   } else if (folding == Folding::kCase) {
-    appendUtf8(static_cast<char32_t>(foldCaseSimply(given)), out);
+    appendCodePoint(out, static_cast<char32_t>(foldCaseSimply(given)));
   } else if (folding == Folding::kMarks) {
     for (const utf8proc_int32_t part : Expansion(given, UTF8PROC_DECOMPOSE)) {
-      if (!isCombiningMark(part)) appendUtf8(static_cast<char32_t>(part), out);
+      if (!isCombiningMark(part)) appendCodePoint(out, static_cast<char32_t>(part));
     }
   } else {
     appendWithoutCaseAndMarks(given, out);

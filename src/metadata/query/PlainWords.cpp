@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 #include "metadata/query/QueryLexer.h"
 #include "metadata/query/QueryParser.h"
 #include "metadata/query/WordBoundaries.h"
@@ -23,7 +23,7 @@ std::vector<std::string> split(std::string_view text) {
   };
   bool isInPhrase = false;
   for (std::size_t at = 0; at < text.size();) {
-    const Utf8Character character = utf8CharacterAt(text, at);
+    const DecodedCodePoint character = decodeCodePoint(text.substr(at));
     at += character.length;
     const bool isBlank = character.codePoint <= 0x20;  // the control characters too
     if (character.codePoint == '"') {
@@ -32,7 +32,7 @@ std::vector<std::string> split(std::string_view text) {
     } else if (isBlank && !isInPhrase) {
       endWord();
     } else {
-      appendUtf8(isBlank ? U' ' : character.codePoint, word);
+      appendCodePoint(word, isBlank ? U' ' : character.codePoint);
     }
   }
   endWord();

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt::query {
 
@@ -19,11 +19,11 @@ struct Cell {
 };
 
 Cell cellAt(std::string_view query, std::size_t offset, std::size_t& next) {
-  const Utf8Character character = utf8CharacterAt(query, offset);
+  const DecodedCodePoint character = decodeCodePoint(query.substr(offset));
   next = offset + character.length;
   const bool isControl =
       character.codePoint < 0x20 || (character.codePoint >= 0x7F && character.codePoint < 0xA0);
-  if (!character.isValid || isControl) {
+  if (!character.valid || isControl) {
     std::string escaped;
     for (const char byte : query.substr(offset, character.length)) {
       escaped += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));

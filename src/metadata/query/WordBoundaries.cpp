@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt::query {
 

@@ -51,7 +51,9 @@ std::shared_ptr<MDQuery> LiveMetadataIndex::MDQueryCreate(
     const std::vector<std::string>& sortingAttributes, MDQueryRejection* rejection) {
   Result<query::Query, query::QueryError> parsed = query::parseQuery(queryString, *schema_);
   if (!parsed) {
-    if (rejection != nullptr) *rejection = {parsed.error().offset, parsed.error().expected};
+    if (rejection != nullptr)
+      *rejection = {parsed.error().offset, parsed.error().expected,
+                    describeQueryError(parsed.error())};
     return nullptr;
   }
   return std::make_shared<LiveQuery>(std::move(parsed).value(), valueListAttributes,
