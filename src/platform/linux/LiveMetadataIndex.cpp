@@ -148,8 +148,7 @@ std::optional<Value> LiveMetadataIndex::MDItemCopyAttribute(MDItem& item,
       resolvePath(joinPath(asked.folderPath, asked.name), LastLink::kKeep, judge);
   if (!found) return std::nullopt;
   const std::optional<std::uint64_t> entries = countEntries(found->file.get(), ".", judge);
-  if (!entries) return std::nullopt;
-  return Value(*entries);
+  return entries ? std::optional<Value>(*entries) : std::nullopt;
 }
 
 const LiveQueryNotes& LiveMetadataIndex::notesOf(const MDQuery& query) const {
