@@ -10,6 +10,7 @@
 #include "directory/DirServiceWrapper.h"
 #include "foundation/Dictionary.h"
 #include "foundation/PropertyList.h"
+#include "foundation/PropertyListLimits.h"
 #include "kinds/VTSearchKind.h"
 #include "metadata/query/AttributeSchema.h"
 #include "metadata/types/ContentTypes.h"
@@ -37,7 +38,8 @@ std::optional<std::vector<std::string>> administrators() {
   const auto directory = DirServiceWrapper::init();
   if (!directory) return std::nullopt;
   const auto record = directory->attributeDataForNodeOfType(
-      kDSStdRecordTypeGroups, "admin", kDSNAttrRecordName, kDSNAttrGroupMembership);
+      kDSStdRecordTypeGroups, "admin", kDSNAttrRecordName, kDSNAttrGroupMembership,
+      /*attr3=*/nullptr, /*attr4=*/nullptr, /*attr5=*/nullptr, /*attr6=*/nullptr);
   if (!record->contains(kDSNAttrRecordName)) return std::nullopt;
   std::vector<std::string> names;
   if (const Value* members = record->find(kDSNAttrGroupMembership)) {
@@ -128,7 +130,7 @@ std::vector<Diagnosis> checkPasswords() {
                 : note(fmt::format("{} cannot be read: nobody can log in", shadow))};
   }
   std::vector<Diagnosis> found;
-  const std::string helper = installedPasswordHelper();
+  const std::string helper = PamPasswords::installedHelper();
   found.push_back(access(helper.c_str(), X_OK) == 0
                       ? ok(fmt::format("passwords are checked by {}", helper))
                       : fault(fmt::format("{} is missing: nobody can log in", helper)));
@@ -150,14 +152,14 @@ std::vector<Diagnosis> checkSettings() {
   }
   const Files& files = Platform::current().files();
   if (!files.exists(*path)) return {ok(fmt::format("no settings yet in {}", *path))};
-  const auto bytes = files.read(*path, kPropertyListSizeLimit);
+  const auto bytes = files.read(*path, PropertyListLimits().bytes);
   if (!bytes) return {fault(bytes.error().text)};
   const auto tree = readPropertyList(*bytes);
   if (tree && tree->dictionary()) return {ok(fmt::format("settings in {}", *path))};
-  return {
-      fault(fmt::format("{} is damaged{}: the server starts with empty settings and keeps the "
-                        "file as Settings.plist.damaged at its next save",
-                        *path, tree ? std::string() : fmt::format(" ({})", tree.error().text)))};
+  return {fault(
+      fmt::format("{} is damaged{}: the server starts with empty settings and keeps the "
+                  "file as Settings.plist.damaged at its next save",
+                  *path, tree ? std::string() : fmt::format(" ({})", tree.error().description())))};
 }
 
 }  // namespace vt::tool

@@ -54,13 +54,17 @@ Json itemsOf(const SearchReport& report, const VTSearchResult& group) {
 std::string jsonReport(const SearchReport& report) {
   Json groups = Json::array();
   for (const auto& group : *report.groups) {
-    groups.push_back(
-        {{"title", group->title()}, {"count", group->count()}, {"items", itemsOf(report, *group)}});
+    Json entry = Json::object();
+    entry["title"] = group->title().value_or("");
+    entry["count"] = group->count();
+    entry["items"] = itemsOf(report, *group);
+    groups.push_back(std::move(entry));
   }
-  const Json document = {{"query", displayText(report.query)},
-                         {"count", report.count()},
-                         {"seconds", report.seconds},
-                         {"groups", std::move(groups)}};
+  Json document = Json::object();
+  document["query"] = displayText(report.query);
+  document["count"] = report.count();
+  document["seconds"] = report.seconds;
+  document["groups"] = std::move(groups);
   return document.dump(2) + '\n';
 }
 

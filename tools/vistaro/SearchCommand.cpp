@@ -160,6 +160,11 @@ std::string rejection(const std::string& query, const VTSearchManager& manager) 
 }
 
 SearchReport search(const SearchOptions& options) {
+  if (!Platform::current().hasMetadataIndex()) {
+    throw CommandError{kFailure,
+                       "the tables of types and attributes cannot be read; "
+                       "`vistaro doctor` tells more"};
+  }
   const std::string query = queryFor(options);
   const std::optional<std::string> sort = sortAttributeFor(options);
   const std::shared_ptr<VTSearchKind> kind = kindFor(options);

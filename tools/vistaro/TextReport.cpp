@@ -55,7 +55,8 @@ std::string textReport(const SearchReport& report, const Terminal& terminal) {
   std::string text;
   for (const auto& group : *report.groups) {
     const auto [first, last] = report.shown(*group);
-    text += fmt::format("{} ({})\n", terminal.bold(printable(group->title())), group->count());
+    text += fmt::format("{} ({})\n", terminal.bold(printable(group->title().value_or(""))),
+                        group->count());
     for (std::size_t i = first; i < last; ++i) {
       text += itemLine(*group->results()->at(i), terminal);
     }

@@ -20,12 +20,12 @@ int main(int argc, char** argv) {
       "Exit codes: 0 found, 1 nothing found, 2 rejected query or usage, 3 failure.\n"
       "`vistaro COMMAND --help` tells more about a command.");
 
-  const auto platform = vt::linuxPlatform();
-  if (!platform) {
-    fmt::print(stderr, "vistaro: {}\n", platform.error().text);
+  const auto environment = vt::readEnvironment();
+  if (!environment) {
+    fmt::print(stderr, "vistaro: {}\n", environment.error().text);
     return kFailure;
   }
-  const vt::PlatformScope installed(*platform);
+  const vt::PlatformScope installed(vt::linuxPlatform(*environment));
 
   int status = kFound;
   addSearchCommand(app, status);

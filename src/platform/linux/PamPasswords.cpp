@@ -182,8 +182,10 @@ bool serviceExists(const std::string& service) {
 }  // namespace
 
 PamPasswords::PamPasswords(Options options) : options_(std::move(options)) {
-  if (options_.helper.empty()) options_.helper = VT_AUTH_HELPER;
+  if (options_.helper.empty()) options_.helper = installedHelper();
 }
+
+std::string PamPasswords::installedHelper() { return VT_AUTH_HELPER; }
 
 bool PamPasswords::verify(const std::string& name, const std::string& password) const {
   if (!isUsable(name) || !isUsable(password) || !serviceExists(options_.service)) return false;

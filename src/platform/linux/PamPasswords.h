@@ -22,6 +22,9 @@ class PamPasswords final : public PasswordCheck {
         std::chrono::seconds(15);  ///< by the wall clock; then refused
   };
 
+  /// Where the helper program is unless Options name another; it need not be there.
+  static std::string installedHelper();
+
   PamPasswords() : PamPasswords(Options()) {}
   explicit PamPasswords(Options options);
 
