@@ -206,6 +206,12 @@ TEST_F(VTUserTest, KeepsItsStorageInsideTheSettings) {
   EXPECT_TRUE(storage->empty());
 }
 
+TEST_F(VTUserTest, IsTheSettingsDefaultWhenTheDirectoryHasRoot) {
+  EXPECT_EQ(settings().defaultUser(), nullptr);
+  world_->records->add(userRecord("root", "0", "0", "System Administrator"));
+  EXPECT_EQ(settings().defaultUser()->username(), "root");
+}
+
 TEST_F(VTUserTest, HasDefaultsThatAreNotStored) {
   const auto user = ann();
   EXPECT_EQ(user->resultsPerPage(), Value(25U));
