@@ -13,9 +13,7 @@ using Date = std::chrono::sys_time<std::chrono::microseconds>;
 inline constexpr Date kReferenceDate{std::chrono::seconds{978307200}};
 
 /// Seconds since the reference date, fractions kept to the microsecond.
-inline double secondsSinceReferenceDate(Date date) {
-  return std::chrono::duration<double>(date - kReferenceDate).count();
-}
+double secondsSinceReferenceDate(Date date);
 
 /// The instant `seconds` after the reference date, rounded to the nearest microsecond and clamped
 /// to what a Date holds. NaN gives the reference date.

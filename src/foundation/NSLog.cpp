@@ -50,7 +50,7 @@ std::string fmtFormat(std::string_view format) {
       result.append(2, c);
     } else if (c == '%' && i + 1 < format.size()) {
       ++i;
-      if (format[i] == 'l' && i + 1 < format.size()) ++i;
+      while (format[i] == 'l' && i + 1 < format.size()) ++i;
       switch (format[i]) {
         case '%':
           result.push_back('%');
@@ -73,6 +73,13 @@ void write(std::string_view text) {
     sink(text);
   } else {
     writeToStandardError(formatLogLine(text));
+  }
+}
+
+void writeUnformatted(std::string_view format) noexcept {
+  try {
+    write(format);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): the log is where failures would be told
   }
 }
 

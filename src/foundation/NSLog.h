@@ -18,11 +18,15 @@ namespace log_detail {
 /// Turns the directives %@ %d %ld %lu %f %% of `format` into those of libfmt.
 std::string fmtFormat(std::string_view format);
 void write(std::string_view text);
+/// The last resort: a sink that throws here is passed over.
+void writeUnformatted(std::string_view format) noexcept;
 
 template <class T>
 const T& printable(const T& argument) {
   return argument;
 }
+/// A boolean prints as the number that %d names.
+inline int printable(bool boolean) { return boolean ? 1 : 0; }
 /// A nil string prints as the platform prints it.
 inline std::string_view printable(const std::optional<std::string>& text) {
   return text ? std::string_view(*text) : std::string_view("(null)");
@@ -40,7 +44,7 @@ void NSLog(std::string_view format, const Arguments&... arguments) noexcept {
         log_detail::fmtFormat(format), fmt::make_format_args(log_detail::printable(arguments)...));
     log_detail::write(text);
   } catch (...) {
-    log_detail::write(format);
+    log_detail::writeUnformatted(format);
   }
 }
 

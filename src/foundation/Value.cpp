@@ -13,9 +13,7 @@ namespace {
 
 constexpr double kTwoTo63 = 9223372036854775808.0;
 
-int sign(std::partial_ordering order) {
-  return order < 0 ? -1 : order > 0 ? 1 : 0;  // NaN: same, so that sorting stays total
-}
+int sign(std::partial_ordering order) { return order < 0 ? -1 : order > 0 ? 1 : 0; }
 
 std::string_view afterBlanks(std::string_view text) {
   const std::size_t start = text.find_first_not_of(" \t\r\n");
@@ -49,10 +47,22 @@ std::int64_t textAsInteger(std::string_view text) {
 
 double textAsDouble(std::string_view text) {
   text = afterBlanks(text);
-  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  const bool negative = text.starts_with('-');
+  if (negative || text.starts_with('+')) text.remove_prefix(1);
+  // A second sign, or the words for infinity and NaN, which from_chars would take.
+  if (text.empty() || !(text.front() == '.' || (text.front() >= '0' && text.front() <= '9'))) {
+    return 0;
+  }
   double number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error == std::errc::result_out_of_range) {
+    const std::string_view digits(text.data(), end);
+    const bool isTiny = digits.find("e-") != std::string_view::npos ||
+                        digits.find("E-") != std::string_view::npos || digits.front() == '.' ||
+                        digits.starts_with("0.");
+    number = isTiny ? 0 : std::numeric_limits<double>::infinity();
+  }
+  return negative ? -number : number;
 }
 
 std::int64_t realAsInteger(double real) {
@@ -91,10 +101,37 @@ double asReal(const Number& number) {
                            : static_cast<double>(number.integer);
 }
 
+// NaN equals itself and comes before every number: a sort needs one order of all values.
+int compareReals(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return (std::isnan(b) ? 1 : 0) - (std::isnan(a) ? 1 : 0);
+  return sign(a <=> b);
+}
+
+int compareIntegerToReal(const Number& integer, double real) {
+  if (std::isnan(real)) return 1;
+  if (real >= 2 * kTwoTo63) return -1;
+  if (real < -kTwoTo63) return 1;
+  const double whole = std::floor(real);
+  const int fraction = real > whole ? -1 : 0;
+  const bool isNegative = !integer.isUnsigned && integer.integer < 0;
+  if (whole < 0) {
+    if (!isNegative) return 1;
+    const int order = sign(integer.integer <=> static_cast<std::int64_t>(whole));
+    return order != 0 ? order : fraction;
+  }
+  if (isNegative) return -1;
+  const std::uint64_t magnitude =
+      integer.isUnsigned ? integer.unsignedInteger : static_cast<std::uint64_t>(integer.integer);
+  const int order = sign(magnitude <=> static_cast<std::uint64_t>(whole));
+  return order != 0 ? order : fraction;
+}
+
 int compareNumbers(const Value& left, const Value& right) {
   const Number a = numberOf(left);
   const Number b = numberOf(right);
-  if (a.isReal || b.isReal) return sign(asReal(a) <=> asReal(b));
+  if (a.isReal && b.isReal) return compareReals(a.real, b.real);
+  if (b.isReal) return compareIntegerToReal(a, b.real);
+  if (a.isReal) return -compareIntegerToReal(b, a.real);
   if (a.isUnsigned && b.isUnsigned) return sign(a.unsignedInteger <=> b.unsignedInteger);
   if (!a.isUnsigned && !b.isUnsigned) return sign(a.integer <=> b.integer);
   if (a.isUnsigned) {

@@ -67,6 +67,55 @@ TEST(Value, OrdersLargeIntegersExactly) {
   EXPECT_EQ(compareNaturally(Value(-1), Value(kTwoTo63)), -1);
 }
 
+TEST(Value, OrdersIntegersAndRealsInOneOrder) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr std::int64_t kTwoTo53 = 1LL << 53;
+  const Value ascending[] = {kNaN,
+                             -kInfinity,
+                             -1e300,
+                             std::numeric_limits<std::int64_t>::min(),
+                             -2,
+                             -1.5,
+                             -1,
+                             -0.5,
+                             0U,
+                             0.5,
+                             1,
+                             kTwoTo53,
+                             kTwoTo53 + 1,  // as a double it would equal the one before
+                             9007199254740994.0,
+                             std::numeric_limits<std::int64_t>::max(),
+                             9223372036854775808.0,
+                             (1ULL << 63) + 1,
+                             std::numeric_limits<std::uint64_t>::max(),
+                             18446744073709551616.0,
+                             kInfinity};
+  for (std::size_t i = 0; i < std::size(ascending); ++i) {
+    for (std::size_t j = 0; j < std::size(ascending); ++j) {
+      SCOPED_TRACE(testing::Message() << i << " to " << j);
+      EXPECT_EQ(compareNaturally(ascending[i], ascending[j]), i < j ? -1 : i > j ? 1 : 0);
+    }
+  }
+}
+
+TEST(Value, ReadsTextAsTheRealAtItsStart) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  struct Case {
+    const char* text;
+    double reading;
+  };
+  const Case cases[] = {
+      {" 1.5 apples", 1.5}, {"-.5", -0.5},          {"+2", 2},       {"+-3", 0},
+      {"--3", 0},           {"nancy", 0},           {"infinity", 0}, {"", 0},
+      {"1e999", kInfinity}, {"-1e999", -kInfinity}, {"1e-999", 0},   {"1e", 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(Value(c.text).doubleValue(), c.reading);
+  }
+}
+
 TEST(Value, OrdersTextByCodePointAndUnlikeTypesByRank) {
   EXPECT_EQ(compareNaturally(Value("Z"), Value("a")), -1);
   EXPECT_EQ(compareNaturally(Value("\xEF\xBF\xBD"), Value("\xF0\x9F\x98\x80")), -1);
