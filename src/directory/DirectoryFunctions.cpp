@@ -63,8 +63,7 @@ DirStatus DoPasswordAuth(DirReference session, DirNodeReference node, const char
   if (!methodNode) return kDSMemoryError;
   const std::size_t nameLength = std::strlen(recordName);
   const std::size_t passwordLength = std::strlen(password);
-  const auto stepSize =
-      static_cast<std::uint32_t>(nameLength + passwordLength + kStepBufferSlack);
+  const auto stepSize = static_cast<std::uint32_t>(nameLength + passwordLength + kStepBufferSlack);
   const DataBufferHolder step(services.dsDataBufferAllocate(session, stepSize),
                               {&services, session});
   if (!step) return kDSMemoryError;

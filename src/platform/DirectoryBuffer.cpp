@@ -28,8 +28,7 @@ class Writer {
 class Reader {
  public:
   explicit Reader(const DataBuffer& buffer)
-      : bytes_(buffer.bytes),
-        end_(std::min<std::size_t>(buffer.length, buffer.bytes.size())) {}
+      : bytes_(buffer.bytes), end_(std::min<std::size_t>(buffer.length, buffer.bytes.size())) {}
 
   bool atEnd() const { return position_ == end_; }
 

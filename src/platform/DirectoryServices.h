@@ -11,19 +11,19 @@
 
 namespace vt {
 
-using DirReference = std::uint32_t;                 ///< an open session; 0 = none
-using DirNodeReference = std::uint32_t;             ///< an open node; 0 = none
-using DirAttributeListReference = std::uint32_t;    ///< the attributes of one record read; 0 = none
-using DirAttributeValueReference = std::uint32_t;   ///< the values of one attribute read; 0 = none
-using DirContinueData = std::uint32_t;              ///< the rest of an answer; 0 = none remains
+using DirReference = std::uint32_t;                ///< an open session; 0 = none
+using DirNodeReference = std::uint32_t;            ///< an open node; 0 = none
+using DirAttributeListReference = std::uint32_t;   ///< the attributes of one record read; 0 = none
+using DirAttributeValueReference = std::uint32_t;  ///< the values of one attribute read; 0 = none
+using DirContinueData = std::uint32_t;             ///< the rest of an answer; 0 = none remains
 
 /// Room for what a call answers, or for what it is asked.
 struct DataBuffer {
   explicit DataBuffer(std::uint32_t size) : capacity(size), bytes(size) {}
 
   std::uint32_t capacity;
-  std::uint32_t length = 0;          ///< how many bytes are in use
-  std::vector<std::uint8_t> bytes;   ///< always `capacity` of them
+  std::uint32_t length = 0;         ///< how many bytes are in use
+  std::vector<std::uint8_t> bytes;  ///< always `capacity` of them
 };
 
 /// One text handed to the directory.

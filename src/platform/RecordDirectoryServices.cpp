@@ -143,8 +143,8 @@ DataBuffer* RecordDirectoryServices::dsDataBufferAllocate(DirReference session,
 }
 
 DirStatus RecordDirectoryServices::dsDataBufferDeAllocate(DirReference, DataBuffer* buffer) {
-  const bool known = std::ranges::any_of(
-      buffers_, [&](const auto& owned) { return owned.get() == buffer; });
+  const bool known =
+      std::ranges::any_of(buffers_, [&](const auto& owned) { return owned.get() == buffer; });
   // A buffer may have held a password.
   if (known) explicit_bzero(buffer->bytes.data(), buffer->bytes.size());
   return giveBack("dsDataBufferDeAllocate", buffers_, buffer);
@@ -200,9 +200,9 @@ std::vector<DirectoryRecord> RecordDirectoryServices::matches(const RecordQuery&
   std::vector<DirectoryRecord> found;
   for (const std::string& type : query.types->strings) {
     for (const std::string& name : query.names->strings) {
-      std::vector<DirectoryRecord> records =
-          name == kDSRecordsAll ? source_->records(type, std::nullopt)
-                                : source_->records(type, name);
+      std::vector<DirectoryRecord> records = name == kDSRecordsAll
+                                                 ? source_->records(type, std::nullopt)
+                                                 : source_->records(type, name);
       std::ranges::move(records, std::back_inserter(found));
     }
   }
@@ -214,8 +214,7 @@ std::vector<DirectoryRecord> RecordDirectoryServices::matches(const RecordQuery&
 
 DirStatus RecordDirectoryServices::putRecords(DataBuffer& buffer,
                                               std::vector<DirectoryRecord> records,
-                                              std::uint32_t& count,
-                                              DirContinueData* continueData) {
+                                              std::uint32_t& count, DirContinueData* continueData) {
   buffer.length = 0;
   auto next = records.begin();
   while (next != records.end() && appendRecord(buffer, *next)) ++next;
@@ -234,18 +233,16 @@ DirStatus RecordDirectoryServices::putRecords(DataBuffer& buffer,
   return status;
 }
 
-DirStatus RecordDirectoryServices::dsGetRecordList(DirNodeReference node, DataBuffer* buffer,
-                                                   const DataList* names, DirPatternMatch pattern,
-                                                   const DataList* types,
-                                                   const DataList* attributes,
-                                                   bool attributeInformationOnly,
-                                                   std::uint32_t* count,
-                                                   DirContinueData* continueData) {
+DirStatus RecordDirectoryServices::dsGetRecordList(
+    DirNodeReference node, DataBuffer* buffer, const DataList* names, DirPatternMatch pattern,
+    const DataList* types, const DataList* attributes, bool attributeInformationOnly,
+    std::uint32_t* count, DirContinueData* continueData) {
   if (count) *count = 0;
   // Taken out first: whatever happens next, the old continuation is used up.
   std::optional<std::vector<DirectoryRecord>> rest;
   if (continueData && *continueData != 0) {
-    if (auto remaining = continuations_.extract(*continueData)) rest = std::move(remaining.mapped());
+    if (auto remaining = continuations_.extract(*continueData))
+      rest = std::move(remaining.mapped());
     *continueData = 0;
     if (!rest) return kDSInvalidReference;
   }
@@ -266,18 +263,15 @@ DirStatus RecordDirectoryServices::dsGetRecordEntry(DirNodeReference node, const
   if (!nodes_.contains(node)) return kDSInvalidReference;
   std::optional<DirectoryRecord> record = recordAt(*buffer, index);
   if (!record) return kDSIndexOutOfRange;
-  *entry = add(recordEntries_, {record->type, record->name,
-                                static_cast<std::uint32_t>(record->attributes.size())});
+  *entry = add(recordEntries_,
+               {record->type, record->name, static_cast<std::uint32_t>(record->attributes.size())});
   *attributeList = add(attributeLists_, std::move(*record));
   return kDSNoErr;
 }
 
-DirStatus RecordDirectoryServices::dsGetAttributeEntry(DirNodeReference node,
-                                                       const DataBuffer* buffer,
-                                                       DirAttributeListReference attributeList,
-                                                       std::uint32_t index,
-                                                       DirAttributeValueReference* valueList,
-                                                       AttributeEntry** entry) {
+DirStatus RecordDirectoryServices::dsGetAttributeEntry(
+    DirNodeReference node, const DataBuffer* buffer, DirAttributeListReference attributeList,
+    std::uint32_t index, DirAttributeValueReference* valueList, AttributeEntry** entry) {
   if (const DirStatus refused = entering("dsGetAttributeEntry")) return refused;
   if (!buffer || !valueList || !entry) return kDSNullParameter;
   const auto record = attributeLists_.find(attributeList);
@@ -285,8 +279,8 @@ DirStatus RecordDirectoryServices::dsGetAttributeEntry(DirNodeReference node,
   const std::vector<DirectoryAttribute>& attributes = record->second.attributes;
   if (index == 0 || index > attributes.size()) return kDSIndexOutOfRange;
   const DirectoryAttribute& attribute = attributes[index - 1];
-  *entry = add(attributeEntries_,
-               {attribute.type, static_cast<std::uint32_t>(attribute.values.size())});
+  *entry =
+      add(attributeEntries_, {attribute.type, static_cast<std::uint32_t>(attribute.values.size())});
   *valueList = add(valueLists_, attribute);
   return kDSNoErr;
 }

@@ -44,9 +44,10 @@ class ODNode {
 
   /// `recordWithRecordType:name:attributes:error:`
   /// The record of that type called exactly `name`, or nil. `error` may be null.
-  virtual std::shared_ptr<ODRecord> recordWithRecordType(
-      const std::string& recordType, const std::string& name,
-      const std::vector<std::string>& attributes, BundleError* error) = 0;
+  virtual std::shared_ptr<ODRecord> recordWithRecordType(const std::string& recordType,
+                                                         const std::string& name,
+                                                         const std::vector<std::string>& attributes,
+                                                         BundleError* error) = 0;
 };
 
 /// The class "ODSession".

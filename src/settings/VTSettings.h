@@ -29,18 +29,26 @@ class VTSettings final : public VTObject {
   static std::optional<std::string> settingsStoragePath();
 
   /// Reads the file anew and replaces all state in memory, then announces a change of every
-  /// observable global setting. A file that is missing or does not parse gives empty settings.
-  /// Always true.
+  /// observable global setting. A file that is missing, cannot be read or holds no property-list
+  /// dictionary gives empty settings. Always true.
   bool reloadConfig();
 
   /// Writes the whole tree to the file, which is replaced as a whole or left as it was. False, with
-  /// a log line, when it could not be written; the settings in memory stay in force.
+  /// a log line, when it could not be written; the settings in memory stay in force. What stood in
+  /// the file and was not understood by the load is kept once, beside it, as
+  /// "Settings.plist.damaged".
   bool saveStorage();
 
   /// The dictionary of global settings inside the tree, made when there is none.
   std::shared_ptr<Dictionary> globalSettings();
 
+  /// `valueForUndefinedKey:`
+  /// The global setting of that name; nil when unset.
   std::optional<Value> valueForUndefinedKey(std::string_view key) const override;
+  /// `setValue:forUndefinedKey:`
+  /// Stores the global setting, or removes it for nil, between the two announcements, and saves
+  /// while saveSettingsOnChanges() is set. A value that no property list holds, the null object
+  /// among them, is stored; no save succeeds while it stands.
   void setValueForUndefinedKey(std::optional<Value> value, std::string_view key) override;
 
   /// The user id under which startup reads the attribute names; nil when unset.
@@ -53,14 +61,17 @@ class VTSettings final : public VTObject {
   std::shared_ptr<Dictionary> storageForUser(const VTUser& user);
 
   /// `setStorage:forUser:`
-  /// Stores `dictionary` as the user's storage and saves. Unless `dictionary` itself holds "Users",
-  /// the storage of every other user is dropped: to change a user's storage, change it in place.
+  /// Stores `dictionary`, which is not nullptr, as the user's storage and saves. Unless
+  /// `dictionary` itself holds "Users", the storage of every other user is dropped: to change a
+  /// user's storage, change it in place.
   void setStorage(const std::shared_ptr<Dictionary>& dictionary, const VTUser& user);
 
   /// The configured folders: the array itself.
   std::shared_ptr<ObjectArray<VTSearchFolder>> searchFolders() const { return searchFolders_; }
   /// `setSearchFolders:`
   /// Keeps the array itself, stores its folders, and saves while saveSettingsOnChanges() is set.
+  /// Nullptr counts as a new, empty array. Throws InvalidArgumentError, and changes nothing, for a
+  /// folder that has no stored form.
   void setSearchFolders(std::shared_ptr<ObjectArray<VTSearchFolder>> folders);
 
   /// `searchFolderForTitle:`
@@ -72,6 +83,61 @@ class VTSettings final : public VTObject {
 
   /// The user called "root"; nullptr when the directory has none.
   std::shared_ptr<VTUser> defaultUser() const;
+
+  /// The server's name as clients reach it: the setting, else the host's name, else, of a host
+  /// called "localhost", the second of its names. Nil when the host has none. May ask the resolver.
+  std::optional<std::string> serverName() const;
+  /// `setServerName:`
+  /// Nil and "" remove the setting. Restart necessary.
+  void setServerName(std::optional<std::string> name);
+  /// A number as it was stored; 9000 when unset.
+  Value serverPort() const;
+  /// `setServerPort:`
+  /// Restart necessary, but the save of this very change clears that again.
+  void setServerPort(std::optional<Value> port);
+  /// "http://NAME:PORT", and "https://NAME", without port, while SSL is enabled. The text of the
+  /// address: nothing is escaped, and a nil name prints as "(null)".
+  std::string internalServerURL() const;
+  std::string serverURL() const;
+
+  // Plain settings, as they were stored: nil when unset, numbers where a boolean is meant, and a
+  // value of another type as it stands in the file. A nil argument removes the setting.
+
+  std::optional<Value> userAuthenticationDisabled() const;
+  void setUserAuthenticationDisabled(std::optional<Value> disabled);
+  std::optional<Value> sslEnabled() const;
+  /// `setSslEnabled:`
+  /// Restart necessary, but the save of this very change clears that again.
+  void setSslEnabled(std::optional<Value> enabled);
+  std::optional<Value> useSSLTestCertificate() const;
+  void setUseSSLTestCertificate(std::optional<Value> use);
+  std::optional<Value> sslCertificatePath() const;
+  void setSslCertificatePath(std::optional<Value> path);
+
+  // Outgoing mail. Each setter makes a restart necessary.
+
+  std::optional<Value> mailEnabled() const;
+  void setMailEnabled(std::optional<Value> enabled);
+  std::optional<Value> smtpFromEmailAddress() const;
+  void setSmtpFromEmailAddress(std::optional<Value> address);
+  std::optional<Value> smtpServerAddress() const;
+  void setSmtpServerAddress(std::optional<Value> address);
+  std::optional<Value> smtpCustomServerPort() const;
+  void setSmtpCustomServerPort(std::optional<Value> port);
+  /// YES when unset.
+  Value smtpDefaultServerPort() const;
+  void setSmtpDefaultServerPort(std::optional<Value> useDefault);
+  std::optional<Value> smtpUseSSL() const;
+  void setSmtpUseSSL(std::optional<Value> use);
+  std::optional<Value> smtpServerUsername() const;
+  void setSmtpServerUsername(std::optional<Value> username);
+  /// Zero or unset: the mode that goes with port 465; else the one that goes with 587.
+  std::optional<Value> smtpServerAuthenticationMode() const;
+  void setSmtpServerAuthenticationMode(std::optional<Value> mode);
+  /// The port that mail goes to: 25, 465 or 587 as SSL and mode say, or the custom one.
+  std::uint64_t smtpServerPort() const;
+  /// Whether mail is enabled and has server, port and sender.
+  bool mailingConfiguredAndEnabled() const;
 
   /// Fixed paths behind the root prefix; nothing is made on disk.
   std::string logFile() const;
@@ -99,6 +165,12 @@ class VTSettings final : public VTObject {
  private:
   VTSettings() = default;
 
+  static void initialize();
+  void readStorage();
+  std::optional<Value> setting(std::string_view name) const;
+  void store(std::string_view name, std::optional<Value> value);
+  std::shared_ptr<Dictionary> dictionaryIn(Dictionary& parent, std::string_view key);
+
   std::shared_ptr<Dictionary> storage_;
   std::shared_ptr<ObjectArray<Dictionary>> sharePoints_;
   std::shared_ptr<ObjectArray<VTSearchFolder>> searchFolders_;
@@ -106,6 +178,7 @@ class VTSettings final : public VTObject {
   std::uint64_t parallelUserCount_ = 0;
   bool saveSettingsOnChanges_ = true;
   bool serverRestartNecessary_ = false;
+  bool fileHoldsMoreThanStorage_ = false;  // so that the next save must not just replace it
 };
 
 }  // namespace vt

@@ -12,7 +12,7 @@ namespace vt::auth {
 /// A name or password longer than this is refused unasked. Two of them and their lengths fit into
 /// one page, so a pipe takes the request whole even where the kernel grants it no more than that.
 inline constexpr std::uint32_t kLongestText = 1024;
-inline constexpr std::size_t kLongestRequest = 2 * (4 + kLongestText);
+inline constexpr std::size_t kLongestRequest = std::size_t{2} * (4 + kLongestText);
 
 inline constexpr char kAccepted = 'Y';
 inline constexpr char kRefused = 'N';

@@ -1,0 +1,71 @@
+// How long a save of the settings of 1,000 users takes: making the XML and writing the file,
+// without the sync, whose time is the disk's. The limit is 20 ms.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "foundation/Array.h"
+#include "platform/Platform.h"
+#include "platform/memory/FaultyFiles.h"
+#include "platform/memory/MemoryProcess.h"
+#include "settings/VTSettings.h"
+#include "support/TemporaryFolder.h"
+
+namespace vt {
+namespace {
+
+constexpr int kUsers = 1000;
+constexpr int kSavedSearchesPerUser = 5;
+constexpr double kLimitInSeconds = 0.020;
+
+std::shared_ptr<Dictionary> userStorage(int user) {
+  auto searches = Array::make();
+  for (int i = 0; i < kSavedSearchesPerUser; ++i) {
+    const std::string number = std::to_string(user) + "-" + std::to_string(i);
+    searches->append(Dictionary::make(
+        {{"query", "kMDItemDisplayName == \"*report " + number + "*\"cd && kMDItemFSSize > 1000"},
+         {"title", "Reports " + number},
+         {"searchFolderTitle", "Projects"}}));
+  }
+  return Dictionary::make({{"resultsPerPage", 25},
+                           {"defaultSearchKindTitle", "Documents"},
+                           {"deaultSearchFolderTitle", "Projects"},
+                           {"SavedSearches", searches}});
+}
+
+void SaveTheSettingsOf1000Users(benchmark::State& state) {
+  const TemporaryFolder root;
+  std::filesystem::create_directories(root.path() / "Library/Application Support");
+  Platform::Services services;
+  const auto files = std::make_shared<FaultyFiles>();
+  files->skipSyncs();
+  services.files = files;
+  services.process = std::make_shared<MemoryProcess>();
+  services.rootPrefix = root.path();
+  const PlatformScope scope(std::make_shared<Platform>(std::move(services)));
+  const auto settings = VTSettings::sharedInstance();
+  auto users = Dictionary::make();
+  for (int user = 0; user < kUsers; ++user) users->set(std::to_string(user), userStorage(user));
+  // Under a global setting, which takes as long to write as the top level's own "Users".
+  settings->globalSettings()->set("Users", users);
+  const auto start = std::chrono::steady_clock::now();
+  for (auto _ : state) {
+    if (!settings->saveStorage()) state.SkipWithError("the settings could not be saved");
+  }
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+  const auto size = std::filesystem::file_size(*VTSettings::settingsStoragePath());
+  state.counters["fileBytes"] = static_cast<double>(size);
+  state.counters["timeToLimit"] =
+      elapsed.count() / static_cast<double>(state.iterations()) / kLimitInSeconds;
+}
+BENCHMARK(SaveTheSettingsOf1000Users)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+}  // namespace
+}  // namespace vt
+
+BENCHMARK_MAIN();

@@ -1,0 +1,50 @@
+// The global settings: one flat dictionary, reached by keys that the class does not declare.
+
+#include <utility>
+
+#include "settings/VTSettings.h"
+
+namespace vt {
+
+// The dictionary under `key`, made when there is none. A value of another type counts as none; it
+// is replaced, so the file that holds it is kept at the next save.
+std::shared_ptr<Dictionary> VTSettings::dictionaryIn(Dictionary& parent, std::string_view key) {
+  if (const Value* present = parent.find(key)) {
+    if (std::shared_ptr<Dictionary> dictionary = present->dictionary()) return dictionary;
+    fileHoldsMoreThanStorage_ = true;
+  }
+  std::shared_ptr<Dictionary> made = Dictionary::make();
+  parent.set(key, made);
+  return made;
+}
+
+std::shared_ptr<Dictionary> VTSettings::globalSettings() {
+  return dictionaryIn(*storage_, "GlobalSettings");
+}
+
+std::optional<Value> VTSettings::valueForUndefinedKey(std::string_view key) const {
+  // Reading makes no dictionary: a value of the wrong type in its place is left as it is.
+  const Value* present = storage_->find("GlobalSettings");
+  const std::shared_ptr<Dictionary> settings = present ? present->dictionary() : nullptr;
+  return settings ? settings->get(key) : std::nullopt;
+}
+
+void VTSettings::setValueForUndefinedKey(std::optional<Value> value, std::string_view key) {
+  const ValueChange change(*this, key);
+  if (value) {
+    globalSettings()->set(key, *std::move(value));
+  } else {
+    globalSettings()->remove(key);
+  }
+  if (saveSettingsOnChanges_) saveStorage();
+}
+
+std::optional<Value> VTSettings::startupUserId() const {
+  return valueForUndefinedKey("startupUserId");
+}
+
+void VTSettings::setStartupUserId(std::optional<Value> userId) {
+  setValueForUndefinedKey(std::move(userId), "startupUserId");
+}
+
+}  // namespace vt

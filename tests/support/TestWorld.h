@@ -1,0 +1,72 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Platform.h"
+#include "platform/memory/FaultyFiles.h"
+#include "platform/memory/MemoryHost.h"
+#include "platform/memory/MemoryProcess.h"
+#include "platform/memory/MemoryResources.h"
+#include "support/ReadFile.h"
+#include "support/TemporaryFolder.h"
+
+namespace vt {
+
+/// A platform of its own while it lives: real files under a temporary root prefix, everything else
+/// in memory. "/Library/Application Support" and "/Library/Caches" are there, and nothing else.
+class TestWorld {
+ public:
+  TestWorld() {
+    for (const char* folder : {"Library/Application Support", "Library/Caches"}) {
+      std::filesystem::create_directories(root_.path() / folder);
+    }
+    restart();
+  }
+
+  /// What a new process would find: the same files, and no state in memory.
+  void restart() {
+    scope_.reset();
+    Platform::Services services;
+    services.files = files_;
+    services.process = process_;
+    services.resources = resources_;
+    services.host = host_;
+    services.rootPrefix = root_.path();
+    scope_.emplace(std::make_shared<Platform>(std::move(services)));
+  }
+
+  /// Gives the host other names, to a new process.
+  void setHostNames(std::vector<std::string> names) {
+    host_ = std::make_shared<MemoryHost>(std::move(names));
+    restart();
+  }
+
+  const std::filesystem::path& root() const { return root_.path(); }
+  std::string settingsFile() const {
+    return root_ / "Library/Application Support/Vistaro/Settings.plist";
+  }
+  /// Puts `bytes` in the place of the settings file, its folder made.
+  void writeSettingsFile(const std::string& bytes) const {
+    std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
+    writeFile(settingsFile(), bytes);
+  }
+
+  FaultyFiles& files() { return *files_; }
+  MemoryProcess& process() { return *process_; }
+  MemoryResources& resources() { return *resources_; }
+
+ private:
+  TemporaryFolder root_;
+  std::shared_ptr<FaultyFiles> files_ = std::make_shared<FaultyFiles>();
+  std::shared_ptr<MemoryProcess> process_ = std::make_shared<MemoryProcess>();
+  std::shared_ptr<MemoryResources> resources_ = std::make_shared<MemoryResources>();
+  std::shared_ptr<MemoryHost> host_ =
+      std::make_shared<MemoryHost>(std::vector<std::string>{"files.example.org"});
+  std::optional<PlatformScope> scope_;
+};
+
+}  // namespace vt
