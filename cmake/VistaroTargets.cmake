@@ -9,7 +9,9 @@ target_compile_definitions(vistaro_options INTERFACE
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(VT_SANITIZE)
   target_compile_options(vistaro_options INTERFACE
-    -fsanitize=${VT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=${VT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    # g++ 12 warns of the unused alternatives of a std::variant once it instruments the code.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(vistaro_options INTERFACE -fsanitize=${VT_SANITIZE})
 endif()
 
