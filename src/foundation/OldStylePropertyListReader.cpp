@@ -181,7 +181,7 @@ class OldStylePropertyListReader {
   std::optional<Value> readData() {
     const std::size_t start = position_++;
     std::vector<std::uint8_t> bytes;
-    std::optional<unsigned> half;
+    std::size_t digits = 0;
     for (; !atEnd() && peek() != '>'; ++position_) {
       if (isBlank(peek())) continue;
       const std::optional<unsigned> digit = hexDigit(peek());
@@ -189,15 +189,13 @@ class OldStylePropertyListReader {
         return fail(position_, Kind::kInvalidValue,
                     fmt::format("{}, not a hexadecimal digit", nextPiece()));
       }
-      if (half) {
-        bytes.push_back(static_cast<std::uint8_t>(*half << 4 | *digit));
-        half.reset();
-      } else {
-        half = digit;
-      }
+      if (digits++ % 2 == 0) bytes.push_back(0);
+      bytes.back() = static_cast<std::uint8_t>(bytes.back() << 4 | *digit);
     }
     if (atEnd()) return failMissing("\">\"");
-    if (half) return fail(start, Kind::kInvalidValue, "an odd number of hexadecimal digits");
+    if (digits % 2 != 0) {
+      return fail(start, Kind::kInvalidValue, "an odd number of hexadecimal digits");
+    }
     ++position_;
     return Value(Data(std::move(bytes)));
   }
