@@ -58,9 +58,9 @@ class VTUser : public VTObject {
 
   /// The folder, at any depth, that answers for the stored title; nullptr when none does.
   std::shared_ptr<VTSearchFolder> defaultSearchFolder() const;
-  void setDefaultSearchFolder(std::shared_ptr<VTSearchFolder> folder);
+  void setDefaultSearchFolder(const std::shared_ptr<VTSearchFolder>& folder);
   std::shared_ptr<VTSearchKind> defaultSearchKind() const;
-  void setDefaultSearchKind(std::shared_ptr<VTSearchKind> kind);
+  void setDefaultSearchKind(const std::shared_ptr<VTSearchKind>& kind);
   std::int32_t defaultAction() const;
   void setDefaultAction(std::int32_t action);
 

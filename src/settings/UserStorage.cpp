@@ -32,7 +32,6 @@ void VTSettings::setStorage(const std::shared_ptr<Dictionary>& dictionary, const
   saveStorage();
 }
 
-// No user can be looked up yet.
-std::shared_ptr<VTUser> VTSettings::defaultUser() const { return nullptr; }
+std::shared_ptr<VTUser> VTSettings::defaultUser() const { return VTUser::userWithName("root"); }
 
 }  // namespace vt
