@@ -48,7 +48,7 @@ std::string withoutLastComponent(const std::string& path) {
 }  // namespace
 
 bool VTUser::statusAllowsAccess(const std::string& path) const {
-  const std::optional<FileStatus> status = Platform::current().files().status(path);
+  const std::optional<FileRights> status = Platform::current().files().status(path);
   if (!status) return false;
   if (status->ownerId == uid_) return true;
   if ((status->permissions & kOthersMayReadOrSearch) != 0) return true;

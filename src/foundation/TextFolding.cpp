@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt {
 
@@ -34,6 +34,13 @@ bool isCombiningMark(utf8proc_int32_t character) {
   return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_MC ||
          category == UTF8PROC_CATEGORY_ME;
 }
+
+// utf8proc's options are bits, and their sums no enumerators.
+// NOLINTBEGIN(clang-analyzer-optin.core.EnumCastOutOfRange)
+constexpr auto kFoldAndDecompose =
+    static_cast<utf8proc_option_t>(UTF8PROC_CASEFOLD | UTF8PROC_DECOMPOSE);
+constexpr auto kComposeStably = static_cast<utf8proc_option_t>(UTF8PROC_COMPOSE | UTF8PROC_STABLE);
+// NOLINTEND(clang-analyzer-optin.core.EnumCastOutOfRange)
 
 /// A character's expansion under utf8proc's `options`.
 struct Expansion {
@@ -121,13 +128,12 @@ void appendWithoutCaseAndMarks(utf8proc_int32_t character, std::string& out) {
   for (const utf8proc_int32_t part : Expansion(character, UTF8PROC_DECOMPOSE)) {
     if (isCombiningMark(part)) continue;
     // Decomposed again, since what case folding gives may carry a mark: ǰ is j and a caron.
-    for (const utf8proc_int32_t folded :
-         Expansion(part, static_cast<utf8proc_option_t>(UTF8PROC_CASEFOLD | UTF8PROC_DECOMPOSE))) {
+    for (const utf8proc_int32_t folded : Expansion(part, kFoldAndDecompose)) {
       if (isCombiningMark(folded)) continue;
       if (const std::string_view plain = plainLetters(folded); !plain.empty()) {
         out += plain;
       } else {
-        appendUtf8(static_cast<char32_t>(folded), out);
+        appendCodePoint(out, static_cast<char32_t>(folded));
       }
     }
   }
@@ -160,9 +166,9 @@ std::u32string composedText(std::string_view utf8) {
   text.reserve(utf8.size());
   bool isComposed = true;
   for (std::size_t at = 0; at < utf8.size();) {
-    const Utf8Character character = utf8CharacterAt(utf8, at);
+    const DecodedCodePoint character = decodeCodePoint(utf8.substr(at));
     text += character.codePoint;
-    if (character.codePoint >= kFirstThatMayCombine && character.isValid) isComposed = false;
+    if (character.codePoint >= kFirstThatMayCombine && character.valid) isComposed = false;
     at += character.length;
   }
   if (isComposed) return text;
@@ -178,9 +184,8 @@ std::u32string composedText(std::string_view utf8) {
     }
   }
   orderMarks(buffer);
-  const utf8proc_ssize_t length =
-      utf8proc_normalize_utf32(buffer.data(), static_cast<utf8proc_ssize_t>(buffer.size()),
-                               static_cast<utf8proc_option_t>(UTF8PROC_COMPOSE | UTF8PROC_STABLE));
+  const utf8proc_ssize_t length = utf8proc_normalize_utf32(
+      buffer.data(), static_cast<utf8proc_ssize_t>(buffer.size()), kComposeStably);
   text.assign(buffer.begin(), buffer.begin() + std::max<utf8proc_ssize_t>(length, 0));
   return text;
 }
@@ -195,12 +200,12 @@ void appendFolded(char32_t character, Folding folding, std::string& out) {
   const bool isHangul = character >= kFirstHangulSyllable && character <= kLastHangulSyllable;
   const auto given = static_cast<utf8proc_int32_t>(character);
   if (folding == Folding::kNone || isHangul) {
-    appendUtf8(character, out);
+    appendCodePoint(out, character);
   } else if (folding == Folding::kCase) {
-    appendUtf8(static_cast<char32_t>(foldCaseSimply(given)), out);
+    appendCodePoint(out, static_cast<char32_t>(foldCaseSimply(given)));
   } else if (folding == Folding::kMarks) {
     for (const utf8proc_int32_t part : Expansion(given, UTF8PROC_DECOMPOSE)) {
-      if (!isCombiningMark(part)) appendUtf8(static_cast<char32_t>(part), out);
+      if (!isCombiningMark(part)) appendCodePoint(out, static_cast<char32_t>(part));
     }
   } else {
     appendWithoutCaseAndMarks(given, out);

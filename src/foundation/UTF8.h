@@ -29,6 +29,9 @@ void appendCodePoint(std::string& text, char32_t codePoint);
 /// How many bytes at the front of `text` are below 0x80.
 std::size_t asciiLength(std::string_view text);
 
+/// Whether every byte is below 0x80.
+inline bool isAscii(std::string_view text) { return asciiLength(text) == text.size(); }
+
 /// How many bytes at the front of `text` are valid UTF-8: the offset of the first that is not, or
 /// the whole size.
 std::size_t validUTF8Length(std::string_view text);

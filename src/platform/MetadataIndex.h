@@ -29,6 +29,7 @@ class MDQuery {
 struct MDQueryRejection {
   std::size_t offset = 0;  ///< byte in the query text; its length when the text ends too early
   std::string expected;    ///< what was expected there, as the end of a sentence
+  std::string text;        ///< one line for people that says all of it
 };
 
 /// Compares two hits by the values of the query's sorting attributes, in their order; nullptr for

@@ -53,6 +53,8 @@ class Platform {
   DirectoryServices& directoryServices() const { return need(services_.directoryServices); }
   RuntimeBundles& runtimeBundles() const { return need(services_.runtimeBundles); }
   MetadataIndex& metadataIndex() const { return need(services_.metadataIndex); }
+  /// Whether there is an index to ask: not where the tables that it needs are missing or damaged.
+  bool hasMetadataIndex() const { return services_.metadataIndex != nullptr; }
   Resources& resources() const { return need(services_.resources); }
   Host& host() const { return need(services_.host); }
   Process& process() const { return need(services_.process); }

@@ -6,6 +6,7 @@
 #include "kinds/VTSearchKind.h"
 #include "platform/Attributes.h"
 #include "scopes/VTSearchFolder.h"
+#include "search/RecordSorting.h"
 
 namespace vt {
 namespace {
@@ -39,6 +40,12 @@ std::uint64_t VTSearchResult::numberOfPages() const {
   if (resultsPerPage == 0) throw ArithmeticError("numberOfPages: no results per page");
   const auto divisor = static_cast<std::uint64_t>(resultsPerPage);
   return count() / divisor + (count() % divisor == 0 ? 0 : 1);
+}
+
+void VTSearchResult::sortByAttribute(const std::string& attribute) {
+  descendingSort_ = attribute == sortAttribute_ && !descendingSort_;
+  sortAttribute_ = attribute;
+  if (results_) results_ = sortedRecords(*results_, attribute, descendingSort_);
 }
 
 int VTSearchResult::groupSortOrderCompare(const VTSearchResult& other) const {

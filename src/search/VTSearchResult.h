@@ -64,6 +64,11 @@ class VTSearchResult final : public VTObject {
   std::optional<std::string> sortAttribute() const { return sortAttribute_; }
   bool descendingSort() const { return descendingSort_; }
 
+  /// `sortByAttribute:`
+  /// Sorts the records by the values under `attribute` (see sortedRecords()), ascending; by the
+  /// current sort attribute, the other way round. The sorted list replaces results().
+  void sortByAttribute(const std::string& attribute);
+
   /// `groupSortOrderCompare:`
   /// -1, 0 or 1 as this group's kind has a smaller, the same or a larger sort order than the
   /// other's.

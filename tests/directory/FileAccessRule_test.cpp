@@ -26,7 +26,7 @@ constexpr std::uint32_t kStranger = 61999;
 /// Real files, with a list of the paths whose status was asked for.
 class WatchedFiles final : public PosixFiles {
  public:
-  std::optional<FileStatus> status(const std::string& path) const override {
+  std::optional<FileRights> status(const std::string& path) const override {
     asked.push_back(path);
     if (path.find("broken") != path.npos) throw std::runtime_error("bad sector");
     return PosixFiles::status(path);

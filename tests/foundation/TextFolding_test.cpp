@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt {
 
@@ -13,7 +13,7 @@ namespace {
 
 std::string utf8Of(char32_t character) {
   std::string bytes;
-  appendUtf8(character, bytes);
+  appendCodePoint(bytes, character);
   return bytes;
 }
 

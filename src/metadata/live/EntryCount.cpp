@@ -17,7 +17,7 @@ std::optional<std::uint64_t> countEntries(int folder, const char* name, const Ac
     return std::nullopt;
   }
   std::uint64_t entries = 0;
-  FolderReader().list(listed.get(), [&](std::string_view, EntryKind) { ++entries; });
+  FolderReader().list(listed.get(), [&](const char*, EntryKind) { ++entries; });
   return entries;
 }
 

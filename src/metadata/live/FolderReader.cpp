@@ -3,6 +3,8 @@
 #include <dirent.h>
 #include <unistd.h>
 
+#include <string_view>
+
 namespace vt {
 namespace {
 
@@ -28,8 +30,7 @@ EntryKind kindOf(unsigned char type) {
 
 FolderReader::FolderReader() : buffer_(kBufferBytes / sizeof(std::uint64_t)) {}
 
-void FolderReader::list(int folder,
-                        FunctionRef<void(std::string_view name, EntryKind kind)> visit) {
+void FolderReader::list(int folder, FunctionRef<void(const char* name, EntryKind kind)> visit) {
   char* const start = reinterpret_cast<char*>(buffer_.data());
   for (;;) {
     const ssize_t bytes = getdents64(folder, start, kBufferBytes);
@@ -38,7 +39,7 @@ void FolderReader::list(int folder,
       const auto* entry = reinterpret_cast<const dirent64*>(start + at);
       at += entry->d_reclen;
       const std::string_view name(entry->d_name);
-      if (name != "." && name != "..") visit(name, kindOf(entry->d_type));
+      if (name != "." && name != "..") visit(entry->d_name, kindOf(entry->d_type));
     }
   }
 }

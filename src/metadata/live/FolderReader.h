@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "foundation/FunctionRef.h"
@@ -16,10 +15,10 @@ class FolderReader {
  public:
   FolderReader();
 
-  /// Hands each entry but "." and ".." to `visit`, in the order of the file system. The name ends
-  /// in a NUL that the view leaves out. Entries that come or go meanwhile are listed or not. Stops
-  /// where the folder cannot be read further.
-  void list(int folder, FunctionRef<void(std::string_view name, EntryKind kind)> visit);
+  /// Hands each entry but "." and ".." to `visit`, in the order of the file system. The name
+  /// ends in a NUL and is good during the visit. Entries that come or go meanwhile are listed or
+  /// not. Stops where the folder cannot be read further.
+  void list(int folder, FunctionRef<void(const char* name, EntryKind kind)> visit);
 
  private:
   std::vector<std::uint64_t> buffer_;  // words, since the kernel's records are aligned to them

@@ -49,9 +49,9 @@ void FolderWalk::enter(Descriptor folder, std::string name) {
 
 void FolderWalk::list(Level& level) {
   const int folder = level.folder.get();
-  reader_.list(folder, [&](std::string_view name, EntryKind kind) {
+  reader_.list(folder, [&](const char* name, EntryKind kind) {
     if (kind == EntryKind::kUnknown) {
-      const std::optional<FileStatus> status = statusOf(folder, name.data());
+      const std::optional<FileStatus> status = statusOf(folder, name);
       if (!status) return;
       kind = entryKindOf(*status);
     }

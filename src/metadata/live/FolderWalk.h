@@ -16,7 +16,7 @@ namespace vt {
 struct WalkedEntry {
   int folder;                   ///< open, to reach the entry from
   std::string_view folderPath;  ///< the walk's own path and what was walked below it
-  std::string_view name;        ///< bytes, ended by a NUL that the view leaves out
+  const char* name;             ///< bytes, ended by NUL
   EntryKind kind;               ///< never kUnknown
 };
 
@@ -43,17 +43,16 @@ class FolderWalk {
   static constexpr std::size_t kMostOpenFolders = 32;
 
   /// Both are borrowed for the life of the walk.
-  FolderWalk(const AccessJudge& judge, FolderVisitor& visitor)
-      : judge_(judge), visitor_(visitor) {}
+  FolderWalk(const AccessJudge& judge, FolderVisitor& visitor) : judge_(judge), visitor_(visitor) {}
 
   /// Walks below the folder that `root` names (one of O_PATH will do), calling it `path`.
   void walk(int root, std::string_view path);
 
  private:
   struct Level {
-    Descriptor folder;   // closed when too many are open
+    Descriptor folder;  // closed when too many are open
     std::string name;
-    FileStatus status;   // to know the folder again
+    FileStatus status;  // to know the folder again
     std::size_t pathSize = 0;
     std::vector<std::string> unvisited;  // names of the folders in it, taken from the end
   };

@@ -33,7 +33,8 @@ constexpr auto kNames = std::to_array<std::pair<std::string_view, LiveAttribute>
 }  // namespace
 
 std::optional<LiveAttribute> liveAttributeNamed(std::string_view name) {
-  const auto* const found = std::ranges::find(kNames, name, [](const auto& row) { return row.first; });
+  const auto* const found =
+      std::ranges::find(kNames, name, [](const auto& row) { return row.first; });
   if (found == kNames.end()) return std::nullopt;
   return found->second;
 }

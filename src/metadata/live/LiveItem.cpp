@@ -40,16 +40,15 @@ ContentTypeId LiveItem::type() {
 }
 
 const std::optional<FileStatus>& LiveItem::status() {
-  if (!isStatusAsked_) status_ = statusOf(entry_->folder, entry_->name.data());
+  if (!isStatusAsked_) status_ = statusOf(entry_->folder, entry_->name);
   isStatusAsked_ = true;
   return status_;
 }
 
 bool LiveItem::isReadable() {
   if (!isReadable_) {
-    isReadable_ = status() && judge_.allows(status_->ownership, kMayRead, [&] {
-      return readAcl(entry_->folder, entry_->name.data());
-    });
+    isReadable_ = status() && judge_.allows(status_->ownership, kMayRead,
+                                            [&] { return readAcl(entry_->folder, entry_->name); });
   }
   return *isReadable_;
 }
@@ -57,7 +56,7 @@ bool LiveItem::isReadable() {
 bool LiveItem::tell(LiveAttribute attribute, Value& value) {
   if (attribute == LiveAttribute::kEntryCount) {
     if (entry_->kind != EntryKind::kFolder) return false;
-    const auto entries = countEntries(entry_->folder, entry_->name.data(), judge_);
+    const auto entries = countEntries(entry_->folder, entry_->name, judge_);
     if (entries) value = *entries;
     return entries.has_value();
   }
@@ -82,7 +81,7 @@ const std::string* LiveItem::textContent() {
     isTextAsked_ = true;
     if (entry_->kind == EntryKind::kFile && textType_ &&
         tables_.types.conforms(type(), *textType_) && isReadable()) {
-      text_ = readPlainText(entry_->folder, entry_->name.data(), judge_);
+      text_ = readPlainText(entry_->folder, entry_->name, judge_);
     }
   }
   return text_ ? &*text_ : nullptr;

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt {
 namespace {
@@ -22,16 +22,16 @@ std::string fromUtf16(std::string_view bytes, bool isBigEndian) {
   for (std::size_t at = 0; at + 1 < bytes.size(); at += 2) {
     const char32_t unit = unitAt(at);
     if (unit < 0xD800 || unit > 0xDFFF) {
-      appendUtf8(unit, text);
+      appendCodePoint(text, unit);
       continue;
     }
     if (at + 3 >= bytes.size() && unit < 0xDC00) break;  // cut within a pair
     const char32_t low = at + 3 < bytes.size() ? unitAt(at + 2) : 0;
     if (unit < 0xDC00 && low >= 0xDC00 && low <= 0xDFFF) {
-      appendUtf8(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00), text);
+      appendCodePoint(text, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
       at += 2;
     } else {
-      appendUtf8(kReplacementCharacter, text);
+      appendCodePoint(text, kReplacementCharacter);
     }
   }
   return text;
@@ -40,19 +40,8 @@ std::string fromUtf16(std::string_view bytes, bool isBigEndian) {
 std::string fromLatin1(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size() + bytes.size() / 8);
-  for (const char byte : bytes) appendUtf8(static_cast<std::uint8_t>(byte), text);
+  for (const char byte : bytes) appendCodePoint(text, static_cast<std::uint8_t>(byte));
   return text;
-}
-
-/// Where the first byte that is no UTF-8 stands; the size when all are.
-std::size_t endOfUtf8(std::string_view bytes) {
-  std::size_t at = 0;
-  while (at < bytes.size()) {
-    const Utf8Character character = utf8CharacterAt(bytes, at);
-    if (!character.isValid) break;
-    at += character.length;
-  }
-  return at;
 }
 
 /// Whether `bytes` is the start of a character and no more.
@@ -69,28 +58,13 @@ bool isCutCharacter(std::string_view bytes) {
 
 }  // namespace
 
-std::string utf8WithReplacements(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  for (std::size_t at = 0; at < bytes.size();) {
-    const Utf8Character character = utf8CharacterAt(bytes, at);
-    if (character.isValid) {
-      text += bytes.substr(at, character.length);
-    } else {
-      appendUtf8(kReplacementCharacter, text);
-    }
-    at += character.length;
-  }
-  return text;
-}
-
 std::string decodePlainText(std::string_view bytes) {
   if (bytes.starts_with(kLittleEndianMark)) {
     return fromUtf16(bytes.substr(2), /*isBigEndian=*/false);
   }
   if (bytes.starts_with(kBigEndianMark)) return fromUtf16(bytes.substr(2), /*isBigEndian=*/true);
   if (bytes.starts_with(kUtf8Mark)) bytes.remove_prefix(kUtf8Mark.size());
-  const std::size_t end = endOfUtf8(bytes);
+  const std::size_t end = validUTF8Length(bytes);
   if (end == bytes.size() || isCutCharacter(bytes.substr(end))) {
     return std::string(bytes.substr(0, end));
   }

@@ -11,9 +11,10 @@ namespace {
 template <class Number>
 std::optional<Value> parseAs(std::string_view text) {
   Number number{};
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end) return std::nullopt;
+  const char* first = text.data();
+  const char* last = first + text.size();
+  const auto [stop, error] = std::from_chars(first, last, number);
+  if (error != std::errc() || stop != last) return std::nullopt;
   return Value(number);
 }
 

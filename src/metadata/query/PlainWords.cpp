@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 #include "metadata/query/QueryLexer.h"
 #include "metadata/query/QueryParser.h"
 #include "metadata/query/WordBoundaries.h"
@@ -23,7 +23,7 @@ std::vector<std::string> split(std::string_view text) {
   };
   bool isInPhrase = false;
   for (std::size_t at = 0; at < text.size();) {
-    const Utf8Character character = utf8CharacterAt(text, at);
+    const DecodedCodePoint character = decodeCodePoint(text.substr(at));
     at += character.length;
     const bool isBlank = character.codePoint <= 0x20;  // the control characters too
     if (character.codePoint == '"') {
@@ -32,7 +32,7 @@ std::vector<std::string> split(std::string_view text) {
     } else if (isBlank && !isInPhrase) {
       endWord();
     } else {
-      appendUtf8(isBlank ? U' ' : character.codePoint, word);
+      appendCodePoint(word, isBlank ? U' ' : character.codePoint);
     }
   }
   endWord();
@@ -57,9 +57,10 @@ std::optional<std::string> queryFromWords(std::string_view words) {
   for (const std::string& word : found) {
     if (!query.empty()) query += " && ";
     const std::string text = escaped(word);
-    const std::string alternatives =
-        "kMDItemFSName == \"*" + text + "*\"cd || kMDItemTextContent == \"" + text + "*\"cdw";
-    query += found.size() == 1 ? alternatives : "(" + alternatives + ")";
+    if (found.size() > 1) query += '(';
+    query.append("kMDItemFSName == \"*").append(text).append("*\"cd || ");
+    query.append("kMDItemTextContent == \"").append(text).append("*\"cdw");
+    if (found.size() > 1) query += ')';
   }
   if (query.size() > kMaximumQueryBytes) return std::nullopt;
   return query;

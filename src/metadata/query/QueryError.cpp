@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt::query {
 
@@ -16,25 +16,24 @@ namespace {
 struct Cell {
   std::string shown;
   std::size_t columns = 1;
-  std::size_t offset = 0;  // in the query, in bytes
 };
 
 Cell cellAt(std::string_view query, std::size_t offset, std::size_t& next) {
-  const Utf8Character character = utf8CharacterAt(query, offset);
+  const DecodedCodePoint character = decodeCodePoint(query.substr(offset));
   next = offset + character.length;
   const bool isControl =
       character.codePoint < 0x20 || (character.codePoint >= 0x7F && character.codePoint < 0xA0);
-  if (!character.isValid || isControl) {
+  if (!character.valid || isControl) {
     std::string escaped;
     for (const char byte : query.substr(offset, character.length)) {
       escaped += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
     }
     const std::size_t columns = escaped.size();
-    return {std::move(escaped), columns, offset};
+    return {std::move(escaped), columns};
   }
   const int width = utf8proc_charwidth(static_cast<utf8proc_int32_t>(character.codePoint));
   return {std::string(query.substr(offset, character.length)),
-          static_cast<std::size_t>(std::max(width, 0)), offset};
+          static_cast<std::size_t>(std::max(width, 0))};
 }
 
 constexpr std::string_view kEllipsis = "...";
@@ -70,7 +69,7 @@ std::string describeQueryError(const QueryError& error) {
 }
 
 std::string renderQueryError(std::string_view query, const QueryError& error, std::size_t width) {
-  // Only what can be shown is looked at: `width` characters to either side of the place.
+  // Only what may be shown is looked at: `width` characters, of at most 4 bytes, to either side.
   const std::size_t place = std::min(error.offset, query.size());
   std::size_t first = place;
   for (std::size_t left = width * 4; first > 0 && left > 0; --left) --first;
@@ -78,9 +77,10 @@ std::string renderQueryError(std::string_view query, const QueryError& error, st
 
   std::vector<Cell> cells;
   std::size_t caret = 0;  // index of the cell under which the caret goes
-  for (std::size_t at = first; at < query.size() && at < place + width * 4;) {
-    cells.push_back(cellAt(query, at, at));
-    if (at <= place) caret = cells.size();
+  std::size_t next = first;
+  while (next < query.size() && next < place + width * 4) {
+    cells.push_back(cellAt(query, next, next));
+    if (next <= place) caret = cells.size();
   }
 
   // The window grows from the caret to both sides, two thirds of it to the left.
@@ -99,9 +99,7 @@ std::string renderQueryError(std::string_view query, const QueryError& error, st
   }
 
   const bool isCutBefore = from > 0 || first > 0;
-  const bool isCutAfter =
-      to < cells.size() || (!cells.empty() && cells.back().offset + 4 < query.size() &&
-                            place + width * 4 < query.size());
+  const bool isCutAfter = to < cells.size() || next < query.size();
   std::string line;
   if (isCutBefore) line += kEllipsis;
   for (std::size_t i = from; i < to; ++i) line += cells[i].shown;

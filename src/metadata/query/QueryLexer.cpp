@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 #include "metadata/query/NumberLiteral.h"
 #include "metadata/query/QueryParser.h"
 
@@ -25,7 +25,8 @@ bool isNameByte(char c) { return isIdentifier(c) || c == '.' || c == ':' || c ==
 bool isForeign(std::string_view text, std::size_t offset) {
   const std::string_view rest = text.substr(offset);
   const char c = rest.front();
-  if ((static_cast<unsigned char>(c) & 0x80U) != 0) return !utf8CharacterAt(text, offset).isValid;
+  if ((static_cast<unsigned char>(c) & 0x80U) != 0)
+    return !decodeCodePoint(text.substr(offset)).valid;
   if (isIdentifier(c) || isBlank(c)) return false;
   if (c == '&' || c == '|') return !rest.starts_with("&&") && !rest.starts_with("||");
   return std::string_view("\"'()[]!=<>*,.:/-+$").find(c) == std::string_view::npos;
@@ -34,7 +35,7 @@ bool isForeign(std::string_view text, std::size_t offset) {
 std::string excerptAt(std::string_view text, std::size_t offset) {
   std::size_t end = offset;
   while (end < text.size()) {
-    const std::size_t length = utf8CharacterAt(text, end).length;
+    const std::size_t length = decodeCodePoint(text.substr(end)).length;
     if (end + length - offset > kExcerptBytes) break;
     end += length;
   }
@@ -150,11 +151,11 @@ std::optional<Operand> QueryLexer::takeString(std::uint8_t& modifiers) {
     const std::size_t start = offset_;
     const bool isEscaped = text_[offset_] == '\\';
     if (isEscaped && ++offset_ == text_.size()) break;
-    const Utf8Character character = utf8CharacterAt(text_, offset_);
+    const DecodedCodePoint character = decodeCodePoint(text_.substr(offset_));
     const char c = text_[offset_];
-    if (!character.isValid || (static_cast<unsigned char>(c) < 0x20 && !isBlank(c))) {
+    if (!character.valid || (static_cast<unsigned char>(c) < 0x20 && !isBlank(c))) {
       fail(QueryErrorKind::kLexical, offset_,
-           character.isValid ? "no control character" : "valid UTF-8");
+           character.valid ? "no control character" : "valid UTF-8");
       return std::nullopt;
     }
     const bool isSpecial = c == '*' || c == '?' || c == '\\';
@@ -183,8 +184,8 @@ std::optional<Operand> QueryLexer::takeWord() {
     return NumberOperand{std::string(text_.substr(start, offset_ - start))};
   }
   while (!atEnd() && isWordByte(text_[offset_])) {
-    const Utf8Character character = utf8CharacterAt(text_, offset_);
-    if (!character.isValid) {
+    const DecodedCodePoint character = decodeCodePoint(text_.substr(offset_));
+    if (!character.valid) {
       fail(QueryErrorKind::kLexical, offset_, "valid UTF-8");
       return std::nullopt;
     }

@@ -58,7 +58,7 @@ constexpr std::uint64_t kNameCost = 1;
 constexpr std::uint64_t kStatCost = 4;
 constexpr std::uint64_t kExtendedCost = 64;
 constexpr std::uint64_t kAnywhereCost = 1024;
-constexpr std::uint64_t kContentCost = 1024 * 1024;
+constexpr std::uint64_t kContentCost = 1'000'000;
 
 std::uint64_t costOf(std::string_view attribute) {
   constexpr std::string_view kNames[] = {"kMDItemFSName", "kMDItemDisplayName", "kMDItemPath"};

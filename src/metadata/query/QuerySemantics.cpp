@@ -56,7 +56,7 @@ std::optional<Value> numberOf(const Operand& operand, bool allowsWords) {
   const auto* text = std::get_if<TextOperand>(&operand);
   if (text == nullptr) return std::nullopt;
   if (allowsWords && (text->pattern == "true" || text->pattern == "false")) {
-    return Value(text->pattern == "true" ? 1 : 0);
+    return parseNumber(text->pattern == "true" ? "1" : "0");
   }
   return parseNumber(text->pattern);
 }

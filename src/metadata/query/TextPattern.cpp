@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt::query {
 

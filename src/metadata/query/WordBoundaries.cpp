@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt::query {
 
@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::array<CharacterClass, 128> kAsciiClasses = [] {
   std::array<CharacterClass, 128> classes{};  // kSeparator
-  for (char c = 'a'; c <= 'z'; ++c) classes[static_cast<std::size_t>(c)] = CharacterClass::kLower;
-  for (char c = 'A'; c <= 'Z'; ++c) classes[static_cast<std::size_t>(c)] = CharacterClass::kUpper;
-  for (char c = '0'; c <= '9'; ++c) classes[static_cast<std::size_t>(c)] = CharacterClass::kDigit;
+  for (std::size_t c = 'a'; c <= 'z'; ++c) classes[c] = CharacterClass::kLower;
+  for (std::size_t c = 'A'; c <= 'Z'; ++c) classes[c] = CharacterClass::kUpper;
+  for (std::size_t c = '0'; c <= '9'; ++c) classes[c] = CharacterClass::kDigit;
   return classes;
 }();
 

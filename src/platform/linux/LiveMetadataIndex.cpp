@@ -51,7 +51,9 @@ std::shared_ptr<MDQuery> LiveMetadataIndex::MDQueryCreate(
     const std::vector<std::string>& sortingAttributes, MDQueryRejection* rejection) {
   Result<query::Query, query::QueryError> parsed = query::parseQuery(queryString, *schema_);
   if (!parsed) {
-    if (rejection != nullptr) *rejection = {parsed.error().offset, parsed.error().expected};
+    if (rejection != nullptr)
+      *rejection = {parsed.error().offset, parsed.error().expected,
+                    describeQueryError(parsed.error())};
     return nullptr;
   }
   return std::make_shared<LiveQuery>(std::move(parsed).value(), valueListAttributes,
@@ -146,8 +148,7 @@ std::optional<Value> LiveMetadataIndex::MDItemCopyAttribute(MDItem& item,
       resolvePath(joinPath(asked.folderPath, asked.name), LastLink::kKeep, judge);
   if (!found) return std::nullopt;
   const std::optional<std::uint64_t> entries = countEntries(found->file.get(), ".", judge);
-  if (!entries) return std::nullopt;
-  return Value(*entries);
+  return entries ? std::optional<Value>(*entries) : std::nullopt;
 }
 
 const LiveQueryNotes& LiveMetadataIndex::notesOf(const MDQuery& query) const {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "foundation/UTF8.h"
 #include "metadata/live/LiveFile.h"
-#include "metadata/live/TextDecoding.h"
 #include "platform/Attributes.h"
 
 namespace vt {
@@ -94,7 +94,7 @@ std::optional<Value> valueForCaller(LiveAttribute attribute, const LiveFile& fil
                                     const TypeTables& tables) {
   Value value;
   if (!tellAttribute(attribute, file, tables, value)) return std::nullopt;
-  if (attribute == LiveAttribute::kName) value = utf8WithReplacements(file.name);
+  if (attribute == LiveAttribute::kName) value = displayText(file.name);
   return value;
 }
 

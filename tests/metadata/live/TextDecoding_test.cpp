@@ -46,13 +46,5 @@ TEST(TextDecoding, TellsEncodingsByMarkThenByForm) {
   }
 }
 
-TEST(TextDecoding, ReplacesEachByteThatIsNoUtf8) {
-  EXPECT_EQ(utf8WithReplacements("a\xFF\xFE"
-                                 "b.txt"),
-            "a\xEF\xBF\xBD\xEF\xBF\xBD"
-            "b.txt");
-  EXPECT_EQ(utf8WithReplacements("Größe"), "Größe");
-}
-
 }  // namespace
 }  // namespace vt

@@ -92,6 +92,12 @@ TEST(QueryMatcher, TakesANumberForADate) {
   EXPECT_TRUE(matches("kMDItemDueDate == $time.iso(2025-01-01T00:00:00Z)", item));
 }
 
+TEST(QueryMatcher, BearsSecondsBeyondAllDates) {
+  TableItem item = TableItem::parse("kMDItemDueDate=2024-01-01");
+  EXPECT_TRUE(matches("kMDItemDueDate < 1e300 && kMDItemDueDate > -1e300", item));
+  EXPECT_FALSE(matches("kMDItemDueDate > 1e300 || kMDItemDueDate < -1e300", item));
+}
+
 TEST(QueryMatcher, HoldsNoNumberEqualToNotANumber) {
   TableItem item;
   item.set("kMDItemAltitude", std::numeric_limits<double>::quiet_NaN());

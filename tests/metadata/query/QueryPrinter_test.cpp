@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 #include "metadata/query/QueryTesting.h"
 
 namespace vt::query {
@@ -69,10 +69,10 @@ class RandomQuery {
           out += quote == '"' ? '\'' : '"';
           break;
         case 4:
-          appendUtf8(static_cast<char32_t>(0xA0 + below(0xD000)), out);
+          appendCodePoint(out, static_cast<char32_t>(0xA0 + below(0xD000)));
           break;
         case 5:
-          appendUtf8(static_cast<char32_t>(0x1F600 + below(64)), out);
+          appendCodePoint(out, static_cast<char32_t>(0x1F600 + below(64)));
           break;
         default:
           out += static_cast<char>('a' + below(26));

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "foundation/Utf8.h"
+#include "foundation/UTF8.h"
 
 namespace vt::query {
 
@@ -41,11 +41,11 @@ TEST(TextMatcher, AgreesWithTryingEverything) {
     std::string textBytes;
     for (std::size_t n = random() % 7; n > 0; --n) {
       pattern += random() % 2 == 0 ? letters[random() % 3] : U"*?"[random() % 2];
-      appendUtf8(pattern.back(), patternBytes);
+      appendCodePoint(patternBytes, pattern.back());
     }
     for (std::size_t n = random() % 9; n > 0; --n) {
       text += letters[random() % 4];
-      appendUtf8(text.back(), textBytes);
+      appendCodePoint(textBytes, text.back());
     }
     ASSERT_EQ(matchesValue(patternBytes, 0, textBytes), matchesSlowly(pattern, text))
         << "seed " << kSeed << " round " << round << ": " << patternBytes << " on " << textBytes;

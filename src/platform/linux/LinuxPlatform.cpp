@@ -1,0 +1,59 @@
+#include "platform/linux/LinuxPlatform.h"
+
+#include "metadata/query/AttributeSchema.h"
+#include "metadata/types/ContentTypes.h"
+#include "platform/linux/AccountRecords.h"
+#include "platform/linux/FolderResources.h"
+#include "platform/linux/LinuxDirectoryServices.h"
+#include "platform/linux/LinuxHost.h"
+#include "platform/linux/LinuxIdentity.h"
+#include "platform/linux/LinuxProcess.h"
+#include "platform/linux/LinuxRuntimeBundles.h"
+#include "platform/linux/LiveMetadataIndex.h"
+#include "platform/linux/PosixFiles.h"
+
+namespace vt {
+namespace {
+
+LiveMetadataIndex::CredentialsProvider credentialsFrom(std::shared_ptr<const Accounts> accounts) {
+  return [accounts = std::move(accounts)](std::uint32_t uid) -> std::optional<Credentials> {
+    const std::optional<Account> account = accounts->accountWithId(uid);
+    if (!account) return std::nullopt;
+    return Credentials(account->uid, account->gid, accounts->groupsOf(*account));
+  };
+}
+
+std::shared_ptr<MetadataIndex> liveIndex(const Resources& resources,
+                                         std::shared_ptr<Identity> identity,
+                                         std::shared_ptr<const Accounts> accounts) {
+  auto types = ContentTypes::parse(resources.resource("types", "tsv").value_or(""));
+  auto schema = query::AttributeSchema::parse(resources.resource("attributes", "tsv").value_or(""));
+  if (!types || !schema) return nullptr;
+  return std::make_shared<LiveMetadataIndex>(
+      std::make_shared<const ContentTypes>(std::move(types).value()),
+      std::make_shared<const query::AttributeSchema>(std::move(schema).value()),
+      std::move(identity), credentialsFrom(std::move(accounts)));
+}
+
+}  // namespace
+
+std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
+  const std::string& root = environment.rootPrefix;
+  const std::shared_ptr<const Accounts> accounts = accountsUnder(root);
+  const auto records = std::make_shared<const AccountRecords>(accounts, passwordsUnder(root));
+  const auto identity = std::make_shared<LinuxIdentity>(accounts);
+  const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
+  return std::make_shared<Platform>(Platform::Services{
+      .files = std::make_shared<PosixFiles>(),
+      .identity = identity,
+      .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
+      .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),
+      .metadataIndex = liveIndex(*resources, identity, accounts),
+      .resources = resources,
+      .host = std::make_shared<LinuxHost>(root),
+      .process = std::make_shared<LinuxProcess>(),
+      .rootPrefix = root,
+  });
+}
+
+}  // namespace vt

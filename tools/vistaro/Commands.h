@@ -1,0 +1,14 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace vt::tool {
+
+/// Each adds one command to `app`; when the command is the one that was typed, it runs while the
+/// command line is parsed and leaves its exit code in `status`.
+void addSearchCommand(CLI::App& app, int& status);
+void addUserCommand(CLI::App& app, int& status);
+void addKindsCommand(CLI::App& app, int& status);
+void addDoctorCommand(CLI::App& app, int& status);
+
+}  // namespace vt::tool
