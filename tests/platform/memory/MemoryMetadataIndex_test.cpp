@@ -80,7 +80,7 @@ TEST(MemoryMetadataIndex, FindsAnItemByItsPath) {
 
 TEST(MemoryMetadataIndex, RejectsQueriesOnDemandAndSaysWhy) {
   MemoryMetadataIndex index;
-  index.rejectQueries({.offset = 4, .expected = "a value"});
+  index.rejectQueries({.offset = 4, .expected = "a value", .text = {}});
   MDQueryRejection rejection;
   EXPECT_EQ(index.MDQueryCreate("a ==", {}, {}, &rejection), nullptr);
   EXPECT_EQ(rejection.offset, 4U);
