@@ -25,10 +25,12 @@ install_packages() {
     fi
   done < <(grep -v '^#' script/packages.txt)
   [ ${#missing[@]} -eq 0 ] && return
-  say "Installing: ${missing[*]}"
-  as_root apt-get update -qq >&2
-  as_root env DEBIAN_FRONTEND=noninteractive \
-    apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
+  say "Installing ${missing[*]}"
+  mkdir -p build
+  { as_root apt-get update &&
+    as_root env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y --no-install-recommends "${missing[@]}"; } >build/packages.log 2>&1 ||
+    { tail -n 20 build/packages.log >&2; return 1; }
 }
 
 # build PRESET [target…]: configures when needed and builds; output only when something fails.
