@@ -21,8 +21,9 @@ std::string_view trimmed(std::string_view text) {
 template <class Number, class... Format>
 std::optional<Number> wholeNumber(std::string_view text, Format... format) {
   Number number{};
-  const char* end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number, format...);
+  const char* const start = text.data();
+  const char* const end = start + text.size();
+  const auto [stop, error] = std::from_chars(start, end, number, format...);
   if (error != std::errc{} || stop != end) return std::nullopt;
   return number;
 }

@@ -54,9 +54,10 @@ double textAsDouble(std::string_view text) {
     return 0;
   }
   double number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const char* const start = text.data();
+  const auto [end, error] = std::from_chars(start, start + text.size(), number);
   if (error == std::errc::result_out_of_range) {
-    const std::string_view digits(text.data(), end);
+    const std::string_view digits(start, end);
     const bool isTiny = digits.find("e-") != std::string_view::npos ||
                         digits.find("E-") != std::string_view::npos || digits.front() == '.' ||
                         digits.starts_with("0.");

@@ -9,7 +9,7 @@ namespace {
 
 TEST(Key, SharesItsTextWithItsCopies) {
   const Key key("kMDItemDisplayName");
-  const Key copy = key;
+  const Key copy = key;  // NOLINT(performance-unnecessary-copy-initialization): the subject
   EXPECT_EQ(&copy.str(), &key.str());
   EXPECT_EQ(copy, key);
 }

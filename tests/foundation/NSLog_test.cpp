@@ -34,6 +34,7 @@ std::string onStandardError(Action action) {
   const std::string path = folder / "stderr";
   const int file = open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
   const int saved = dup(STDERR_FILENO);
+  if (file < 0 || saved < 0) throw std::runtime_error("no file to catch standard error in");
   dup2(file, STDERR_FILENO);
   action();
   dup2(saved, STDERR_FILENO);

@@ -185,9 +185,9 @@ TEST(XMLPropertyListReader, CountsLinesInUTF16) {
 TEST(XMLPropertyListReader, SaysWhatItFoundInAMessageFitToShow) {
   const auto result = readXMLPropertyList(plist("\n<integer>1\x02</integer>"));
   EXPECT_EQ(result.error().description(), "line 2, byte 32: not well-formed (invalid token)");
-  const auto long_ =
+  const auto overlong =
       readXMLPropertyList(plist("<integer>\n" + std::string(99, 'x') + "</integer>"));
-  EXPECT_EQ(long_.error().text,
+  EXPECT_EQ(overlong.error().text,
             "<integer> holds \"\\x0a" + std::string(39, 'x') + "\"…, not an integer of 64 bits");
 }
 
