@@ -13,9 +13,6 @@ if(VT_SANITIZE)
     # g++ 12 warns of the unused alternatives of a std::variant once it instruments the code.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   target_link_options(vistaro_options INTERFACE -fsanitize=${VT_SANITIZE})
-  # Instrumented code hides from g++ 12 that a variant's alternative is made before it is destroyed.
-  target_compile_options(vistaro_options INTERFACE
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
 # vt_library(NAME SOURCES a.cpp … [PUBLIC lib …] [PRIVATE lib …])
@@ -26,11 +23,12 @@ function(vt_library name)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE vistaro_options ${ARG_PRIVATE})
 endfunction()
 
-# vt_program(NAME SOURCES a.cpp … LIBRARIES lib …)
+# vt_program(NAME SOURCES a.cpp … LIBRARIES lib …), into the build's folder bin
 function(vt_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endfunction()
 
 # vt_test(NAME SOURCES a_test.cpp … LIBRARIES lib … [TIMEOUT seconds])
