@@ -172,6 +172,17 @@ TEST(DirServiceWrapper, ChecksPasswordsOnEitherBranch) {
   }
 }
 
+TEST(DirServiceWrapper, AsksOpenDirectoryStepByStep) {
+  DirectoryWorld world;
+  EXPECT_TRUE(DirServiceWrapper::init()->authenticateUser("ann", "secret"));
+  EXPECT_THAT(
+      world.bundles->calls(),
+      ElementsAre("load /System/Library/Frameworks/OpenDirectory.framework", "classNamed ODSession",
+                  "defaultSession", "classNamed ODNode", "nodeWithSession 0x2201",
+                  "recordWithRecordType dsRecTypeStandard:Users ann dsAttributesAll",
+                  "verifyPassword secret"));
+}
+
 TEST(DirServiceWrapper, LogsWhenOpenDirectoryCannotBeLoaded) {
   DirectoryWorld world;
   world.bundles->takeAway("/System/Library/Frameworks/OpenDirectory.framework");
