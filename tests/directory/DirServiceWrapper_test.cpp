@@ -70,6 +70,19 @@ TEST(DirServiceWrapper, AsksForTheAttributesUpToTheFirstMissingOne) {
   EXPECT_TRUE(lookUpUser(*wrapper, "ann", nullptr, kDS1AttrUniqueID)->empty());
 }
 
+TEST(DirServiceWrapper, AsksForAllSixAttributes) {
+  DirectoryWorld world;
+  DirectoryRecord record{kDSStdRecordTypeUsers, "bob", {}};
+  for (const char* type : {"1", "2", "3", "4", "5", "6", "7"}) {
+    record.attributes.push_back({type, {"x"}});
+  }
+  world.records->add(record);
+  const auto found = DirServiceWrapper::init()->attributeDataForNodeOfType(
+      kDSStdRecordTypeUsers, "bob", "1", "2", "3", "4", "5", "6");
+  EXPECT_EQ(found->size(), 6U);
+  EXPECT_FALSE(found->contains("7"));
+}
+
 TEST(DirServiceWrapper, HasNoKeyForAnAttributeWithoutValuesOrWithNoText) {
   DirectoryWorld world;
   world.records->add(

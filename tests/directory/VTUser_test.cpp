@@ -161,6 +161,18 @@ TEST_F(VTUserTest, IsNoAdministratorWhenTheGroupFitsNoBuffer) {
   EXPECT_FALSE(ann()->administrator());
 }
 
+TEST_F(VTUserTest, AsksForNoMoreOfARecordThanItUses) {
+  DirectoryRecord bob = userRecord("bob", "502", "20", "Bob");
+  bob.attributes.push_back({"dsAttrTypeStandard:JPEGPhoto", {std::string(3000, 'x')}});
+  world_->records->add(bob);
+  DirectoryRecord admin = groupRecord("admin", {"bob"});
+  admin.attributes.push_back({"dsAttrTypeStandard:Comment", {std::string(3000, 'x')}});
+  world_->records->add(admin);
+  const auto user = VTUser::userWithName("bob");
+  ASSERT_NE(user, nullptr);
+  EXPECT_TRUE(user->administrator());
+}
+
 TEST_F(VTUserTest, HasItsFurtherGroupsWithoutThePrimaryOneAndAnEndMark) {
   EXPECT_EQ(ann()->groups(), nullptr);
   world_->identity->setGroups("ann", {20});
