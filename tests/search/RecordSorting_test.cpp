@@ -26,7 +26,8 @@ std::shared_ptr<ObjectArray<Dictionary>> records(const std::vector<std::optional
 
 std::vector<int> order(const std::vector<std::optional<Value>>& values, bool descending) {
   std::vector<int> ids;
-  for (const auto& record : *sortedRecords(*records(values), "key", descending)) {
+  const auto sorted = sortedRecords(*records(values), "key", descending);
+  for (const auto& record : *sorted) {
     ids.push_back(record->find("id")->intValue());
   }
   return ids;
