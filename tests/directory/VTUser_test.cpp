@@ -336,8 +336,25 @@ TEST_F(VTUserTest, IsReadAndSetByKey) {
   EXPECT_EQ(user->valueForKey("resultsPerPage"), Value(10));
   EXPECT_EQ(user->valueForKey("defaultAction"), Value(3));
   EXPECT_EQ(user->valueForKey("defaultSearchFolder"), std::nullopt) << "no folder has the title";
-  EXPECT_THROW(user->setValue(Value(1), "uid"), UndefinedKeyError);
+  const auto kind = VTSearchKind::allSearchKinds()->at(0);
+  user->setValue(Value(kind), "defaultSearchKind");
+  EXPECT_EQ(user->valueForKey("defaultSearchKind"), Value(kind));
+  user->setValue(nullptr, "defaultSearchKind");
+  EXPECT_EQ(user->valueForKey("defaultSearchKind"), std::nullopt);
+}
+
+TEST_F(VTUserTest, TakesPreferencesAloneByKeyAndNilOnlyForObjects) {
+  const auto user = ann();
+  for (const char* key : {"uid", "gid", "username", "fullname", "administrator", "groups",
+                          "loggedIn", "savedSearches", "userStorage"}) {
+    SCOPED_TRACE(key);
+    EXPECT_THROW(user->setValue(1, key), UndefinedKeyError);
+  }
   EXPECT_THROW(user->valueForKey("groups"), UndefinedKeyError);
+  EXPECT_THROW(user->setValue(nullptr, "defaultAction"), InvalidArgumentError);
+  EXPECT_THROW(user->setValue(nullptr, "resultsPerPage"), InvalidArgumentError);
+  EXPECT_THROW(user->setValue("Data", "defaultSearchFolder"), InvalidArgumentError);
+  EXPECT_TRUE(user->userStorage()->empty());
 }
 
 }  // namespace
