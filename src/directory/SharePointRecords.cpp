@@ -13,16 +13,25 @@ namespace {
 
 constexpr std::uint32_t kRecordBufferSize = 2048;
 
-std::optional<std::string> onlyValue(DirectoryServices& services, DirNodeReference node,
-                                     const DataBuffer* buffer, const AttributeEntry& attribute,
-                                     DirAttributeValueReference valueList) {
-  if (attribute.valueCount != 1) return std::nullopt;
-  AttributeValueEntry* value = nullptr;
-  if (services.dsGetAttributeValue(node, buffer, /*index=*/1, valueList, &value) != kDSNoErr) {
-    return std::nullopt;
+void readAttribute(DirectoryServices& services, DirNodeReference node, const DataBuffer* buffer,
+                   DirAttributeListReference attributes, std::uint32_t index, Dictionary& result) {
+  AttributeEntry* attribute = nullptr;
+  DirAttributeValueReference values = 0;
+  if (services.dsGetAttributeEntry(node, buffer, attributes, index, &values, &attribute) !=
+      kDSNoErr) {
+    return;
   }
-  const ValueEntryHolder holder(value, {&services, gDirRef});
-  return isValidUTF8(value->bytes) ? std::optional(value->bytes) : std::nullopt;
+  const AttributeEntryHolder attributeHolder(attribute, {&services, gDirRef});
+  // Declared before the list, so that it goes after it.
+  ValueEntryHolder valueHolder(nullptr, {&services, gDirRef});
+  ValueListHolder valueList(services);
+  *valueList.out() = values;
+
+  if (attribute->valueCount != 1) return;
+  AttributeValueEntry* value = nullptr;
+  if (services.dsGetAttributeValue(node, buffer, /*index=*/1, values, &value) != kDSNoErr) return;
+  valueHolder.reset(value);
+  if (isValidUTF8(value->bytes)) result.set(attribute->type, value->bytes);
 }
 
 void readRecord(DirectoryServices& services, DirNodeReference node, const DataBuffer* buffer,
@@ -35,18 +44,7 @@ void readRecord(DirectoryServices& services, DirNodeReference node, const DataBu
   *attributeList.out() = attributes;
 
   for (std::uint32_t i = 1; i <= record->attributeCount; ++i) {
-    AttributeEntry* attribute = nullptr;
-    DirAttributeValueReference values = 0;
-    if (services.dsGetAttributeEntry(node, buffer, attributes, i, &values, &attribute) !=
-        kDSNoErr) {
-      continue;
-    }
-    const AttributeEntryHolder attributeHolder(attribute, {&services, gDirRef});
-    ValueListHolder valueList(services);
-    *valueList.out() = values;
-    if (auto value = onlyValue(services, node, buffer, *attribute, values)) {
-      result.set(attribute->type, std::move(*value));
-    }
+    readAttribute(services, node, buffer, attributes, i, result);
   }
 }
 

@@ -70,6 +70,19 @@ TEST(DirServiceWrapper, AsksForTheAttributesUpToTheFirstMissingOne) {
   EXPECT_TRUE(lookUpUser(*wrapper, "ann", nullptr, kDS1AttrUniqueID)->empty());
 }
 
+TEST(DirServiceWrapper, AsksForAllSixAttributes) {
+  DirectoryWorld world;
+  DirectoryRecord record{kDSStdRecordTypeUsers, "bob", {}};
+  for (const char* type : {"1", "2", "3", "4", "5", "6", "7"}) {
+    record.attributes.push_back({type, {"x"}});
+  }
+  world.records->add(record);
+  const auto found = DirServiceWrapper::init()->attributeDataForNodeOfType(
+      kDSStdRecordTypeUsers, "bob", "1", "2", "3", "4", "5", "6");
+  EXPECT_EQ(found->size(), 6U);
+  EXPECT_FALSE(found->contains("7"));
+}
+
 TEST(DirServiceWrapper, HasNoKeyForAnAttributeWithoutValuesOrWithNoText) {
   DirectoryWorld world;
   world.records->add(
@@ -170,6 +183,17 @@ TEST(DirServiceWrapper, ChecksPasswordsOnEitherBranch) {
       EXPECT_TRUE(world.log.empty());
     }
   }
+}
+
+TEST(DirServiceWrapper, AsksOpenDirectoryStepByStep) {
+  DirectoryWorld world;
+  EXPECT_TRUE(DirServiceWrapper::init()->authenticateUser("ann", "secret"));
+  EXPECT_THAT(
+      world.bundles->calls(),
+      ElementsAre("load /System/Library/Frameworks/OpenDirectory.framework", "classNamed ODSession",
+                  "defaultSession", "classNamed ODNode", "nodeWithSession 0x2201",
+                  "recordWithRecordType dsRecTypeStandard:Users ann dsAttributesAll",
+                  "verifyPassword secret"));
 }
 
 TEST(DirServiceWrapper, LogsWhenOpenDirectoryCannotBeLoaded) {

@@ -124,6 +124,8 @@ TEST_F(DoPasswordAuthTest, SizesItsBuffersAndGivesThemBackInOrder) {
                   "dsDoDirNodeAuth", "dsReleaseContinueData", "dsDataBufferDeAllocate",
                   "dsDataBufferDeAllocate", "dsDataNodeDeAllocate"));
   EXPECT_THAT(world_.services->bufferSizes(), ElementsAre(4096U, 3U + 5U + 38U, 128U));
+  EXPECT_THAT(world_.services->releasedBufferSizes(), ElementsAre(4096U, 128U, 3U + 5U + 38U))
+      << "the response goes before the step";
 }
 
 TEST_F(DoPasswordAuthTest, ReportsWhatCouldNotBeAllocated) {

@@ -111,6 +111,12 @@ TEST_F(FileAccessRule, OpensAGroupsFileToItsMembersButNotToThoseWhosePrimaryGrou
   EXPECT_FALSE(allows("loner", file(kStranger, kPrimaryGroup, 0640)));
 }
 
+TEST_F(FileAccessRule, LooksAtTheGroupsUpToTheFirstNegativeOne) {
+  world_.identity->setGroups("loner", {kFurtherGroup, -7, kFurtherGroup + 1});
+  EXPECT_TRUE(allows("loner", file(kStranger, kFurtherGroup, 0640)));
+  EXPECT_FALSE(allows("loner", file(kStranger, kFurtherGroup + 1, 0640)));
+}
+
 TEST_F(FileAccessRule, DecidesUnlikeTheKernelWhereItIsPrescribed) {
   EXPECT_TRUE(allows("amy", file(kUser, 0, 0000))) << "an owner may not open this";
   EXPECT_TRUE(allows("amy", file(0, 0, 0001))) << "a file that may only be executed";
@@ -164,11 +170,12 @@ TEST_F(FileAccessRule, AllowsRootAllWithoutLooking) {
   watched_->asked.clear();
   EXPECT_TRUE(allows("root", "/private/var/x"));
   EXPECT_TRUE(allows("root", "relative/x"));
+  EXPECT_TRUE(allows("root", "x/")) << "two characters, of which one remains";
   EXPECT_THAT(watched_->asked, IsEmpty());
 }
 
 TEST_F(FileAccessRule, RefusesPathsOfOneCharacterEvenToRoot) {
-  for (const char* path : {"", "/", "x", "\xC3\xA4", "\xE2\x82\xAC"}) {
+  for (const char* path : {"", "/", "x", "\xC3\xA4", "\xE2\x82\xAC", "\xE4"}) {
     SCOPED_TRACE(path);
     watched_->asked.clear();
     EXPECT_FALSE(allows("root", path));

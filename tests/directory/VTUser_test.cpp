@@ -161,6 +161,18 @@ TEST_F(VTUserTest, IsNoAdministratorWhenTheGroupFitsNoBuffer) {
   EXPECT_FALSE(ann()->administrator());
 }
 
+TEST_F(VTUserTest, AsksForNoMoreOfARecordThanItUses) {
+  DirectoryRecord bob = userRecord("bob", "502", "20", "Bob");
+  bob.attributes.push_back({"dsAttrTypeStandard:JPEGPhoto", {std::string(3000, 'x')}});
+  world_->records->add(bob);
+  DirectoryRecord admin = groupRecord("admin", {"bob"});
+  admin.attributes.push_back({"dsAttrTypeStandard:Comment", {std::string(3000, 'x')}});
+  world_->records->add(admin);
+  const auto user = VTUser::userWithName("bob");
+  ASSERT_NE(user, nullptr);
+  EXPECT_TRUE(user->administrator());
+}
+
 TEST_F(VTUserTest, HasItsFurtherGroupsWithoutThePrimaryOneAndAnEndMark) {
   EXPECT_EQ(ann()->groups(), nullptr);
   world_->identity->setGroups("ann", {20});
@@ -324,8 +336,25 @@ TEST_F(VTUserTest, IsReadAndSetByKey) {
   EXPECT_EQ(user->valueForKey("resultsPerPage"), Value(10));
   EXPECT_EQ(user->valueForKey("defaultAction"), Value(3));
   EXPECT_EQ(user->valueForKey("defaultSearchFolder"), std::nullopt) << "no folder has the title";
-  EXPECT_THROW(user->setValue(Value(1), "uid"), UndefinedKeyError);
+  const auto kind = VTSearchKind::allSearchKinds()->at(0);
+  user->setValue(Value(kind), "defaultSearchKind");
+  EXPECT_EQ(user->valueForKey("defaultSearchKind"), Value(kind));
+  user->setValue(nullptr, "defaultSearchKind");
+  EXPECT_EQ(user->valueForKey("defaultSearchKind"), std::nullopt);
+}
+
+TEST_F(VTUserTest, TakesPreferencesAloneByKeyAndNilOnlyForObjects) {
+  const auto user = ann();
+  for (const char* key : {"uid", "gid", "username", "fullname", "administrator", "groups",
+                          "loggedIn", "savedSearches", "userStorage"}) {
+    SCOPED_TRACE(key);
+    EXPECT_THROW(user->setValue(1, key), UndefinedKeyError);
+  }
   EXPECT_THROW(user->valueForKey("groups"), UndefinedKeyError);
+  EXPECT_THROW(user->setValue(nullptr, "defaultAction"), InvalidArgumentError);
+  EXPECT_THROW(user->setValue(nullptr, "resultsPerPage"), InvalidArgumentError);
+  EXPECT_THROW(user->setValue("Data", "defaultSearchFolder"), InvalidArgumentError);
+  EXPECT_TRUE(user->userStorage()->empty());
 }
 
 }  // namespace

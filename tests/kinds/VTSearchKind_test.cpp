@@ -88,6 +88,7 @@ TEST_F(VTSearchKindTest, ReadsAndWritesByKey) {
   EXPECT_EQ(kind->valueForKey("title"), Value("Images"));
   EXPECT_EQ(kind->valueForKey("types"), Value(Array::make({"public.image"})));
   EXPECT_THROW(kind->setValue("x", "title"), UndefinedKeyError);
+  EXPECT_THROW(kind->setValue(Array::make(), "types"), UndefinedKeyError);
   EXPECT_THROW(kind->setValue(std::nullopt, "searchable"), InvalidArgumentError);
 }
 

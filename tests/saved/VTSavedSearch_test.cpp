@@ -107,6 +107,15 @@ TEST(VTSavedSearch, RemovesTheFirstOfItsTitleAndItsEquals) {
                           stored("1", "B", "")}));
 }
 
+TEST(VTSavedSearch, TakesNullMarkersForEqualWhenItRemoves) {
+  const auto storage = Dictionary::make(
+      {{"SavedSearches", Array::make({stored(nullptr, "A", nullptr), stored(nullptr, nullptr, ""),
+                                      stored(nullptr, "A", ""), stored(nullptr, "A", nullptr)})}});
+  VTSavedSearch::initWithQuery("unlike", "A")->removeFromStorage(*storage);
+  EXPECT_EQ(*storage->find("SavedSearches")->array(),
+            *Array::make({stored(nullptr, nullptr, ""), stored(nullptr, "A", "")}));
+}
+
 TEST(VTSavedSearch, IsAddedEachTimeWithoutATitle) {
   const auto storage = Dictionary::make();
   VTSavedSearch::initWithQuery("1", std::nullopt)->addToStorage(*storage);
@@ -185,12 +194,17 @@ TEST(VTSavedSearch, RemembersNoFolderForNilOrAFolderWithoutTitle) {
   EXPECT_EQ(search->searchFolderTitle(), "");
 }
 
-TEST(VTSavedSearch, ReadsItsPropertiesByKey) {
+TEST(VTSavedSearch, SetsAndReadsItsPropertiesByKey) {
   const auto search = VTSavedSearch::initWithQuery("q", "Reports");
-  search->setValue("Projects", "searchFolderTitle");
-  EXPECT_EQ(search->valueForKey("query"), Value("q"));
-  EXPECT_EQ(search->valueForKey("title"), Value("Reports"));
-  EXPECT_EQ(search->valueForKey("searchFolderTitle"), Value("Projects"));
+  for (const char* key : {"query", "title", "searchFolderTitle"}) {
+    SCOPED_TRACE(key);
+    search->setValue("other", key);
+    EXPECT_EQ(search->valueForKey(key), Value("other"));
+    search->setValue(nullptr, key);
+    EXPECT_EQ(search->valueForKey(key), std::nullopt);
+  }
+  EXPECT_THROW(search->setValue("x", "searchFolder"), UndefinedKeyError);
+  EXPECT_EQ(*search->storageDictionary(), *stored(nullptr, nullptr, nullptr));
 }
 
 }  // namespace

@@ -85,6 +85,30 @@ TEST(VTConcreteSearchFolder, ConvertsNumbersTextAndNullWhenReadBack) {
   EXPECT_TRUE(folder->userDefinedURLPaths());
 }
 
+TEST(VTConcreteSearchFolder, SetsAndReadsEachOfItsPropertiesByKey) {
+  struct Case {
+    const char* key;
+    Value value;
+  };
+  const Case cases[] = {
+      {"title", "T"},
+      {"download", -1},
+      {"path", "/p"},
+      {"userDefinedURLPaths", true},
+      {"afpURLPath", "afp://srv/p"},
+      {"smbURLPath", "smb://srv/p"},
+  };
+  const auto folder = VTConcreteSearchFolder::initWithTitle(std::nullopt);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.key);
+    EXPECT_NE(folder->valueForKey(c.key), c.value);
+    folder->setValue(c.value, c.key);
+    EXPECT_EQ(folder->valueForKey(c.key), c.value);
+  }
+  EXPECT_EQ(folder->valueForKey("paths"), Value(Array::make({"/p"})));
+  EXPECT_THROW(folder->setValue(std::nullopt, "userDefinedURLPaths"), InvalidArgumentError);
+}
+
 TEST(VTConcreteSearchFolder, IsNotMadeFromAKeyThatItDoesNotTake) {
   for (const char* key : {"colour", "children", "paths", "folders", "afpAvailable", "Title"}) {
     SCOPED_TRACE(key);

@@ -111,6 +111,16 @@ TEST(VTSearchFolderGroup, AnnouncesAnAddedMember) {
   EXPECT_THAT(journal.lines(), ElementsAre("will folders", "did folders"));
 }
 
+TEST(VTSearchFolderGroup, ChangesItsMembersBetweenTheTwoAnnouncements) {
+  const auto group = groupOf("group", {folderCalled("a")});
+  std::vector<std::size_t> sizes;
+  const Observation observation = group->addObserver(
+      "folders", [&](std::string_view, ChangePhase) { sizes.push_back(group->folders()->size()); });
+  group->addFolder(folderCalled("b"));
+  group->removeFolder(folderCalled("a"));
+  EXPECT_THAT(sizes, ElementsAre(1U, 2U, 2U, 1U));
+}
+
 TEST(VTSearchFolderGroup, RemovesTheMemberWithTheTitleOfAnotherObject) {
   const auto kept = folderCalled("b");
   const auto group = groupOf("group", {folderCalled("a"), kept});
@@ -213,6 +223,21 @@ TEST(VTSearchFolderGroup, RaisesForAMemberThatCannotBeReadBack) {
   const auto bad = Dictionary::make({{"colour", "red"}});
   const auto data = Dictionary::make({{"title", "g"}, {"children", Array::make({bad})}});
   EXPECT_THROW(VTSearchFolderGroup::initWithDictionary(*data), UndefinedKeyError);
+}
+
+TEST(VTSearchFolderGroup, ReadsItsPropertiesByKeyAndTakesTitleAndDownload) {
+  const auto group = groupOf("group", {folderCalled("a")});
+  group->setValue("renamed", "title");
+  group->setValue(1, "download");
+  EXPECT_EQ(group->valueForKey("title"), Value("renamed"));
+  EXPECT_EQ(group->valueForKey("download"), Value(1));
+  EXPECT_EQ(group->folders()->at(0)->download(), 1);
+  EXPECT_EQ(group->valueForKey("folders"), Value(group->folders()));
+  EXPECT_EQ(group->valueForKey("paths"), Value(Array::make({"/a"})));
+  for (const char* key : {"folders", "paths", "path", "children"}) {
+    SCOPED_TRACE(key);
+    EXPECT_THROW(group->setValue(nullptr, key), UndefinedKeyError);
+  }
 }
 
 TEST(VTSearchFolderGroup, AnnouncesDownloadLikeAnyFolder) {

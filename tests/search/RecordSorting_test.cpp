@@ -53,6 +53,14 @@ TEST(RecordSorting, LetsTheFirstRecordDecideHowTextCompares) {
   // By code point capitals come first; by the language they do not.
   EXPECT_THAT(order({1, "b", "A", "a", "B"}, /*descending=*/false), ElementsAre(0, 2, 4, 3, 1));
   EXPECT_THAT(order({"b", 1, "A", "a", "B"}, /*descending=*/false), ElementsAre(1, 2, 3, 0, 4));
+  EXPECT_THAT(order({std::nullopt, "a", "B"}, /*descending=*/false), ElementsAre(0, 2, 1));
+}
+
+TEST(RecordSorting, ComparesNumbersAndDatesByTheirValue) {
+  EXPECT_THAT(order({10, 9.5, true, std::uint64_t{1} << 63, -1}, /*descending=*/false),
+              ElementsAre(4, 2, 1, 0, 3));
+  const auto date = [](int seconds) { return Value(Date{std::chrono::seconds{seconds}}); };
+  EXPECT_THAT(order({date(5), date(-5), date(0)}, /*descending=*/true), ElementsAre(0, 2, 1));
 }
 
 TEST(RecordSorting, LeavesArraysAsTheyAre) {

@@ -333,6 +333,36 @@ TEST(VTSearchManager, ActsAsTheUserWhileTheIndexWorks) {
   EXPECT_THAT(ids, ElementsAre(501U, 20U));
 }
 
+TEST(VTSearchManager, SwitchesBeforeTheQueryIsMadeAndBackOnceItIsLetGo) {
+  for (const bool rejected : {false, true}) {
+    SCOPED_TRACE(rejected);
+    SearchWorld world;
+    world.addHit("/a", 1);
+    const auto manager = VTSearchManager::initWithUser(world.ann());
+    if (rejected) world.index->rejectQueries({});
+    std::vector<std::string> events;  // each with the call of the index that went before
+    const auto note = [&](std::string_view event) {
+      const std::string& last = world.index->calls().back();
+      events.push_back(std::string(event) + " after " + last.substr(0, last.find(' ')));
+    };
+    world.identity->whenSwitching(note);
+    const LogRedirection log(note);
+    manager->executeQuery("q", theFolder());
+    if (rejected) {
+      EXPECT_THAT(events,
+                  ElementsAre("seteuid 501 after prepare", "setegid 20 after prepare",
+                              "Unable to create query! after MDQueryCreate",
+                              "seteuid 0 after MDQueryCreate", "setegid 20 after MDQueryCreate"));
+    } else {
+      EXPECT_THAT(events, ElementsAre("seteuid 501 after prepare", "setegid 20 after prepare",
+                                      "Found 1 elements for query q after MDQueryGetResultCount",
+                                      "Finished executing query in 0.000000 seconds after "
+                                      "MDQueryGetAttributeValueOfResultAtIndex",
+                                      "seteuid 0 after release", "setegid 20 after release"));
+    }
+  }
+}
+
 TEST(VTSearchManager, SwitchesUserThenGroupAndLeavesTheProcessInTheUsersGroup) {
   SearchWorld world;
   search(world.ann());

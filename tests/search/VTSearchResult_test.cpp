@@ -1,5 +1,6 @@
 #include "search/VTSearchResult.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -12,6 +13,8 @@
 
 namespace vt {
 namespace {
+
+using testing::ElementsAre;
 
 constexpr std::uint64_t kLargest = std::numeric_limits<std::uint64_t>::max();
 
@@ -96,6 +99,79 @@ TEST(VTSearchResult, OrdersByTheSortOrderOfTheKindsAsUnsignedNumbers) {
     const auto theirs =
         VTSearchResult::initWithGroupKind(aKind(0, c.theirs), recordsOf(0), nullptr, {}, nullptr);
     EXPECT_EQ(mine->groupSortOrderCompare(*theirs), c.order);
+  }
+}
+
+/// Three records whose names, sizes and dates of last use go in three different orders.
+std::shared_ptr<VTSearchResult> aGroupToSort() {
+  const auto record = [](const char* name, int size, int lastUsed) {
+    return Dictionary::make({{"kMDItemPath", name},
+                             {"kMDItemDisplayName", name},
+                             {"kMDItemFSSize", size},
+                             {"kMDItemLastUsedDate", Date{std::chrono::seconds{lastUsed}}}});
+  };
+  return VTSearchResult::initWithGroupKind(
+      aKind(),
+      VTSearchResult::Records::make({record("b", 3, 20), record("A", 2, 30), record("C", 1, 10)}),
+      nullptr, {}, nullptr);
+}
+
+std::vector<std::string> namesIn(const VTSearchResult& group) {
+  std::vector<std::string> names;
+  for (std::uint64_t i = 0; i < group.count(); ++i) names.push_back(*group.pathForItemAtIndex(i));
+  return names;
+}
+
+TEST(VTSearchResult, SortsFirstByAnotherAttributeAscendingThenTheOtherWayRound) {
+  const auto group = aGroupToSort();
+  group->sortByAttribute("kMDItemDisplayName");
+  EXPECT_THAT(namesIn(*group), ElementsAre("A", "b", "C"));
+  EXPECT_EQ(group->sortAttribute(), "kMDItemDisplayName");
+  EXPECT_FALSE(group->descendingSort());
+  group->sortByAttribute("kMDItemDisplayName");
+  EXPECT_THAT(namesIn(*group), ElementsAre("C", "b", "A"));
+  EXPECT_TRUE(group->descendingSort());
+  group->sortByAttribute("kMDItemDisplayName");
+  EXPECT_THAT(namesIn(*group), ElementsAre("A", "b", "C"));
+  EXPECT_FALSE(group->descendingSort());
+}
+
+TEST(VTSearchResult, StartsAscendingWhenItIsSortedByAnotherAttribute) {
+  const auto group = aGroupToSort();
+  group->sortByAttribute("kMDItemDisplayName");
+  group->sortByAttribute("kMDItemDisplayName");
+  group->sortByAttribute("kMDItemFSSize");
+  EXPECT_THAT(namesIn(*group), ElementsAre("C", "A", "b"));
+  EXPECT_EQ(group->sortAttribute(), "kMDItemFSSize");
+  EXPECT_FALSE(group->descendingSort());
+  group->sortByAttribute("kMDItemDisplayName");
+  EXPECT_FALSE(group->descendingSort());
+}
+
+TEST(VTSearchResult, SortsAscendingByLastUseAtFirstForItCountsAsDescending) {
+  const auto group = aGroupToSort();
+  group->sortByAttribute("kMDItemLastUsedDate");
+  EXPECT_THAT(namesIn(*group), ElementsAre("C", "b", "A"));
+  EXPECT_FALSE(group->descendingSort());
+}
+
+TEST(VTSearchResult, ReplacesTheRecordListByTheSortedOne) {
+  const auto group = aGroupToSort();
+  const auto before = group->results();
+  const auto first = before->at(0);
+  group->sortByAttribute("kMDItemDisplayName");
+  EXPECT_NE(group->results(), before);
+  EXPECT_EQ(before->at(0), first);
+  EXPECT_EQ(group->results()->at(1), first) << "the very record";
+}
+
+TEST(VTSearchResult, NotesTheSortWithoutRecordsToo) {
+  for (const auto& records :
+       {VTSearchResult::Records::make(), std::shared_ptr<VTSearchResult::Records>()}) {
+    const auto group = VTSearchResult::initWithGroupKind(aKind(), records, nullptr, {}, nullptr);
+    group->sortByAttribute("kMDItemDisplayName");
+    EXPECT_EQ(group->sortAttribute(), "kMDItemDisplayName");
+    EXPECT_EQ(group->count(), 0U);
   }
 }
 
@@ -215,6 +291,8 @@ TEST(VTSearchResult, TakesPageAndThumbnailModeAloneByKey) {
     SCOPED_TRACE(key);
     EXPECT_THROW(group->setValue(1, key), UndefinedKeyError);
   }
+  EXPECT_THROW(group->setValue(std::nullopt, "currentPage"), InvalidArgumentError);
+  EXPECT_THROW(group->setValue(nullptr, "thumbnailMode"), InvalidArgumentError);
 }
 
 }  // namespace

@@ -53,7 +53,18 @@ DirStatus MemoryDirectoryServices::dsDoDirNodeAuth(DirNodeReference node, const 
 DataBuffer* MemoryDirectoryServices::dsDataBufferAllocate(DirReference session,
                                                           std::uint32_t size) {
   bufferSizes_.push_back(size);
-  return RecordDirectoryServices::dsDataBufferAllocate(session, size);
+  DataBuffer* const buffer = RecordDirectoryServices::dsDataBufferAllocate(session, size);
+  if (buffer) heldBufferSizes_[buffer] = size;
+  return buffer;
+}
+
+DirStatus MemoryDirectoryServices::dsDataBufferDeAllocate(DirReference session,
+                                                          DataBuffer* buffer) {
+  // The buffer itself may be gone already: a test may give it back twice.
+  if (const auto held = heldBufferSizes_.extract(buffer)) {
+    releasedBufferSizes_.push_back(held.mapped());
+  }
+  return RecordDirectoryServices::dsDataBufferDeAllocate(session, buffer);
 }
 
 std::string MemoryDirectoryServices::leaks() const {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,12 +42,15 @@ class MemoryDirectoryServices final : public RecordDirectoryServices {
                             const DataBuffer* step, DataBuffer* response,
                             DirContinueData* continueData) override;
   DataBuffer* dsDataBufferAllocate(DirReference session, std::uint32_t size) override;
+  DirStatus dsDataBufferDeAllocate(DirReference session, DataBuffer* buffer) override;
 
   /// The names of the calls made so far, in order.
   const std::vector<std::string>& calls() const { return calls_; }
   void forgetCalls() { calls_.clear(); }
   /// The sizes asked of dsDataBufferAllocate() so far.
   const std::vector<std::uint32_t>& bufferSizes() const { return bufferSizes_; }
+  /// The sizes of the buffers given back so far, in that order.
+  const std::vector<std::uint32_t>& releasedBufferSizes() const { return releasedBufferSizes_; }
 
   /// What is still handed out or was given back wrongly; "" when all is well.
   std::string leaks() const;
@@ -58,6 +62,8 @@ class MemoryDirectoryServices final : public RecordDirectoryServices {
   Reporter reporter_;
   std::vector<std::string> calls_;
   std::vector<std::uint32_t> bufferSizes_;
+  std::map<const DataBuffer*, std::uint32_t> heldBufferSizes_;
+  std::vector<std::uint32_t> releasedBufferSizes_;
   std::string refusedName_;
   std::size_t callsUntilRefusal_ = 0;  // 0 = none is to be refused
   bool leavesContinueData_ = false;

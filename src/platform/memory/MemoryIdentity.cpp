@@ -12,6 +12,11 @@ constexpr std::uint64_t kHighestId = std::numeric_limits<std::uint32_t>::max() -
 
 }  // namespace
 
+void MemoryIdentity::record(std::string call) {
+  if (whenSwitching_) whenSwitching_(call);
+  calls_.push_back(std::move(call));
+}
+
 bool MemoryIdentity::allowsUser(std::uint64_t uid) const {
   if (refusedUsers_.contains(uid)) return false;
   if (rules_ == Rules::kLenient) return true;
@@ -24,7 +29,7 @@ bool MemoryIdentity::allowsGroup(std::uint64_t gid) const {
 }
 
 int MemoryIdentity::seteuid(std::uint64_t uid) {
-  calls_.push_back("seteuid " + std::to_string(uid));
+  record("seteuid " + std::to_string(uid));
   const bool allowed = allowsUser(uid);
   if (allowed) euid_ = static_cast<std::uint32_t>(uid);
   if (allowed || uid != 0) actsAsWanted_ = allowed;
@@ -32,7 +37,7 @@ int MemoryIdentity::seteuid(std::uint64_t uid) {
 }
 
 int MemoryIdentity::setegid(std::uint64_t gid) {
-  calls_.push_back("setegid " + std::to_string(gid));
+  record("setegid " + std::to_string(gid));
   if (!allowsGroup(gid)) return -1;
   egid_ = static_cast<std::uint32_t>(gid);
   return 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -31,6 +32,10 @@ class MemoryIdentity final : public Identity {
   }
   /// Refuses every switch to this user from now on.
   void refuseUser(std::uint64_t uid) { refusedUsers_.insert(uid); }
+  /// Calls `action` with each switch asked for, as calls() names it, before it is made.
+  void whenSwitching(std::function<void(const std::string& call)> action) {
+    whenSwitching_ = std::move(action);
+  }
 
   std::uint32_t geteuid() const override { return euid_; }
   std::uint32_t getegid() const override { return egid_; }
@@ -44,12 +49,14 @@ class MemoryIdentity final : public Identity {
   const std::vector<std::string>& calls() const { return calls_; }
 
  private:
+  void record(std::string call);
   bool allowsUser(std::uint64_t uid) const;
   bool allowsGroup(std::uint64_t gid) const;
 
   Rules rules_;
   std::map<std::string, std::vector<std::int32_t>> groups_;
   std::set<std::uint64_t> refusedUsers_;
+  std::function<void(const std::string& call)> whenSwitching_;
   std::uint32_t euid_ = 0;
   std::uint32_t egid_ = 0;
   bool actsAsWanted_ = true;
