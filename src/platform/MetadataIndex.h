@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +45,21 @@ struct MDQueryDeclaredOrder {
   bool descending = false;
 };
 
+/// What a searcher should know of an executed query beside its hits. It tells no more of files than
+/// the hits do: a folder that is missing and one that the effective user may not search look alike.
+struct MDQueryNotes {
+  std::vector<std::string> unknownAttributes;  ///< named in the query; no item has a value for them
+  /// Folders of the scope, as they were given, that are missing, no folders, or not to be searched.
+  std::vector<std::string> unusableScopes;
+  /// The effective user is not known here, or not the wanted one: nothing was searched.
+  bool hasNoAccount = false;
+};
+
+/// Is told, now and then within an execution, how much has been looked at since it began. The
+/// counts are of what the index came upon, whoever may read it: they are for whoever runs the
+/// process, not for the user on whose behalf it searches. Must not throw.
+using MDQueryProgress = std::function<void(std::uint64_t folders, std::uint64_t entries)>;
+
 /// Options of MDQueryExecute.
 inline constexpr std::uint32_t kMDQuerySynchronous = 1;
 
@@ -74,6 +90,14 @@ class MetadataIndex {
 
   /// Runs the query. False when it could not be run; there are then no results.
   virtual bool MDQueryExecute(MDQuery& query, std::uint32_t options) = 0;
+
+  /// What to say about the query once it is executed.
+  virtual MDQueryNotes MDQueryCopyNotes(const MDQuery& /*query*/) { return {}; }
+
+  /// Reports on the executions to come; an empty function ends that. An index that never takes long
+  /// may ignore it.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): indexes that report keep it
+  virtual void setProgress(MDQueryProgress /*progress*/) {}
 
   virtual void MDQueryDisableUpdates(MDQuery& query) = 0;
 

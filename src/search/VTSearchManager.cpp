@@ -70,6 +70,8 @@ std::string VTSearchManager::groupAttributeName() const {
 std::shared_ptr<VTSearchResultContainer> VTSearchManager::executeQuery(
     const std::string& query, const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders) {
   lastRejection_.reset();
+  lastNotes_ = {};
+  lastSearchWasCut_ = false;
   const double start = now();
   std::shared_ptr<Groups> groups;
   {
@@ -97,7 +99,7 @@ std::shared_ptr<MDQuery> VTSearchManager::createQuery(const std::string& query) 
 
 std::shared_ptr<VTSearchManager::Groups> VTSearchManager::groupsFoundBy(
     MDQuery& search, const std::string& query,
-    const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders, const VTUser* filter) const {
+    const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders, const VTUser* filter) {
   MetadataIndex& index = Platform::current().metadataIndex();
   const std::vector<std::string> sortAttributes = querySortAttributeKeys();
   const DateAbleSortContext context{
@@ -111,6 +113,7 @@ std::shared_ptr<VTSearchManager::Groups> VTSearchManager::groupsFoundBy(
     return nullptr;
   }
   index.MDQueryDisableUpdates(search);
+  lastNotes_ = index.MDQueryCopyNotes(search);
   const std::shared_ptr<VTSettings> settings = VTSettings::sharedInstance();
   settings->setSearchCount(settings->searchCount() + 1);
   const std::int32_t count = index.MDQueryGetResultCount(search);
@@ -118,6 +121,7 @@ std::shared_ptr<VTSearchManager::Groups> VTSearchManager::groupsFoundBy(
 
   HitGrouper grouper(index, search, {searchFolders, queryRequestAttributeKeys(), user_}, filter);
   const std::int32_t visited = std::min(count, kMostVisitedHits);
+  lastSearchWasCut_ = visited < count;
   for (std::int32_t position = 0; position < visited; ++position) grouper.addHit(position);
   return grouper.groups();
 }

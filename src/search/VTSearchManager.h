@@ -44,6 +44,11 @@ class VTSearchManager final : public VTObject {
   /// Why the last query was rejected; nothing when it was not.
   const std::optional<MDQueryRejection>& lastRejection() const { return lastRejection_; }
 
+  /// What to say of the last query that was executed beside its hits.
+  const MDQueryNotes& lastNotes() const { return lastNotes_; }
+  /// Whether the last query had more hits than are looked at.
+  bool lastSearchWasCut() const { return lastSearchWasCut_; }
+
   /// The attributes that a query reads of its hits.
   std::vector<std::string> queryRequestAttributeKeys() const;
   /// The attributes by which a query is sorted.
@@ -61,11 +66,12 @@ class VTSearchManager final : public VTObject {
   /// may not read are left out; none are when it is nullptr.
   std::shared_ptr<Groups> groupsFoundBy(
       MDQuery& search, const std::string& query,
-      const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders,
-      const VTUser* filter) const;
+      const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders, const VTUser* filter);
 
   std::shared_ptr<VTUser> user_;
   std::optional<MDQueryRejection> lastRejection_;
+  MDQueryNotes lastNotes_;
+  bool lastSearchWasCut_ = false;
 };
 
 }  // namespace vt

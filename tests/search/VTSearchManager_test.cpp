@@ -313,6 +313,32 @@ TEST(VTSearchManager, VisitsTheNewestTenThousandHitsAlone) {
   EXPECT_THAT(log.lines(), Contains("Found 10050 elements for query q"));
 }
 
+TEST(VTSearchManager, SaysWhetherThereWereMoreHitsThanItLooksAt) {
+  SearchWorld world;
+  const std::shared_ptr<Array> tree = Array::make({"public.text"});
+  for (int i = 0; i < 10000; ++i) world.index->addHit(SearchWorld::hit("/x", i, tree));
+  const LogCapture log;
+  const auto manager = VTSearchManager::initWithUser(nullptr);
+  manager->executeQuery("q", theFolder());
+  EXPECT_FALSE(manager->lastSearchWasCut());
+  world.index->addHit(SearchWorld::hit("/x", 0, tree));
+  manager->executeQuery("q", theFolder());
+  EXPECT_TRUE(manager->lastSearchWasCut());
+}
+
+TEST(VTSearchManager, PassesOnWhatTheIndexHasToSayOfTheLastQuery) {
+  SearchWorld world;
+  const LogCapture log;
+  const auto manager = VTSearchManager::initWithUser(nullptr);
+  world.index->setNotes({.unknownAttributes = {"a"}, .unusableScopes = {"/gone"}});
+  manager->executeQuery("q", theFolder());
+  EXPECT_THAT(manager->lastNotes().unknownAttributes, ElementsAre("a"));
+  EXPECT_THAT(manager->lastNotes().unusableScopes, ElementsAre("/gone"));
+  world.index->rejectQueries({});
+  manager->executeQuery("q", theFolder());
+  EXPECT_THAT(manager->lastNotes().unusableScopes, IsEmpty());
+}
+
 TEST(VTSearchManager, CountsRefusedHitsAsVisited) {
   SearchWorld world;
   world.identity->setIds(501, 20);

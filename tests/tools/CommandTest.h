@@ -1,10 +1,12 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 #include <utime.h>
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -45,15 +47,35 @@ class CommandTest : public testing::Test {
 
   ProgramResult vistaro(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), VT_PROGRAM);
-    return runProgram(arguments, {{"VISTARO_ROOT", root_.path().string()},
-                                  {"VISTARO_RESOURCES", VT_RESOURCES},
-                                  {"TZ", "UTC"},
-                                  {"LC_ALL", "C"}});
+    return runProgram(arguments, environment());
+  }
+  std::map<std::string, std::string> environment() const {
+    return {{"VISTARO_ROOT", root_.path().string()},
+            {"VISTARO_RESOURCES", VT_RESOURCES},
+            {"TZ", "UTC"},
+            {"LC_ALL", "C"}};
+  }
+
+  /// Whether this process can become another user who could run the command.
+  static bool canRunAs(unsigned uid) {
+    return geteuid() == 0 && runProgram(asUser(uid, {"test", "-x", VT_PROGRAM})).exitCode == 0;
+  }
+  ProgramResult vistaroAs(unsigned uid, std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), VT_PROGRAM);
+    return runProgram(asUser(uid, arguments), environment());
   }
 
   ProgramResult search(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), {"search", "--path", tree_.path().string()});
     return vistaro(arguments);
+  }
+
+  /// The same command run by a user who has no groups but the one of the same number.
+  static std::vector<std::string> asUser(unsigned uid, const std::vector<std::string>& command) {
+    const std::string id = std::to_string(uid);
+    std::vector<std::string> words = {"setpriv", "--reuid", id, "--regid", id, "--clear-groups"};
+    words.insert(words.end(), command.begin(), command.end());
+    return words;
   }
 
   TemporaryFolder root_;

@@ -7,6 +7,7 @@ namespace vt {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 class Command : public CommandTest {};
 
@@ -22,8 +23,17 @@ TEST_F(Command, HelpsEverywhere) {
 }
 
 TEST_F(Command, RefusesToGuessACommand) {
-  EXPECT_EQ(vistaro({}).exitCode, 2);
-  EXPECT_EQ(vistaro({"serach", "x"}).exitCode, 2);
+  const ProgramResult none = vistaro({});
+  EXPECT_EQ(none.exitCode, 2);
+  EXPECT_EQ(
+      none.errors,
+      "vistaro: name a command: search, user, kinds or doctor; `vistaro --help` tells more\n");
+  const ProgramResult unknown = vistaro({"serach", "x"});
+  EXPECT_EQ(unknown.exitCode, 2);
+  EXPECT_EQ(unknown.errors,
+            "vistaro: there is no command \"serach\"; `vistaro --help` tells more\n");
+  EXPECT_EQ(vistaro({"user", "ann", "ben"}).errors,
+            "vistaro: \"ben\" is one argument too many; `vistaro user --help` tells more\n");
 }
 
 TEST_F(Command, ShowsAUserAsTheServerSeesThem) {
@@ -50,11 +60,40 @@ TEST_F(Command, RefusesARootThatOthersMayWrite) {
 }
 
 TEST_F(Command, TellsWhenTheOutputCannotBeWritten) {
-  const ProgramResult result =
-      runProgram({"sh", "-c", std::string(VT_PROGRAM) + " kinds >/dev/full"},
-                 {{"VISTARO_ROOT", root_.path().string()}, {"VISTARO_RESOURCES", VT_RESOURCES}});
-  EXPECT_EQ(result.exitCode, 3);
-  EXPECT_THAT(result.errors, HasSubstr("could not be written"));
+  for (const char* command : {"kinds >/dev/full", "kinds --types >/dev/full", "--help >/dev/full",
+                              "user ann >/dev/full", "kinds >&-", "kinds <&- >&-"}) {
+    SCOPED_TRACE(command);
+    const ProgramResult result =
+        runProgram({"sh", "-c", std::string(VT_PROGRAM) + " " + command}, environment());
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.errors, HasSubstr("could not be written"));
+  }
+}
+
+TEST_F(Command, KeepsItsExitCodeWhenErrorsCannotBeWritten) {
+  for (const char* errors : {" 2>/dev/full", " 2>&-"}) {
+    for (const auto& [command, exitCode] :
+         {std::pair("serach", 2), std::pair("user nobody-has-this-name", 1),
+          std::pair("search --path /does/not/exist x", 2), std::pair("kinds >/dev/full", 3)}) {
+      SCOPED_TRACE(std::string(command) + errors);
+      const std::string line = std::string(VT_PROGRAM) + " " + command + errors;
+      EXPECT_EQ(runProgram({"sh", "-c", line}, environment()).exitCode, exitCode);
+    }
+  }
+}
+
+TEST_F(Command, ColoursOnlyATerminal) {
+  const std::string line = std::string(VT_PROGRAM) + " kinds";
+  std::map<std::string, std::string> surroundings = environment();
+  const auto onTerminal = [&](const std::string& term) {
+    surroundings["TERM"] = term;
+    return runProgram({"script", "-qec", line, "/dev/null"}, surroundings).output;
+  };
+  EXPECT_THAT(onTerminal("xterm"), HasSubstr("\x1b[1mDocuments"));
+  EXPECT_THAT(onTerminal("dumb"), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(vistaro({"kinds"}).output, Not(HasSubstr("\x1b")));
+  surroundings["NO_COLOR"] = "1";
+  EXPECT_THAT(onTerminal("xterm"), Not(HasSubstr("\x1b")));
 }
 
 TEST(Terminal, ShowsForeignTextOnOneLine) {

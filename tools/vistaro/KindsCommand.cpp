@@ -15,7 +15,7 @@ int runKinds(bool withTypes) {
   std::vector<std::shared_ptr<VTSearchKind>> kinds = VTSearchKind::allSearchKinds()->elements();
   std::ranges::stable_sort(kinds, {}, [](const auto& kind) { return kind->sortorder(); });
   if (kinds.empty()) {
-    fmt::print(stderr, "vistaro: the kinds could not be read; `vistaro doctor` tells more\n");
+    printError("the kinds could not be read; `vistaro doctor` tells more");
     return kFailure;
   }
   const Terminal terminal = Terminal::standardOutput();

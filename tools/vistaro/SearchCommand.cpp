@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 
@@ -18,9 +19,12 @@
 #include "search/VTSearchManager.h"
 #include "search/VTSearchResultContainer.h"
 #include "settings/VTSettings.h"
+#include "vistaro/Checkup.h"
 #include "vistaro/Commands.h"
 #include "vistaro/Exit.h"
+#include "vistaro/SearchProgress.h"
 #include "vistaro/SearchReport.h"
+#include "vistaro/UsageError.h"
 
 namespace vt::tool {
 namespace {
@@ -40,13 +44,13 @@ class CollectedLog {
       : redirection_([this, shown](std::string_view text) {
           const std::string line = formatLogLine(text);
           if (shown) {
-            fmt::print(stderr, "{}", line);
+            std::fwrite(line.data(), 1, line.size(), stderr);
           } else {
             lines_ += line;
           }
         }) {}
 
-  void show() const { fmt::print(stderr, "{}", lines_); }
+  void show() const { std::fwrite(lines_.data(), 1, lines_.size(), stderr); }
 
  private:
   std::string lines_;
@@ -63,10 +67,14 @@ std::string joined(const std::vector<std::string>& words) {
 }
 
 std::string queryFor(const SearchOptions& options) {
-  const std::string text = joined(options.words);
+  std::string text = joined(options.words);
+  const char* const noWords = options.raw ? " \t\r\n" : " \t\r\n\"";
+  if (text.find_first_not_of(noWords) == std::string::npos) {
+    throw CommandError{kUsage, "there is nothing to search for: type some words"};
+  }
   if (options.raw || query::looksLikeQuery(text)) return text;
   std::optional<std::string> query = query::queryFromWords(text);
-  if (!query) throw CommandError{kUsage, "there is nothing to search for: type some words"};
+  if (!query) throw CommandError{kUsage, "these words cannot make a query: there are too many"};
   return *query;
 }
 
@@ -83,25 +91,40 @@ std::shared_ptr<VTUser> userFor(const SearchOptions& options) {
   return user;
 }
 
-std::shared_ptr<ObjectArray<VTSearchFolder>> foldersFor(const SearchOptions& options) {
-  if (options.paths.empty()) {
-    std::shared_ptr<ObjectArray<VTSearchFolder>> folders =
-        VTSettings::sharedInstance()->searchFolders();
-    if (folders->empty()) {
-      throw CommandError{kUsage, "no search folders are set up yet: name a folder with --path"};
-    }
-    return folders;
+std::shared_ptr<ObjectArray<VTSearchFolder>> foldersOfSettings() {
+  std::shared_ptr<ObjectArray<VTSearchFolder>> folders =
+      VTSettings::sharedInstance()->searchFolders();
+  if (!folders->empty()) return folders;
+  for (const Diagnosis& diagnosis : checkSettings()) {
+    if (diagnosis.finding == Finding::kFault) throw CommandError{kFailure, diagnosis.text};
   }
+  throw CommandError{kUsage, "no search folders are set up yet: name a folder with --path"};
+}
+
+/// The absolute path of a folder, its links resolved.
+std::filesystem::path canonicalFolder(const std::string& path) {
+  std::error_code error;
+  std::filesystem::path canonical = std::filesystem::canonical(path, error);
+  if (!error && !std::filesystem::is_directory(canonical, error) && !error) {
+    error = std::make_error_code(std::errc::not_a_directory);
+  }
+  if (error) throw CommandError{kUsage, fmt::format("{}: {}", printable(path), error.message())};
+  return canonical;
+}
+
+/// On behalf of somebody else a path stays as it is typed, for the index to resolve with the rights
+/// of `user`: what this process sees of it would tell of folders that the user may not see.
+std::shared_ptr<ObjectArray<VTSearchFolder>> foldersFor(const SearchOptions& options,
+                                                        const VTUser* user) {
+  if (options.paths.empty()) return foldersOfSettings();
+  const bool onBehalf = user && user->uid() != Platform::current().identity().geteuid();
   auto folders = ObjectArray<VTSearchFolder>::make();
   for (const std::string& path : options.paths) {
-    std::error_code error;
-    const std::filesystem::path canonical = std::filesystem::canonical(path, error);
-    if (!error && !std::filesystem::is_directory(canonical, error) && !error) {
-      error = std::make_error_code(std::errc::not_a_directory);
-    }
-    if (error) throw CommandError{kUsage, fmt::format("{}: {}", printable(path), error.message())};
+    if (path.empty()) throw CommandError{kUsage, "--path needs the name of a folder"};
+    const std::filesystem::path folder =
+        onBehalf ? std::filesystem::absolute(path) : canonicalFolder(path);
     folders->append(
-        VTConcreteSearchFolder::initWithPath(canonical.string(), canonical.filename().string()));
+        VTConcreteSearchFolder::initWithPath(folder.string(), folder.filename().string()));
   }
   return folders;
 }
@@ -152,11 +175,40 @@ std::size_t perPageFor(const SearchOptions& options, const VTUser* user) {
 }
 
 std::string rejection(const std::string& query, const VTSearchManager& manager) {
-  const std::optional<MDQueryRejection> why = manager.lastRejection();
+  const std::optional<MDQueryRejection>& why = manager.lastRejection();
   if (!why) return "the query was rejected";
   query::QueryError error;
   error.offset = why->offset;
   return fmt::format("{}\n{}", why->text, query::renderQueryError(query, error));
+}
+
+/// Says what a searcher would else wonder about. Ends the command when nothing could be searched.
+void tellNotes(const SearchOptions& options, const VTUser* user, const VTSearchManager& manager) {
+  const MDQueryNotes& notes = manager.lastNotes();
+  if (notes.hasNoAccount) {
+    const std::uint32_t uid = user ? user->uid() : Platform::current().identity().geteuid();
+    throw CommandError{kFailure,
+                       fmt::format("nothing can be searched with the rights of user id {}: it has "
+                                   "no account here, or may not be taken on",
+                                   uid)};
+  }
+  const auto unusable = [&](const std::string& path) {
+    return fmt::format("{}: no such folder, or {} may not search it", printable(path),
+                       options.user ? printable(*options.user) : "you");
+  };
+  if (!options.paths.empty() && notes.unusableScopes.size() == options.paths.size()) {
+    for (std::size_t i = 1; i < options.paths.size(); ++i) {
+      printError(unusable(notes.unusableScopes[i - 1]));
+    }
+    throw CommandError{kUsage, unusable(notes.unusableScopes.back())};
+  }
+  for (const std::string& path : notes.unusableScopes) printError("note: " + unusable(path));
+  for (const std::string& name : notes.unknownAttributes) {
+    printError(fmt::format("note: no file has an attribute called {}", printable(name)));
+  }
+  if (manager.lastSearchWasCut()) {
+    printError("note: there are more hits than are looked at; older ones are left out");
+  }
 }
 
 SearchReport search(const SearchOptions& options) {
@@ -169,17 +221,22 @@ SearchReport search(const SearchOptions& options) {
   const std::optional<std::string> sort = sortAttributeFor(options);
   const std::shared_ptr<VTSearchKind> kind = kindFor(options);
   const std::shared_ptr<VTUser> user = userFor(options);
-  const std::shared_ptr<ObjectArray<VTSearchFolder>> folders = foldersFor(options);
+  const std::shared_ptr<ObjectArray<VTSearchFolder>> folders = foldersFor(options, user.get());
 
   const auto manager = VTSearchManager::initWithUser(user);
   const std::uint64_t searchesBefore = VTSettings::sharedInstance()->searchCount();
   const auto start = std::chrono::steady_clock::now();
-  const auto container = manager->executeQuery(query, folders);
+  std::shared_ptr<VTSearchResultContainer> container;
+  {
+    const SearchProgress progress(!options.verbose);
+    container = manager->executeQuery(query, folders);
+  }
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
   if (!container) throw CommandError{kUsage, rejection(query, *manager)};
   if (VTSettings::sharedInstance()->searchCount() == searchesBefore) {
     throw CommandError{kFailure, "the search could not be run"};
   }
+  tellNotes(options, user.get(), *manager);
 
   SearchReport report;
   report.query = query;
@@ -205,7 +262,7 @@ int runSearch(const SearchOptions& options) {
     return report.count() > 0 ? kFound : kNothingFound;
   } catch (const CommandError& error) {
     if (error.code == kFailure) log.show();
-    fmt::print(stderr, "vistaro: {}\n", error.text);
+    printError(error.text);
     return error.code;
   }
 }
@@ -226,8 +283,7 @@ void addSearchCommand(CLI::App& app, int& status) {
       ->add_option("--path", options->paths,
                    "Search below this folder; repeat for several.\n"
                    "Without it, the search folders of the settings")
-      ->expected(1)
-      ->take_all();
+      ->allow_extra_args(false);  // one folder for each --path: what follows are words
   command->add_option("--kind", options->kind, "Show only this kind; `vistaro kinds` lists them");
   command->add_option("--sort", options->sort,
                       "Sort each group by name, path, date, size or used (or the attribute's\n"
@@ -235,9 +291,9 @@ void addSearchCommand(CLI::App& app, int& status) {
   command->add_flag("--descending", options->descending, "With --sort: descending")
       ->needs("--sort");
   command->add_option("--page", options->page, "Show this page of each group, from 1")
-      ->check(CLI::PositiveNumber);
+      ->transform(countingNumber());
   command->add_option("--per-page", options->perPage, "Files of each group on a page (25)")
-      ->check(CLI::PositiveNumber);
+      ->transform(countingNumber());
   command->add_flag("--json", options->json, "Print JSON, all pages unless one is asked for");
   command->add_flag("--raw", options->raw, "Take the words as a query, whatever they look like");
   command->add_flag("--verbose", options->verbose, "Show the log of the search");

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "foundation/UTF8.h"
@@ -10,13 +11,21 @@
 namespace vt::tool {
 
 Terminal Terminal::standardOutput() {
+  return Terminal(obeysEscapes(STDOUT_FILENO) && !std::getenv("NO_COLOR"));
+}
+
+bool Terminal::obeysEscapes(int descriptor) {
   const char* term = std::getenv("TERM");
-  const bool dumb = !term || std::string_view(term) == "dumb";
-  return Terminal(isatty(STDOUT_FILENO) == 1 && !dumb && !std::getenv("NO_COLOR"));
+  return term && std::string_view(term) != "dumb" && isatty(descriptor) == 1;
 }
 
 std::string Terminal::styled(std::string_view code, std::string_view text) const {
   return colours_ ? fmt::format("\x1b[{}m{}\x1b[0m", code, text) : std::string(text);
+}
+
+void printError(std::string_view text) {
+  const std::string line = fmt::format("vistaro: {}\n", text);
+  std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 std::string printable(std::string_view bytes) {

@@ -10,6 +10,8 @@ class Terminal {
  public:
   /// For standard output. No colours when it is no terminal, NO_COLOR is set, or TERM is "dumb".
   static Terminal standardOutput();
+  /// Whether an open descriptor is a terminal that obeys escape sequences: TERM is not "dumb".
+  static bool obeysEscapes(int descriptor);
 
   explicit Terminal(bool colours) : colours_(colours) {}
 
@@ -25,6 +27,10 @@ class Terminal {
 
   bool colours_;
 };
+
+/// Writes `vistaro: ` and the text as a line on standard error. Nothing happens when that cannot be
+/// written: there is nobody left to tell.
+void printError(std::string_view text);
 
 /// A file name or other foreign text fit for one line of a terminal: bytes that are not UTF-8
 /// become U+FFFD, control characters \xNN, so that no name can move the cursor or break the line.

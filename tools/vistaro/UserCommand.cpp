@@ -29,7 +29,7 @@ std::string groupList(const VTUser& user) {
 int runUser(const std::string& name) {
   const std::shared_ptr<VTUser> user = VTUser::userWithName(name);
   if (!user) {
-    fmt::print(stderr, "vistaro: no user is called \"{}\"\n", printable(name));
+    printError(fmt::format("no user is called \"{}\"", printable(name)));
     return kNothingFound;
   }
   const auto folder = user->defaultSearchFolder();

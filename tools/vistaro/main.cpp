@@ -1,17 +1,37 @@
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <memory>
 
 #include "platform/Platform.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "vistaro/Commands.h"
 #include "vistaro/Exit.h"
+#include "vistaro/Terminal.h"
+#include "vistaro/UsageError.h"
+
+namespace {
+
+/// Puts something that cannot be written into the place of standard descriptors that are closed.
+/// Else the next file to be opened would take the place, and get what is printed.
+void occupyStandardDescriptors() {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+    if (fcntl(descriptor, F_GETFD) >= 0) continue;
+    // The lowest free number is given, and those below are taken.
+    if (open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0) _exit(3);
+  }
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
   using namespace vt::tool;
+  occupyStandardDescriptors();
   CLI::App app("Finds files on this server and shows only what the searching user may read.");
   app.name("vistaro");
   app.require_subcommand(1);
@@ -22,7 +42,7 @@ int main(int argc, char** argv) {
 
   const auto environment = vt::readEnvironment();
   if (!environment) {
-    fmt::print(stderr, "vistaro: {}\n", environment.error().text);
+    printError(environment.error().text);
     return kFailure;
   }
   const vt::PlatformScope installed(vt::linuxPlatform(*environment));
@@ -35,13 +55,18 @@ int main(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kFound : kUsage;
+    if (error.get_exit_code() != 0) {
+      printError(describeUsageError(app, error));
+      return kUsage;
+    }
+    app.exit(error);  // prints the help or the version
+    std::cout.flush();
   } catch (const std::exception& error) {
-    fmt::print(stderr, "vistaro: {}\n", error.what());
+    printError(error.what());
     return kFailure;
   }
-  if (std::fflush(stdout) != 0) {
-    fmt::print(stderr, "vistaro: the output could not be written\n");
+  if (std::fflush(stdout) != 0 || std::cout.fail()) {
+    printError("the output could not be written");
     return kFailure;
   }
   return status;

@@ -10,10 +10,12 @@
 #include "metadata/live/PathResolver.h"
 
 namespace vt {
-void FolderWalk::walk(int root, std::string_view path) {
+
+bool FolderWalk::walk(int root, std::string_view path) {
   levels_.clear();
   path_ = path;
   enter(openForReading(root, ".", O_DIRECTORY), {});
+  if (levels_.empty()) return false;
   while (!levels_.empty()) {
     const std::size_t last = levels_.size() - 1;
     Level& level = levels_[last];
@@ -32,6 +34,7 @@ void FolderWalk::walk(int root, std::string_view path) {
     Descriptor below = openForReading(folder, name.c_str(), O_DIRECTORY);
     enter(std::move(below), std::move(name));
   }
+  return true;
 }
 
 void FolderWalk::enter(Descriptor folder, std::string name) {
@@ -49,7 +52,9 @@ void FolderWalk::enter(Descriptor folder, std::string name) {
 
 void FolderWalk::list(Level& level) {
   const int folder = level.folder.get();
+  std::size_t entries = 0;
   reader_.list(folder, [&](const char* name, EntryKind kind) {
+    ++entries;
     if (kind == EntryKind::kUnknown) {
       const std::optional<FileStatus> status = statusOf(folder, name);
       if (!status) return;
@@ -60,6 +65,7 @@ void FolderWalk::list(Level& level) {
       level.unvisited.emplace_back(name);
     }
   });
+  visitor_.leaveListing(entries);
 }
 
 int FolderWalk::folderOf(std::size_t level) {

@@ -29,6 +29,9 @@ class FolderVisitor {
   virtual void visit(const WalkedEntry& entry) = 0;
   /// Whether the walk goes into the folder called `name` in `folderPath`.
   virtual bool entersFolder(std::string_view folderPath, std::string_view name) = 0;
+  /// Called when the entries of one folder, `entries` of them, have been visited, before those of
+  /// the folders in it.
+  virtual void leaveListing(std::size_t /*entries*/) {}
 };
 
 /// Walks all that lies below a folder and the judged account may reach: every folder on the way
@@ -45,8 +48,9 @@ class FolderWalk {
   /// Both are borrowed for the life of the walk.
   FolderWalk(const AccessJudge& judge, FolderVisitor& visitor) : judge_(judge), visitor_(visitor) {}
 
-  /// Walks below the folder that `root` names (one of O_PATH will do), calling it `path`.
-  void walk(int root, std::string_view path);
+  /// Walks below the folder that `root` names (one of O_PATH will do), calling it `path`. False,
+  /// with nothing visited, when the folder may not be searched or the process cannot list it.
+  bool walk(int root, std::string_view path);
 
  private:
   struct Level {

@@ -13,6 +13,7 @@ namespace {
 
 /// A scope folder that is there and that the account may reach.
 struct Scope {
+  std::string given;          // as the caller named it
   std::string path;           // hits are called by it
   std::string canonicalPath;  // tells scopes apart
   Descriptor folder;
@@ -20,8 +21,9 @@ struct Scope {
 
 class Collector final : public FolderVisitor {
  public:
-  Collector(const query::QueryMatcher& matcher, LiveItem& item, LiveHits& hits)
-      : matcher_(matcher), item_(item), hits_(hits) {}
+  Collector(const query::QueryMatcher& matcher, LiveItem& item, LiveHits& hits,
+            const LiveSearch::Progress& progress)
+      : matcher_(matcher), item_(item), hits_(hits), progress_(progress) {}
 
   /// `scopes` are the canonical paths of all.
   void startScope(const Scope& scope, const std::unordered_set<std::string>& scopes) {
@@ -46,10 +48,19 @@ class Collector final : public FolderVisitor {
     return !scopes_->contains(joinPath(folder, name));
   }
 
+  void leaveListing(std::size_t entries) override {
+    ++folders_;
+    entries_ += entries;
+    if (progress_) progress_(folders_, entries_);
+  }
+
  private:
   const query::QueryMatcher& matcher_;
   LiveItem& item_;
   LiveHits& hits_;
+  const LiveSearch::Progress& progress_;
+  std::uint64_t folders_ = 0;
+  std::uint64_t entries_ = 0;
   const Scope* scope_ = nullptr;
   const std::unordered_set<std::string>* scopes_ = nullptr;
 };
@@ -68,16 +79,18 @@ LiveSearchResult LiveSearch::run(const std::vector<std::string>& scopes,
         !maySearchFolder(found->file.get(), found->status, judge)) {
       result.unusableScopes.push_back(path);
     } else if (canonicalPaths.insert(found->canonicalPath).second) {
-      usable.push_back(
-          {std::move(found->shownPath), std::move(found->canonicalPath), std::move(found->file)});
+      usable.push_back({path, std::move(found->shownPath), std::move(found->canonicalPath),
+                        std::move(found->file)});
     }
   }
 
   LiveItem item(matcher_, schema_, tables_, judge);
-  Collector collector(matcher_, item, result.hits);
+  Collector collector(matcher_, item, result.hits, progress_);
   for (const Scope& scope : usable) {
     collector.startScope(scope, canonicalPaths);
-    FolderWalk(judge, collector).walk(scope.folder.get(), scope.path);
+    if (!FolderWalk(judge, collector).walk(scope.folder.get(), scope.path)) {
+      result.unusableScopes.push_back(scope.given);
+    }
   }
   result.hits.sortNewestFirst();
   return result;

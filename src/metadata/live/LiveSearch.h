@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "metadata/live/LiveFile.h"
@@ -14,8 +17,8 @@ namespace vt {
 /// What a search found, and what it could not look at.
 struct LiveSearchResult {
   LiveHits hits;  ///< sorted newest first
-  /// Scope folders, as they were given, that are relative, missing, no folders, or not to be
-  /// reached by the account.
+  /// Scope folders, as they were given, that are relative, missing, no folders, not to be reached
+  /// by the account, or not to be listed by the process.
   std::vector<std::string> unusableScopes;
 };
 
@@ -27,10 +30,14 @@ struct LiveSearchResult {
 /// no hit, no count and no match of text tells of it.
 class LiveSearch {
  public:
-  /// Borrows everything.
+  /// Is told after each folder how many folders, and entries in them, were looked at so far,
+  /// whoever may read them.
+  using Progress = std::function<void(std::uint64_t folders, std::uint64_t entries)>;
+
+  /// Borrows everything but `progress`, which may be empty and must not throw.
   LiveSearch(const query::QueryMatcher& matcher, const query::AttributeSchema& schema,
-             const TypeTables& tables)
-      : matcher_(matcher), schema_(schema), tables_(tables) {}
+             const TypeTables& tables, Progress progress = {})
+      : matcher_(matcher), schema_(schema), tables_(tables), progress_(std::move(progress)) {}
 
   /// `scopes` are absolute paths, which may lead through links. Costs a walk of all that is below
   /// them.
@@ -40,6 +47,7 @@ class LiveSearch {
   const query::QueryMatcher& matcher_;
   const query::AttributeSchema& schema_;
   TypeTables tables_;
+  Progress progress_;
 };
 
 }  // namespace vt

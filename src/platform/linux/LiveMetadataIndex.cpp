@@ -77,14 +77,18 @@ void LiveMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
 bool LiveMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t /*options*/) {
   const TypeTables tables{*types_, groups_};
   LiveSearchResult result;
-  if (const std::optional<Credentials> who = callersCredentials()) {
+  const std::optional<Credentials> who = callersCredentials();
+  ours(query).notes.hasNoAccount = !who;
+  if (who) {
     const query::QueryMatcher matcher(ours(query).parsed, *schema_, {now(), query::Calendar()});
     const PrivilegedMoment moment(*identity_);
-    result = LiveSearch(matcher, *schema_, tables).run(ours(query).scopes, *who);
+    result = LiveSearch(matcher, *schema_, tables, progress_).run(ours(query).scopes, *who);
   }
   ours(query).takeResult(std::move(result), tables);
   return true;
 }
+
+MDQueryNotes LiveMetadataIndex::MDQueryCopyNotes(const MDQuery& query) { return ours(query).notes; }
 
 void LiveMetadataIndex::MDQueryDisableUpdates(MDQuery& /*query*/) {}
 
@@ -149,10 +153,6 @@ std::optional<Value> LiveMetadataIndex::MDItemCopyAttribute(MDItem& item,
   if (!found) return std::nullopt;
   const std::optional<std::uint64_t> entries = countEntries(found->file.get(), ".", judge);
   return entries ? std::optional<Value>(*entries) : std::nullopt;
-}
-
-const LiveQueryNotes& LiveMetadataIndex::notesOf(const MDQuery& query) const {
-  return ours(query).notes;
 }
 
 }  // namespace vt

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "metadata/query/AttributeSchema.h"
@@ -18,13 +19,6 @@
 namespace vt {
 
 class Identity;
-
-/// What a user should know of a query beside its hits.
-struct LiveQueryNotes {
-  std::vector<query::QueryWarning> unknownAttributes;
-  /// Scope folders of the last execution that are missing or not to be reached, as they were given.
-  std::vector<std::string> unusableScopes;
-};
 
 /// The metadata index without an index: each query walks the files below its scope.
 ///
@@ -53,6 +47,9 @@ class LiveMetadataIndex final : public MetadataIndex {
                              std::uint32_t options) override;
   /// Walks the scope; true also when nothing could be found. Executing again looks again.
   bool MDQueryExecute(MDQuery& query, std::uint32_t options) override;
+  MDQueryNotes MDQueryCopyNotes(const MDQuery& query) override;
+  /// Called after each folder.
+  void setProgress(MDQueryProgress progress) override { progress_ = std::move(progress); }
   /// Does nothing: hits stay as they were found.
   void MDQueryDisableUpdates(MDQuery& query) override;
   std::int32_t MDQueryGetResultCount(const MDQuery& query) override;
@@ -63,8 +60,6 @@ class LiveMetadataIndex final : public MetadataIndex {
   std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
   std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
 
-  const LiveQueryNotes& notesOf(const MDQuery& query) const;
-
  private:
   std::optional<Credentials> callersCredentials() const;
 
@@ -73,6 +68,7 @@ class LiveMetadataIndex final : public MetadataIndex {
   std::shared_ptr<const query::AttributeSchema> schema_;
   std::shared_ptr<Identity> identity_;
   CredentialsProvider credentialsOf_;
+  MDQueryProgress progress_;
 };
 
 }  // namespace vt

@@ -47,7 +47,9 @@ LiveQuery::LiveQuery(query::Query parsedQuery, const std::vector<std::string>& v
     : parsed(std::move(parsedQuery)),
       valueList(namedAttributes(valueListAttributes)),
       sorting(namedAttributes(sortingAttributes)) {
-  notes.unknownAttributes = parsed.warnings();
+  for (const query::QueryWarning& warning : parsed.warnings()) {
+    notes.unknownAttributes.push_back(warning.attribute);
+  }
 }
 
 void LiveQuery::takeResult(LiveSearchResult result, const TypeTables& tables) {

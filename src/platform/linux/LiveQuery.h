@@ -40,7 +40,7 @@ class LiveQuery final : public MDQuery {
   std::optional<MDQueryDeclaredOrder> declared;
   std::vector<std::string> scopes;
   LiveHits hits;
-  LiveQueryNotes notes;
+  MDQueryNotes notes;
 
  private:
   bool isOrderedAsDeclared(const TypeTables& tables) const;

@@ -38,6 +38,8 @@ class MemoryMetadataIndex final : public MetadataIndex {
   void acceptQueries() { rejection_.reset(); }
   /// Fails every execution from now on.
   void failExecutions() { failsExecutions_ = true; }
+  /// What every query executed from now on has to say.
+  void setNotes(MDQueryNotes notes) { notes_ = std::move(notes); }
   /// Calls `action` within each execution, before it finds anything. It may throw.
   void whenExecuting(std::function<void()> action) { whenExecuting_ = std::move(action); }
 
@@ -60,6 +62,8 @@ class MemoryMetadataIndex final : public MetadataIndex {
   void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,
                              std::uint32_t options) override;
   bool MDQueryExecute(MDQuery& query, std::uint32_t options) override;
+  /// Not written down, since it is no call of the query's own course.
+  MDQueryNotes MDQueryCopyNotes(const MDQuery& /*query*/) override { return notes_; }
   void MDQueryDisableUpdates(MDQuery& query) override;
   std::int32_t MDQueryGetResultCount(const MDQuery& query) override;
   std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) override;
@@ -81,6 +85,7 @@ class MemoryMetadataIndex final : public MetadataIndex {
   std::shared_ptr<const Identity> identity_;
   std::vector<std::shared_ptr<Item>> hits_;
   std::optional<MDQueryRejection> rejection_;
+  MDQueryNotes notes_;
   std::function<void()> whenExecuting_;
   bool failsExecutions_ = false;
   bool records_ = true;

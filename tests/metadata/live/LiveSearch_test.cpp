@@ -20,6 +20,7 @@
 #include "metadata/live/ShippedSchema.h"
 #include "metadata/query/QueryParser.h"
 #include "metadata/types/ShippedTypes.h"
+#include "support/InChildProcess.h"
 
 namespace vt {
 namespace {
@@ -149,6 +150,47 @@ TEST_F(LiveSearchTest, NamesScopesThatCannotBeSearched) {
   EXPECT_EQ(result.hits.size(), 1U);
   EXPECT_THAT(result.unusableScopes,
               ElementsAre("", "relative", scopes[2], scopes[3], scopes[4], scopes[5]));
+}
+
+TEST_F(LiveSearchTest, NamesAScopeThatTheProcessCannotList) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  tree_.file("unlisted/file");
+  const std::string unlisted = tree_ / "unlisted";
+  ASSERT_EQ(chmod(unlisted.c_str(), 0711), 0);
+  EXPECT_EQ(search("true", {unlisted}, stranger()).hits.size(), 1U);
+  EXPECT_EQ(inChildProcess([&]() -> std::string {
+              if (setgroups(0, nullptr) != 0 || setgid(54321) != 0 || setuid(54321) != 0) {
+                return "still root";
+              }
+              const LiveSearchResult result = search("true", {unlisted}, stranger());
+              return testing::PrintToString(result.hits.size()) +
+                     testing::PrintToString(result.unusableScopes);
+            }),
+            "0{ \"" + unlisted + "\" }");
+}
+
+TEST_F(LiveSearchTest, FindsTheFilesOfAVeryLargeFolder) {
+  const Descriptor folder(open(tree_.folder("large").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  constexpr std::size_t kFiles = 20'000;
+  for (std::size_t i = 0; i < kFiles; ++i) {
+    ASSERT_EQ(mknodat(folder.get(), std::to_string(i).c_str(), S_IFREG | 0644, 0), 0);
+  }
+  EXPECT_EQ(found("kMDItemContentTypeTree != \"public.folder\"").size(), kFiles);
+}
+
+TEST_F(LiveSearchTest, TellsAfterEachFolderHowFarItHasCome) {
+  tree_.file("a/one");
+  tree_.file("a/b/two");
+  tree_.file("c/three");
+  const auto parsed = query::parseQuery("false", schema_);
+  const query::QueryMatcher matcher(*parsed, schema_, {Date{}, query::Calendar()});
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> reports;
+  const LiveSearch search(matcher, schema_, {types_, groups_},
+                          [&](std::uint64_t folders, std::uint64_t entries) {
+                            reports.emplace_back(folders, entries);
+                          });
+  search.run({tree_ / "a", tree_ / "c"}, superuser());
+  EXPECT_THAT(reports, ElementsAre(std::pair(1U, 2U), std::pair(2U, 3U), std::pair(3U, 4U)));
 }
 
 TEST_F(LiveSearchTest, FindsNothingWithoutAScope) {

@@ -290,10 +290,30 @@ TEST_F(LiveMetadataIndexTest, NotesUnknownAttributesAndUnusableScopes) {
   ASSERT_TRUE(query);
   index_.MDQuerySetSearchScope(*query, {tree_ / "missing"}, 0);
   EXPECT_TRUE(index_.MDQueryExecute(*query, kMDQuerySynchronous));
-  const LiveQueryNotes& notes = index_.notesOf(*query);
-  ASSERT_EQ(notes.unknownAttributes.size(), 1U);
-  EXPECT_EQ(notes.unknownAttributes[0].attribute, "com_example_shot");
+  const MDQueryNotes notes = index_.MDQueryCopyNotes(*query);
+  EXPECT_THAT(notes.unknownAttributes, testing::ElementsAre("com_example_shot"));
   EXPECT_THAT(notes.unusableScopes, testing::ElementsAre(tree_ / "missing"));
+  EXPECT_FALSE(notes.hasNoAccount);
+}
+
+TEST_F(LiveMetadataIndexTest, NotesAUserThatItDoesNotKnow) {
+  tree_.file("file");
+  identity_->uid = kStranger + 1;
+  const auto query = executed("true");
+  EXPECT_EQ(index_.MDQueryGetResultCount(*query), 0);
+  EXPECT_TRUE(index_.MDQueryCopyNotes(*query).hasNoAccount);
+}
+
+TEST_F(LiveMetadataIndexTest, ReportsItsProgressWhileAskedTo) {
+  tree_.file("a/b");
+  std::uint64_t seen = 0;
+  index_.setProgress([&](std::uint64_t /*folders*/, std::uint64_t entries) { seen = entries; });
+  executed("false");
+  EXPECT_EQ(seen, 2U);
+  seen = 0;
+  index_.setProgress({});
+  executed("false");
+  EXPECT_EQ(seen, 0U);
 }
 
 }  // namespace
