@@ -23,6 +23,7 @@ void writeUnformatted(std::string_view format) noexcept;
 
 template <class T>
 const T& printable(const T& argument) {
+  // NOLINTNEXTLINE(bugprone-return-const-ref-from-parameter): NSLog() holds what it passes.
   return argument;
 }
 /// A boolean prints as the number that %d names.
