@@ -4,6 +4,7 @@
 //
 //   live_search_bench [FOLDER]   uses FOLDER, filling it when it is empty; else a temporary one
 
+#include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
@@ -11,17 +12,16 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <memory>
-#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "Report.h"
 #include "foundation/Dictionary.h"
 #include "metadata/query/AttributeSchema.h"
 #include "metadata/types/ContentTypes.h"
@@ -37,7 +37,7 @@ namespace {
 constexpr int kFiles = 100'000;
 constexpr int kFilesInAFolder = 30;
 constexpr int kRounds = 5;
-constexpr double kLimit = 1.5;
+constexpr double kMostTimesFind = 1.5;
 constexpr std::uint32_t kSeed = 42;
 constexpr const char* kQuery = "kMDItemFSName == \"*report*\"cd";
 
@@ -66,13 +66,8 @@ void fill(const std::string& root) {
   }
 }
 
-double seconds(auto work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-void runFind(const std::string& root) {
+/// Answers whether it ran.
+bool runFind(const std::string& root) {
   std::string command[] = {"find", root, "-printf", "%p %s %T@\n"};
   char* arguments[] = {command[0].data(), command[1].data(), command[2].data(), command[3].data(),
                        nullptr};
@@ -85,7 +80,7 @@ void runFind(const std::string& root) {
     waitpid(child, &status, 0);
   }
   posix_spawn_file_actions_destroy(&actions);
-  if (status != 0) std::fprintf(stderr, "find failed\n");
+  return status == 0;
 }
 
 std::string resource(const char* name) {
@@ -94,7 +89,7 @@ std::string resource(const char* name) {
 }
 
 /// Runs the query and builds the records of the first 10,000 hits; answers how many hits there are.
-std::size_t search(LiveMetadataIndex& index, const std::string& root, std::uint64_t& checksum) {
+std::size_t search(LiveMetadataIndex& index, const std::string& root) {
   static const std::vector<std::string> kValues = {
       "kMDItemDisplayName", "kMDItemContentModificationDate", "kMDItemContentTypeTree",
       "kMDItemFSSize", "kMDItemLastUsedDate"};
@@ -113,13 +108,13 @@ std::size_t search(LiveMetadataIndex& index, const std::string& root, std::uint6
       record->append(kKeys[v],
                      *index.MDQueryGetAttributeValueOfResultAtIndex(*query, kValues[v], i));
     }
-    checksum += record->size();
     records.push_back(record);
   }
+  benchmark::DoNotOptimize(records);
   return static_cast<std::size_t>(count);
 }
 
-int run(const std::string& root) {
+void liveSearch(benchmark::State& state, const std::string& root) {
   if (std::filesystem::is_empty(root)) fill(root);
   auto identity = std::make_shared<ScriptedIdentity>();
   // As a user without rights of his own, so that every hit is really judged.
@@ -130,28 +125,31 @@ int run(const std::string& root) {
           query::AttributeSchema::parse(resource("attributes.tsv")).value()),
       identity, [](std::uint32_t uid) { return Credentials(uid, uid, {}); });
 
-  runFind(root);  // warms the caches
-  double find = 1e9;
-  double live = 1e9;
-  std::size_t hits = 0;
-  std::uint64_t checksum = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    find = std::min(find, seconds([&] { runFind(root); }));
-    live = std::min(live, seconds([&] { hits = search(index, root, checksum); }));
+  for (auto _ : state) {
+    if (!runFind(root)) state.SkipWithError("find failed");  // and warms the caches
+    double find = std::numeric_limits<double>::infinity();
+    double live = find;
+    for (int round = 0; round < kRounds; ++round) {
+      find = std::min(find, secondsOf([&] { runFind(root); }));
+      live = std::min(live, secondsOf([&] {
+                        if (search(index, root) == 0) state.SkipWithError("nothing was found");
+                      }));
+    }
+    state.SetIterationTime(live);
+    setPeer(state, "find", find, kMostTimesFind);
   }
-  std::printf("find -printf over %d files  %7.1f ms, best of %d\n", kFiles, find * 1e3, kRounds);
-  std::printf("live search, %6zu hits       %7.1f ms, best of %d (checksum %llu)\n", hits,
-              live * 1e3, kRounds, static_cast<unsigned long long>(checksum));
-  std::printf("ratio %.2f, limit %.2f: %s\n", live / find, kLimit,
-              live <= kLimit * find ? "reached" : "MISSED");
-  return live <= kLimit * find ? 0 : 1;
 }
 
 }  // namespace
 }  // namespace vt
 
 int main(int argc, char** argv) {
-  if (argc > 1) return vt::run(argv[1]);
   const vt::TemporaryFolder folder;
-  return vt::run(folder.path());
+  const bool named = argc > 1 && argv[1][0] != '-';
+  const std::string root = named ? argv[1] : folder.path().string();
+  benchmark::RegisterBenchmark("LiveSearchByNameIn100000Files", vt::liveSearch, root)
+      ->Unit(benchmark::kMillisecond)
+      ->Iterations(1)
+      ->UseManualTime();
+  return vt::runBenchmarks(argc, argv);
 }

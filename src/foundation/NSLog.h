@@ -23,7 +23,8 @@ void writeUnformatted(std::string_view format) noexcept;
 
 template <class T>
 const T& printable(const T& argument) {
-  return argument;  // NOLINT(bugprone-return-const-ref-from-parameter): NSLog's own parameters
+  // NOLINTNEXTLINE(bugprone-return-const-ref-from-parameter): NSLog() holds what it passes.
+  return argument;
 }
 /// A boolean prints as the number that %d names.
 inline int printable(bool boolean) { return boolean ? 1 : 0; }

@@ -6,13 +6,18 @@
 
 namespace vt {
 
-// The dictionary under `key`, made when there is none. A value of another type counts as none; it
-// is replaced, so the file that holds it is kept at the next save.
+// The dictionary under `key`, made when there is none. A value of another type counts as none.
 std::shared_ptr<Dictionary> VTSettings::dictionaryIn(Dictionary& parent, std::string_view key) {
-  if (const Value* present = parent.find(key)) {
-    if (std::shared_ptr<Dictionary> dictionary = present->dictionary()) return dictionary;
-    fileHoldsMoreThanStorage_ = true;
-  }
+  const Value* present = parent.find(key);
+  std::shared_ptr<Dictionary> dictionary = present ? present->dictionary() : nullptr;
+  return dictionary ? dictionary : newDictionaryIn(parent, key);
+}
+
+// Puts an empty dictionary under `key`. When a value of another type makes way, the file that holds
+// it is kept at the next save.
+std::shared_ptr<Dictionary> VTSettings::newDictionaryIn(Dictionary& parent, std::string_view key) {
+  const Value* replaced = parent.find(key);
+  if (replaced && !replaced->dictionary()) fileHoldsMoreThanStorage_ = true;
   std::shared_ptr<Dictionary> made = Dictionary::make();
   parent.set(key, made);
   return made;

@@ -105,7 +105,8 @@ bool VTSettings::saveStorage() {
     error = FileError{0, "there is no settings directory"};
   } else {
     Files& files = Platform::current().files();
-    if (fileHoldsMoreThanStorage_) error = files.keepAs(*path, *path + ".damaged");
+    if (fileHoldsMoreThanStorage_ && files.exists(*path))
+      error = files.keepAs(*path, *path + ".damaged");
     if (!error) error = files.writeAtomically(*path, *bytes);
   }
   if (error) {

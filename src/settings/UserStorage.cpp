@@ -24,10 +24,7 @@ void VTSettings::setStorage(const std::shared_ptr<Dictionary>& dictionary, const
   // storage of every other user goes; whoever changes a storage in place calls saveStorage().
   const Value* inner = dictionary->find("Users");
   std::shared_ptr<Dictionary> users = inner ? inner->dictionary() : nullptr;
-  if (!users) {
-    users = Dictionary::make();
-    storage_->set("Users", users);
-  }
+  if (!users) users = newDictionaryIn(*storage_, "Users");
   users->set(storageKey(user), dictionary);
   saveStorage();
 }

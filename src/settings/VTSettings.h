@@ -61,9 +61,10 @@ class VTSettings final : public VTObject {
   std::shared_ptr<Dictionary> storageForUser(const VTUser& user);
 
   /// `setStorage:forUser:`
-  /// Stores `dictionary`, which is not nullptr, as the user's storage and saves. Unless
-  /// `dictionary` itself holds "Users", the storage of every other user is dropped: to change a
-  /// user's storage, change it in place.
+  /// Stores `dictionary`, which is not nullptr, as the user's storage and saves. The storage of
+  /// every other user is dropped: to change a user's storage, change it in place. A `dictionary`
+  /// that holds a dictionary "Users" is stored in that one instead, which leaves the settings as
+  /// they were, and it then holds itself: break the cycle, or it is never freed.
   void setStorage(const std::shared_ptr<Dictionary>& dictionary, const VTUser& user);
 
   /// The configured folders: the array itself.
@@ -170,6 +171,7 @@ class VTSettings final : public VTObject {
   std::optional<Value> setting(std::string_view name) const;
   void store(std::string_view name, std::optional<Value> value);
   std::shared_ptr<Dictionary> dictionaryIn(Dictionary& parent, std::string_view key);
+  std::shared_ptr<Dictionary> newDictionaryIn(Dictionary& parent, std::string_view key);
 
   std::shared_ptr<Dictionary> storage_;
   std::shared_ptr<ObjectArray<Dictionary>> sharePoints_;

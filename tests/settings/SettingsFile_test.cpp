@@ -193,6 +193,15 @@ TEST(SettingsFile, ThatDoesNotLoadStaysWhenItCannotBeKept) {
   EXPECT_EQ(readFile(world.settingsFile() + ".damaged"), "garbage");
 }
 
+TEST(SettingsFile, ThatDidNotLoadMayBeRemovedBeforeTheNextSave) {
+  const TestWorld world;
+  world.writeSettingsFile("garbage");
+  const auto settings = VTSettings::sharedInstance();
+  std::filesystem::remove(world.settingsFile());
+  EXPECT_TRUE(settings->saveStorage());
+  EXPECT_NE(savedTree(world), nullptr);
+}
+
 TEST(SettingsFile, ThatIsAFolderCountsAsEmptyAndCannotBeSaved) {
   TestWorld world;
   std::filesystem::create_directories(world.settingsFile());

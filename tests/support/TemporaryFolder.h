@@ -1,6 +1,7 @@
 #pragma once
 
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <stdexcept>
@@ -13,9 +14,10 @@ class TemporaryFolder {
  public:
   TemporaryFolder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "vistaro-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    if (!mkdtemp(pattern.data()) || chmod(pattern.c_str(), 0755) != 0) {
+      throw std::runtime_error("no temporary folder");
+    }
     path_ = pattern;
-    std::filesystem::permissions(path_, std::filesystem::perms(0755));
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;

@@ -10,9 +10,6 @@
 namespace vt {
 namespace {
 
-constexpr std::string_view kAdministrators = "admin";
-constexpr const char* kAdministratorsElsewhere[] = {"sudo", "wheel"};
-
 bool isRecordId(std::uint32_t id) { return id <= std::numeric_limits<std::int32_t>::max(); }
 
 void add(DirectoryRecord& record, const char* type, std::vector<std::string> values) {
@@ -51,16 +48,6 @@ std::vector<DirectoryRecord> recordsOf(const std::vector<Entry>& entries) {
   return records;
 }
 
-std::optional<Group> administrators(const Accounts& accounts) {
-  for (const char* name : kAdministratorsElsewhere) {
-    if (std::optional<Group> group = accounts.groupNamed(name)) {
-      group->name = kAdministrators;
-      return group;
-    }
-  }
-  return std::nullopt;
-}
-
 }  // namespace
 
 AccountRecords::AccountRecords(std::shared_ptr<const Accounts> accounts,
@@ -82,13 +69,25 @@ std::vector<DirectoryRecord> AccountRecords::users(std::optional<std::string_vie
 
 std::vector<DirectoryRecord> AccountRecords::groups(std::optional<std::string_view> name) const {
   if (!name) return recordsOf(accounts_->allGroups());
-  std::optional<Group> group = accounts_->groupNamed(std::string(*name));
-  if (!group && *name == kAdministrators) group = administrators(*accounts_);
-  return recordsOf(group);
+  return recordsOf(groupOrItsStandIn(*accounts_, std::string(*name)));
 }
 
 bool AccountRecords::verifyPassword(const std::string& name, const std::string& password) const {
   return passwords_->verify(name, password);
+}
+
+std::optional<Group> groupOrItsStandIn(const Accounts& accounts, const std::string& name) {
+  constexpr std::string_view kAdministrators = "admin";
+  constexpr const char* kAdministratorsElsewhere[] = {"sudo", "wheel"};
+  std::optional<Group> group = accounts.groupNamed(name);
+  if (group || name != kAdministrators) return group;
+  for (const char* elsewhere : kAdministratorsElsewhere) {
+    if ((group = accounts.groupNamed(elsewhere))) {
+      group->name = name;
+      return group;
+    }
+  }
+  return std::nullopt;
 }
 
 std::shared_ptr<const Accounts> accountsUnder(const std::string& rootPrefix) {

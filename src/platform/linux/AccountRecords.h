@@ -11,8 +11,8 @@ namespace vt {
 /// The accounts and groups of the system as directory records.
 ///
 /// A user or group with an id above 2,147,483,647 has no record: the directory's ids are signed.
-/// An attribute without a value is left out, so a user without a full name has no RealName. The
-/// group "admin" is, where the system has none of that name, its group "sudo", else "wheel".
+/// An attribute without a value is left out, so a user without a full name has no RealName. Groups
+/// are found by groupOrItsStandIn().
 class AccountRecords final : public RecordSource {
  public:
   /// `more` answers for the record types that are no accounts (share points); it may be null.
@@ -32,6 +32,10 @@ class AccountRecords final : public RecordSource {
   std::shared_ptr<const PasswordCheck> passwords_;
   std::shared_ptr<const RecordSource> more_;
 };
+
+/// The group called `name`. "admin" is, where the system has none of that name, its group "sudo",
+/// else "wheel", and is called "admin".
+std::optional<Group> groupOrItsStandIn(const Accounts& accounts, const std::string& name);
 
 /// The accounts, and with them the passwords, that hold under `rootPrefix`: its own files, or the
 /// name service switch and PAM. Never some of each.

@@ -44,7 +44,7 @@ std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
   const auto identity = std::make_shared<LinuxIdentity>(accounts);
   const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
   return std::make_shared<Platform>(Platform::Services{
-      .files = std::make_shared<PosixFiles>(),
+      .files = std::make_shared<PosixFiles>(accounts),
       .identity = identity,
       .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
       .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),

@@ -3,7 +3,6 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <grp.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -13,8 +12,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
-#include <vector>
+#include <utility>
 
+#include "platform/linux/AccountRecords.h"
+#include "platform/linux/Accounts.h"
 #include "platform/linux/FileDescriptor.h"
 
 namespace vt {
@@ -37,26 +38,6 @@ std::string temporaryPrefix(const std::string& path) {
   return "." + path.substr(path.rfind('/') + 1) + ".tmp-";
 }
 
-std::optional<gid_t> groupId(const std::string& name) {
-  std::vector<char> buffer(1024);
-  group entry{};
-  group* found = nullptr;
-  int error = 0;
-  while ((error = getgrnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found)) ==
-         ERANGE) {
-    buffer.resize(buffer.size() * 2);
-  }
-  return found ? std::optional<gid_t>(entry.gr_gid) : std::nullopt;
-}
-
-std::optional<gid_t> groupOwnerId(const std::string& name) {
-  if (name != "admin") return groupId(name);
-  for (const char* candidate : {"admin", "sudo", "wheel"}) {
-    if (const std::optional<gid_t> id = groupId(candidate)) return id;
-  }
-  return std::nullopt;
-}
-
 void removeLeftovers(const std::string& path) {
   const std::string prefix = temporaryPrefix(path);
   const time_t now = ::time(nullptr);
@@ -73,6 +54,10 @@ void removeLeftovers(const std::string& path) {
 
 }  // namespace
 
+PosixFiles::PosixFiles() : PosixFiles(systemAccounts()) {}
+
+PosixFiles::PosixFiles(std::shared_ptr<const Accounts> accounts) : accounts_(std::move(accounts)) {}
+
 bool PosixFiles::exists(const std::string& path) const {
   struct stat status{};
   return ::stat(path.c_str(), &status) == 0;
@@ -84,9 +69,9 @@ bool PosixFiles::createDirectory(const std::string& path) {
 
 bool PosixFiles::changeAttributes(const std::string& path, const std::string& groupOwner,
                                   std::uint32_t permissions) {
-  const std::optional<gid_t> group = groupOwnerId(groupOwner);
+  const std::optional<Group> group = groupOrItsStandIn(*accounts_, groupOwner);
   // Permissions last: a change of the group clears some of them.
-  return group && ::chown(path.c_str(), static_cast<uid_t>(-1), *group) == 0 &&
+  return group && ::chown(path.c_str(), static_cast<uid_t>(-1), group->gid) == 0 &&
          ::chmod(path.c_str(), static_cast<mode_t>(permissions)) == 0;
 }
 

@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +12,8 @@
 
 namespace vt {
 
+class Accounts;
+
 /// The file manager on the file system of this machine.
 ///
 /// A process killed while it writes can leave a temporary file ".NAME.tmp-XXXXXX" beside NAME.
@@ -18,9 +21,14 @@ namespace vt {
 /// file of another process that is writing just now is left alone.
 class PosixFiles : public Files {
  public:
+  /// Knows the groups of the name service switch.
+  PosixFiles();
+  /// Knows the groups of `accounts`, which is not nullptr.
+  explicit PosixFiles(std::shared_ptr<const Accounts> accounts);
+
   bool exists(const std::string& path) const override;
   bool createDirectory(const std::string& path) override;
-  /// `groupOwner` "admin" is the group of that name, else "sudo", else "wheel".
+  /// `groupOwner` is found by groupOrItsStandIn().
   bool changeAttributes(const std::string& path, const std::string& groupOwner,
                         std::uint32_t permissions) override;
   Result<std::string, FileError> read(const std::string& path, std::uint64_t limit) const override;
@@ -42,6 +50,8 @@ class PosixFiles : public Files {
  private:
   std::optional<FileError> fill(int descriptor, const std::string& path, std::string_view bytes);
   std::optional<FileError> syncFolder(const std::string& folder);
+
+  std::shared_ptr<const Accounts> accounts_;
 };
 
 }  // namespace vt

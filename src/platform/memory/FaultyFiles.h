@@ -2,7 +2,10 @@
 
 #include <errno.h>
 
+#include <chrono>
+#include <optional>
 #include <string>
+#include <thread>
 
 #include "platform/linux/PosixFiles.h"
 
@@ -19,8 +22,11 @@ class FaultyFiles final : public PosixFiles {
     didFail_ = false;
   }
 
-  /// Leaves all waiting for the disk out from now on; for what is about something else.
-  void skipSyncs() { skipsSyncs_ = true; }
+  /// Leaves all waiting for the disk out from now on, or waits so long each time; for what is about
+  /// something else.
+  void skipSyncs(std::chrono::microseconds wait = std::chrono::microseconds(0)) {
+    waitInsteadOfSync_ = wait;
+  }
 
   /// Whether the chosen call was reached.
   bool didFail() const { return didFail_; }
@@ -37,7 +43,9 @@ class FaultyFiles final : public PosixFiles {
   }
   int sync(int descriptor) override {
     if (fails()) return -1;
-    return skipsSyncs_ ? 0 : PosixFiles::sync(descriptor);
+    if (!waitInsteadOfSync_) return PosixFiles::sync(descriptor);
+    if (waitInsteadOfSync_->count() > 0) std::this_thread::sleep_for(*waitInsteadOfSync_);
+    return 0;
   }
   int rename(const char* from, const char* to) override {
     return fails() ? -1 : PosixFiles::rename(from, to);
@@ -57,7 +65,7 @@ class FaultyFiles final : public PosixFiles {
   int remaining_ = -1;
   int errorNumber_ = 0;
   bool didFail_ = false;
-  bool skipsSyncs_ = false;
+  std::optional<std::chrono::microseconds> waitInsteadOfSync_;
 };
 
 }  // namespace vt

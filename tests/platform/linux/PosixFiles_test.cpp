@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/AccountFolder.h"
+#include "platform/linux/AccountRecords.h"
 #include "platform/memory/FaultyFiles.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
@@ -195,6 +197,33 @@ TEST(PosixFiles, GivesADirectoryToTheAdministratorsGroup) {
   const std::optional<FileRights> status = PosixFiles().status(folder.path());
   EXPECT_EQ(status->groupId, expected);
   EXPECT_EQ(status->permissions, 0775U);
+}
+
+TEST(PosixFiles, FindsTheAdministratorsGroupAmongTheAccountsItWasGiven) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give a directory away";
+  struct Case {
+    const char* what;
+    const char* groups;
+    std::optional<std::uint64_t> groupId;
+  };
+  const Case cases[] = {
+      {"the group of that name", "wheel:x:4003:\nsudo:x:4002:\nadmin:x:4001:\n", 4001},
+      {"sudo in its place", "wheel:x:4003:\nsudo:x:4002:\n", 4002},
+      {"wheel in its place", "wheel:x:4003:\n", 4003},
+      {"none, whatever this machine has", "staff:x:4004:\n", std::nullopt},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const AccountFolder root;
+    root.write("passwd", "");
+    root.write("group", c.groups);
+    const TemporaryFolder folder;
+    PosixFiles files(accountsUnder(root.root()));
+    EXPECT_EQ(files.changeAttributes(folder.path(), "admin", 0775), c.groupId.has_value());
+    const std::optional<FileRights> status = files.status(folder.path());
+    EXPECT_EQ(status->groupId, c.groupId.value_or(0));
+    EXPECT_EQ(status->permissions, c.groupId ? 0775U : 0755U);
+  }
 }
 
 TEST(PosixFiles, DoesNotChangeAttributesForAGroupOrPathThatIsMissing) {
