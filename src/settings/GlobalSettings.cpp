@@ -27,10 +27,14 @@ std::shared_ptr<Dictionary> VTSettings::globalSettings() {
   return dictionaryIn(*storage_, "GlobalSettings");
 }
 
-std::optional<Value> VTSettings::valueForUndefinedKey(std::string_view key) const {
-  // Reading makes no dictionary: a value of the wrong type in its place is left as it is.
+// Reading makes no dictionary: a value of the wrong type in its place is left as it is.
+std::shared_ptr<Dictionary> VTSettings::presentGlobalSettings() const {
   const Value* present = storage_->find("GlobalSettings");
-  const std::shared_ptr<Dictionary> settings = present ? present->dictionary() : nullptr;
+  return present ? present->dictionary() : nullptr;
+}
+
+std::optional<Value> VTSettings::valueForUndefinedKey(std::string_view key) const {
+  const std::shared_ptr<Dictionary> settings = presentGlobalSettings();
   return settings ? settings->get(key) : std::nullopt;
 }
 

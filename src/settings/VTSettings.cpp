@@ -64,6 +64,7 @@ const Property* VTSettings::propertyNamed(std::string_view key) const {
           "serverRestartNecessary"),
       property<&Settings::searchCount, &Settings::setSearchCount>("searchCount"),
       property<&Settings::parallelUserCount, &Settings::setParallelUserCount>("parallelUserCount"),
+      property<&Settings::presentGlobalSettings>("globalSettings"),
       property<&Settings::sharepoints>("sharepoints"),
       property<&Settings::defaultUser>("defaultUser"),
       property<&Settings::logFile>("logFile"),

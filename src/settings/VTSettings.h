@@ -170,6 +170,7 @@ class VTSettings final : public VTObject {
   void readStorage();
   std::optional<Value> setting(std::string_view name) const;
   void store(std::string_view name, std::optional<Value> value);
+  std::shared_ptr<Dictionary> presentGlobalSettings() const;
   std::shared_ptr<Dictionary> dictionaryIn(Dictionary& parent, std::string_view key);
   std::shared_ptr<Dictionary> newDictionaryIn(Dictionary& parent, std::string_view key);
 

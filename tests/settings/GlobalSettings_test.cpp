@@ -89,6 +89,7 @@ TEST(GlobalSettings, AreTheDictionaryInsideTheTree) {
   const auto settings = VTSettings::sharedInstance();
   const auto globals = settings->globalSettings();
   EXPECT_EQ(settings->globalSettings(), globals);
+  EXPECT_EQ(settings->valueForKey("globalSettings")->dictionary(), globals);
   globals->set("theme", "blue");
   EXPECT_EQ(settings->valueForKey("theme"), Value("blue"));
   EXPECT_FALSE(Platform::current().files().exists(world.settingsFile()));
