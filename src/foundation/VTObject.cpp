@@ -32,6 +32,7 @@ std::optional<Value> VTObject::valueForUndefinedKey(std::string_view key) const 
   throw UndefinedKeyError(key, "valueForKey:");
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): those who override it keep the value.
 void VTObject::setValueForUndefinedKey(std::optional<Value>, std::string_view key) {
   throw UndefinedKeyError(key, "setValue:forKey:");
 }

@@ -109,6 +109,8 @@ void VTSavedSearch::removeFromStorage(Dictionary& userStorage) const {
     return entry && entry->get("title") == title;
   });
   if (found == stored->elements().end()) return;
+  // A copy: the element itself is among those that go.
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
   const Value removed = *found;
   std::erase(stored->elements(), removed);
 }
