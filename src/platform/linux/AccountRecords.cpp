@@ -82,7 +82,8 @@ std::optional<Group> groupOrItsStandIn(const Accounts& accounts, const std::stri
   std::optional<Group> group = accounts.groupNamed(name);
   if (group || name != kAdministrators) return group;
   for (const char* elsewhere : kAdministratorsElsewhere) {
-    if ((group = accounts.groupNamed(elsewhere))) {
+    group = accounts.groupNamed(elsewhere);
+    if (group) {
       group->name = name;
       return group;
     }
