@@ -267,6 +267,7 @@ TEST(SettingsFile, AnnouncesThirteenSettingsAfterAReload) {
   }
   settings->reloadConfig();
   std::vector<std::string> expected;
+  expected.reserve(2 * keys.size());
   for (const std::string& key : keys) expected.push_back("will " + key);
   for (const std::string& key : keys) expected.push_back("did " + key);
   EXPECT_EQ(journal.lines(), expected);
