@@ -12,6 +12,7 @@
 
 namespace vt {
 
+class ContentTypeTags;
 class DirectoryServices;
 class Files;
 class Host;
@@ -36,6 +37,7 @@ class Platform {
     std::shared_ptr<Resources> resources;
     std::shared_ptr<Host> host;
     std::shared_ptr<Process> process;
+    std::shared_ptr<ContentTypeTags> contentTypeTags;
     /// Put in front of the system's own fixed paths; "" for the machine itself.
     std::string rootPrefix;
   };
@@ -58,6 +60,7 @@ class Platform {
   Resources& resources() const { return need(services_.resources); }
   Host& host() const { return need(services_.host); }
   Process& process() const { return need(services_.process); }
+  ContentTypeTags& contentTypeTags() const { return need(services_.contentTypeTags); }
 
   /// Where one of the system's own fixed absolute paths lies: behind the root prefix.
   std::string systemPath(std::string_view fixedPath) const {

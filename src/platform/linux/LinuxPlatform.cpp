@@ -4,6 +4,7 @@
 #include "metadata/types/ContentTypes.h"
 #include "platform/linux/AccountRecords.h"
 #include "platform/linux/FolderResources.h"
+#include "platform/linux/LinuxContentTypeTags.h"
 #include "platform/linux/LinuxDirectoryServices.h"
 #include "platform/linux/LinuxHost.h"
 #include "platform/linux/LinuxIdentity.h"
@@ -23,15 +24,19 @@ LiveMetadataIndex::CredentialsProvider credentialsFrom(std::shared_ptr<const Acc
   };
 }
 
+std::shared_ptr<const ContentTypes> contentTypes(const Resources& resources) {
+  auto types = ContentTypes::parse(resources.resource("types", "tsv").value_or(""));
+  return types ? std::make_shared<const ContentTypes>(std::move(types).value()) : nullptr;
+}
+
 std::shared_ptr<MetadataIndex> liveIndex(const Resources& resources,
+                                         std::shared_ptr<const ContentTypes> types,
                                          std::shared_ptr<Identity> identity,
                                          std::shared_ptr<const Accounts> accounts) {
-  auto types = ContentTypes::parse(resources.resource("types", "tsv").value_or(""));
   auto schema = query::AttributeSchema::parse(resources.resource("attributes", "tsv").value_or(""));
   if (!types || !schema) return nullptr;
   return std::make_shared<LiveMetadataIndex>(
-      std::make_shared<const ContentTypes>(std::move(types).value()),
-      std::make_shared<const query::AttributeSchema>(std::move(schema).value()),
+      std::move(types), std::make_shared<const query::AttributeSchema>(std::move(schema).value()),
       std::move(identity), credentialsFrom(std::move(accounts)));
 }
 
@@ -43,15 +48,17 @@ std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
   const auto records = std::make_shared<const AccountRecords>(accounts, passwordsUnder(root));
   const auto identity = std::make_shared<LinuxIdentity>(accounts);
   const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
+  const std::shared_ptr<const ContentTypes> types = contentTypes(*resources);
   return std::make_shared<Platform>(Platform::Services{
       .files = std::make_shared<PosixFiles>(accounts),
       .identity = identity,
       .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
       .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),
-      .metadataIndex = liveIndex(*resources, identity, accounts),
+      .metadataIndex = liveIndex(*resources, types, identity, accounts),
       .resources = resources,
       .host = std::make_shared<LinuxHost>(root),
       .process = std::make_shared<LinuxProcess>(),
+      .contentTypeTags = std::make_shared<LinuxContentTypeTags>(types),
       .rootPrefix = root,
   });
 }
