@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/Dictionary.h"
 #include "foundation/Key.h"
 #include "foundation/Value.h"
 
@@ -117,6 +118,14 @@ class MetadataIndex {
 
   /// A value of the item; nothing when it lacks the attribute.
   virtual std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) = 0;
+
+  /// The names of the attributes of which the item has a value, none twice.
+  virtual std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) = 0;
+
+  /// The item's values by attribute name, in the order of `names`, without those that it lacks.
+  /// Never nullptr.
+  virtual std::shared_ptr<Dictionary> MDItemCopyAttributes(MDItem& item,
+                                                           const std::vector<std::string>& names);
 };
 
 }  // namespace vt

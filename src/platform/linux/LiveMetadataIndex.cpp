@@ -155,4 +155,12 @@ std::optional<Value> LiveMetadataIndex::MDItemCopyAttribute(MDItem& item,
   return entries ? std::optional<Value>(*entries) : std::nullopt;
 }
 
+std::vector<std::string> LiveMetadataIndex::MDItemCopyAttributeNames(MDItem& item) {
+  std::vector<std::string> names;
+  for (const query::Attribute& attribute : schema_->attributes()) {
+    if (MDItemCopyAttribute(item, attribute.name)) names.push_back(attribute.name);
+  }
+  return names;
+}
+
 }  // namespace vt

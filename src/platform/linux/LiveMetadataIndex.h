@@ -59,6 +59,8 @@ class LiveMetadataIndex final : public MetadataIndex {
                                                                std::int32_t index) override;
   std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
   std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
+  /// Of all that the table of attributes lists, what the file system and the name tell.
+  std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) override;
 
  private:
   std::optional<Credentials> callersCredentials() const;

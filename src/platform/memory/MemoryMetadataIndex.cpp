@@ -14,6 +14,7 @@ class MemoryMetadataIndex::Item final : public MDItem {
   explicit Item(std::shared_ptr<const Dictionary> attributes)
       : attributes_(std::move(attributes)) {}
 
+  const Dictionary& attributes() const { return *attributes_; }
   const Value* find(std::string_view attribute) const { return attributes_->find(attribute); }
   std::optional<Value> get(std::string_view attribute) const { return attributes_->get(attribute); }
 
@@ -163,6 +164,25 @@ std::optional<Value> MemoryMetadataIndex::MDItemCopyAttribute(MDItem& item,
                                                               std::string_view attribute) {
   record("MDItemCopyAttribute {}", attribute);
   return static_cast<Item&>(item).get(attribute);
+}
+
+std::vector<std::string> MemoryMetadataIndex::MDItemCopyAttributeNames(MDItem& item) {
+  record("MDItemCopyAttributeNames");
+  std::vector<std::string> names;
+  for (const auto& [name, value] : static_cast<Item&>(item).attributes()) {
+    names.push_back(name.str());
+  }
+  return names;
+}
+
+std::shared_ptr<Dictionary> MemoryMetadataIndex::MDItemCopyAttributes(
+    MDItem& item, const std::vector<std::string>& names) {
+  record("MDItemCopyAttributes {}", fmt::join(names, ","));
+  auto values = Dictionary::make();
+  for (const std::string& name : names) {
+    if (const Value* value = static_cast<Item&>(item).find(name)) values->set(name, *value);
+  }
+  return values;
 }
 
 }  // namespace vt

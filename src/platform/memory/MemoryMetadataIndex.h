@@ -73,6 +73,10 @@ class MemoryMetadataIndex final : public MetadataIndex {
   /// The first hit whose kMDItemPath is `path`.
   std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
   std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
+  /// In the order in which the hit was given them.
+  std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) override;
+  std::shared_ptr<Dictionary> MDItemCopyAttributes(MDItem& item,
+                                                   const std::vector<std::string>& names) override;
 
  private:
   class Item;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/Array.h"
 #include "metadata/live/LiveTree.h"
 #include "metadata/live/ShippedSchema.h"
 #include "metadata/types/ShippedTypes.h"
@@ -273,6 +274,61 @@ TEST_F(LiveMetadataIndexTest, TellsAnItemsAttributes) {
   EXPECT_EQ(index_.MDItemCopyAttribute(*folder, "kMDItemPath"), Value(tree_ / "folder"));
   EXPECT_EQ(index_.MDItemCopyAttribute(*folder, "kMDItemDisplayName"), Value("folder"));
   EXPECT_EQ(index_.MDItemCopyAttribute(*folder, "kMDItemFSNodeCount"), Value(1));
+}
+
+TEST_F(LiveMetadataIndexTest, NamesWhatItKnowsOfAnItem) {
+  const auto item = index_.MDItemCreate(tree_.file("folder/file.pdf", "12345"));
+  const auto folder = index_.MDItemCreate(tree_ / "folder");
+  ASSERT_TRUE(item && folder);
+  const std::vector<std::string> ofFile = index_.MDItemCopyAttributeNames(*item);
+  EXPECT_THAT(ofFile, testing::IsSupersetOf(
+                          {"kMDItemFSName", "kMDItemDisplayName", "kMDItemPath", "kMDItemFSSize",
+                           "kMDItemContentType", "kMDItemContentTypeTree", "kMDItemKind",
+                           "kMDItemFSOwnerUserID", "kMDItemContentModificationDate"}));
+  EXPECT_THAT(ofFile, testing::Not(testing::Contains("kMDItemFSNodeCount")));
+  EXPECT_THAT(ofFile, testing::Not(testing::Contains("kMDItemAuthors")));
+  EXPECT_THAT(index_.MDItemCopyAttributeNames(*folder), testing::Contains("kMDItemFSNodeCount"));
+}
+
+TEST_F(LiveMetadataIndexTest, TellsTheAttributesThatItNamesInTheirOrder) {
+  const auto item = index_.MDItemCreate(tree_.file("file.pdf", "12345"));
+  const std::vector<std::string> names = index_.MDItemCopyAttributeNames(*item);
+  const std::shared_ptr<Dictionary> values = index_.MDItemCopyAttributes(*item, names);
+  ASSERT_EQ(values->size(), names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    SCOPED_TRACE(names[i]);
+    EXPECT_EQ(values->entries()[i].first.str(), names[i]);
+    EXPECT_EQ(values->get(names[i]), index_.MDItemCopyAttribute(*item, names[i]));
+  }
+  EXPECT_TRUE(index_.MDItemCopyAttributes(*item, {"kMDItemAuthors", "x"})->empty());
+}
+
+TEST_F(LiveMetadataIndexTest, GivesEachAttributeTheTypeThatTheTableSays) {
+  const query::AttributeSchema schema = shippedSchema();
+  const auto isOfType = [](const Value& value, query::AttributeType type) {
+    switch (type) {
+      case query::AttributeType::kString:
+        return value.kind() == ValueKind::kString;
+      case query::AttributeType::kNumber:
+        return value.isNumber() && value.kind() != ValueKind::kBoolean;
+      case query::AttributeType::kDate:
+        return value.kind() == ValueKind::kDate;
+      case query::AttributeType::kBoolean:
+        return value.kind() == ValueKind::kBoolean;
+    }
+    return false;
+  };
+  for (const std::string& path : {tree_.file("file.pdf"), tree_.folder("folder")}) {
+    const auto item = index_.MDItemCreate(path);
+    const auto values = index_.MDItemCopyAttributes(*item, index_.MDItemCopyAttributeNames(*item));
+    for (const auto& [name, value] : *values) {
+      SCOPED_TRACE(path + " " + name.str());
+      const query::Attribute* attribute = schema.find(name.str());
+      ASSERT_NE(attribute, nullptr);
+      EXPECT_EQ(value.array() != nullptr, attribute->isMultiValued);
+      EXPECT_TRUE(isOfType(value.array() ? value.array()->at(0) : value, attribute->type));
+    }
+  }
 }
 
 TEST_F(LiveMetadataIndexTest, ShowsNamesAsTextAndKeepsPathsToTheByte) {

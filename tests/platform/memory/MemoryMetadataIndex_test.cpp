@@ -78,6 +78,17 @@ TEST(MemoryMetadataIndex, FindsAnItemByItsPath) {
   EXPECT_EQ(index.MDItemCreate("/b"), nullptr);
 }
 
+TEST(MemoryMetadataIndex, TellsWhatAnItemWasGiven) {
+  MemoryMetadataIndex index;
+  index.addHit({{"kMDItemPath", "/a"}, {"kMDItemFSSize", 7}});
+  const std::shared_ptr<MDItem> item = index.MDItemCreate("/a");
+  EXPECT_THAT(index.MDItemCopyAttributeNames(*item), ElementsAre("kMDItemPath", "kMDItemFSSize"));
+  EXPECT_EQ(*index.MDItemCopyAttributes(*item, {"x", "kMDItemFSSize"}),
+            *Dictionary::make({{"kMDItemFSSize", 7}}));
+  EXPECT_THAT(index.calls(), ElementsAre("MDItemCreate /a", "MDItemCopyAttributeNames",
+                                         "MDItemCopyAttributes x,kMDItemFSSize"));
+}
+
 TEST(MemoryMetadataIndex, RejectsQueriesOnDemandAndSaysWhy) {
   MemoryMetadataIndex index;
   index.rejectQueries({.offset = 4, .expected = "a value", .text = {}});
