@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vt {
 
@@ -29,6 +30,19 @@ class Identity {
   /// and returns -1 then; an unknown name has just the base group.
   virtual int getgrouplist(const std::string& name, std::int32_t baseGroup, std::int32_t* groups,
                            int* count) const = 0;
+
+  /// All groups of the account called `name`, `baseGroup` first, as wide as they are; an unknown
+  /// name has just the base group. May ask the directory.
+  virtual std::vector<std::uint32_t> groupsOf(const std::string& /*name*/,
+                                              std::uint32_t baseGroup) const {
+    return {baseGroup};
+  }
+
+  /// The further groups under which the calling thread acts.
+  virtual std::vector<std::uint32_t> getgroups() const { return {}; }
+
+  /// 0, or -1 when the system refuses, as an identity that has no groups always does.
+  virtual int setgroups(const std::vector<std::uint32_t>& /*groups*/) { return -1; }
 };
 
 }  // namespace vt

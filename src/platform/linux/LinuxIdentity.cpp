@@ -4,6 +4,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "platform/GroupList.h"
@@ -47,15 +48,39 @@ int LinuxIdentity::setegid(std::uint64_t gid) {
 
 int LinuxIdentity::getgrouplist(const std::string& name, std::int32_t baseGroup,
                                 std::int32_t* groups, int* count) const {
+  const auto base = static_cast<std::uint32_t>(baseGroup);
   std::vector<std::int32_t> all{baseGroup};
-  if (std::optional<Account> account = accounts_->accountNamed(name)) {
-    account->gid = static_cast<std::uint32_t>(baseGroup);
-    for (const std::uint32_t group : accounts_->groupsOf(*account)) {
-      const bool isSigned = group <= std::uint32_t{std::numeric_limits<std::int32_t>::max()};
-      if (isSigned && group != account->gid) all.push_back(static_cast<std::int32_t>(group));
-    }
+  for (const std::uint32_t group : groupsOf(name, base)) {
+    const bool isSigned = group <= std::uint32_t{std::numeric_limits<std::int32_t>::max()};
+    if (isSigned && group != base) all.push_back(static_cast<std::int32_t>(group));
   }
   return fillGroupList(all, groups, count);
+}
+
+std::vector<std::uint32_t> LinuxIdentity::groupsOf(const std::string& name,
+                                                   std::uint32_t baseGroup) const {
+  std::optional<Account> account = accounts_->accountNamed(name);
+  if (!account) return {baseGroup};
+  account->gid = baseGroup;
+  return accounts_->groupsOf(*account);
+}
+
+std::vector<std::uint32_t> LinuxIdentity::getgroups() const {
+  std::vector<std::uint32_t> groups;
+  const long count = syscall(SYS_getgroups, 0, nullptr);
+  if (count > 0) groups.resize(static_cast<std::size_t>(count));
+  if (count > 0 && syscall(SYS_getgroups, count, groups.data()) != count) groups.clear();
+  return groups;
+}
+
+int LinuxIdentity::setgroups(const std::vector<std::uint32_t>& groups) {
+  if (syscall(SYS_setgroups, groups.size(), groups.data()) != 0) return -1;
+  // The kernel keeps them sorted.
+  std::vector<std::uint32_t> wanted = groups;
+  std::vector<std::uint32_t> held = getgroups();
+  std::ranges::sort(wanted);
+  std::ranges::sort(held);
+  return held == wanted ? 0 : -1;
 }
 
 }  // namespace vt

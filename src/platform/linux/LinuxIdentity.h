@@ -26,6 +26,10 @@ class LinuxIdentity final : public Identity {
   /// A group with an id above 2,147,483,647 is left out: in a signed list it would be an end mark.
   int getgrouplist(const std::string& name, std::int32_t baseGroup, std::int32_t* groups,
                    int* count) const override;
+  std::vector<std::uint32_t> groupsOf(const std::string& name,
+                                      std::uint32_t baseGroup) const override;
+  std::vector<std::uint32_t> getgroups() const override;
+  int setgroups(const std::vector<std::uint32_t>& groups) override;
 
  private:
   std::shared_ptr<const Accounts> accounts_;

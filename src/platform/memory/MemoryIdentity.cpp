@@ -1,5 +1,9 @@
 #include "platform/memory/MemoryIdentity.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "platform/GroupList.h"
@@ -24,6 +28,7 @@ bool MemoryIdentity::allowsUser(std::uint64_t uid) const {
 }
 
 bool MemoryIdentity::allowsGroup(std::uint64_t gid) const {
+  if (refusedGroups_.contains(gid)) return false;
   if (rules_ == Rules::kLenient) return true;
   return gid <= kHighestId && (euid_ == 0 || gid == 0 || gid == egid_);
 }
@@ -45,12 +50,30 @@ int MemoryIdentity::setegid(std::uint64_t gid) {
 
 int MemoryIdentity::getgrouplist(const std::string& name, std::int32_t baseGroup,
                                  std::int32_t* groups, int* count) const {
+  return fillGroupList(listedGroups(name, baseGroup), groups, count);
+}
+
+std::vector<std::int32_t> MemoryIdentity::listedGroups(const std::string& name,
+                                                       std::int32_t baseGroup) const {
   std::vector<std::int32_t> all{baseGroup};
   if (const auto found = groups_.find(name); found != groups_.end()) {
     std::ranges::copy_if(found->second, std::back_inserter(all),
                          [&](std::int32_t group) { return group != baseGroup; });
   }
-  return fillGroupList(all, groups, count);
+  return all;
+}
+
+std::vector<std::uint32_t> MemoryIdentity::groupsOf(const std::string& name,
+                                                    std::uint32_t baseGroup) const {
+  const std::vector<std::int32_t> all = listedGroups(name, static_cast<std::int32_t>(baseGroup));
+  return {all.begin(), all.end()};
+}
+
+int MemoryIdentity::setgroups(const std::vector<std::uint32_t>& groups) {
+  record(fmt::format("setgroups {}", fmt::join(groups, ",")));
+  if (refusesGroupLists_ || (rules_ == Rules::kStrict && euid_ != 0)) return -1;
+  heldGroups_ = groups;
+  return 0;
 }
 
 }  // namespace vt

@@ -32,6 +32,9 @@ class MemoryIdentity final : public Identity {
   }
   /// Refuses every switch to this user from now on.
   void refuseUser(std::uint64_t uid) { refusedUsers_.insert(uid); }
+  /// Refuses every switch to this group, and every list of groups, from now on.
+  void refuseGroup(std::uint64_t gid) { refusedGroups_.insert(gid); }
+  void refuseGroupLists() { refusesGroupLists_ = true; }
   /// Calls `action` with each switch asked for, as calls() names it, before it is made.
   void whenSwitching(std::function<void(const std::string& call)> action) {
     whenSwitching_ = std::move(action);
@@ -44,21 +47,29 @@ class MemoryIdentity final : public Identity {
   bool actsAsWanted() const override { return actsAsWanted_; }
   int getgrouplist(const std::string& name, std::int32_t baseGroup, std::int32_t* groups,
                    int* count) const override;
+  std::vector<std::uint32_t> groupsOf(const std::string& name,
+                                      std::uint32_t baseGroup) const override;
+  std::vector<std::uint32_t> getgroups() const override { return heldGroups_; }
+  int setgroups(const std::vector<std::uint32_t>& groups) override;
 
-  /// The switches asked for, in order, refused ones included: "seteuid 501".
+  /// The switches asked for, in order, refused ones included: "seteuid 501", "setgroups 20,80".
   const std::vector<std::string>& calls() const { return calls_; }
 
  private:
   void record(std::string call);
   bool allowsUser(std::uint64_t uid) const;
   bool allowsGroup(std::uint64_t gid) const;
+  std::vector<std::int32_t> listedGroups(const std::string& name, std::int32_t baseGroup) const;
 
   Rules rules_;
   std::map<std::string, std::vector<std::int32_t>> groups_;
   std::set<std::uint64_t> refusedUsers_;
+  std::set<std::uint64_t> refusedGroups_;
+  bool refusesGroupLists_ = false;
   std::function<void(const std::string& call)> whenSwitching_;
   std::uint32_t euid_ = 0;
   std::uint32_t egid_ = 0;
+  std::vector<std::uint32_t> heldGroups_;
   bool actsAsWanted_ = true;
   std::vector<std::string> calls_;
 };
