@@ -43,6 +43,13 @@ class Files {
   virtual Result<std::string, FileError> read(const std::string& path,
                                               std::uint64_t limit) const = 0;
 
+  /// The whole content of a file of somebody's, as a searched file is opened: a link at the very
+  /// end is not followed, nobody is waited for, and the access time stays where the system allows.
+  /// An error when it is missing, unreadable, no regular file or longer than `limit` bytes, which
+  /// costs no reading then.
+  virtual Result<std::string, FileError> readContent(const std::string& path,
+                                                     std::uint64_t limit) const = 0;
+
   /// Replaces `path` by `bytes` as a whole: written beside with mode 0600, synced, renamed, and the
   /// folder synced. On an error the old file is as it was and nothing is left beside it; only when
   /// it is the folder that could not be synced, the new file stands already.

@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "metadata/live/OpenForReading.h"
 #include "platform/linux/AccountRecords.h"
 #include "platform/linux/Accounts.h"
 #include "platform/linux/FileDescriptor.h"
@@ -52,6 +53,30 @@ void removeLeftovers(const std::string& path) {
   }
 }
 
+/// All that the open regular file holds; `path` is for errors.
+Result<std::string, FileError> readAll(int descriptor, const std::string& path,
+                                       std::uint64_t limit) {
+  struct stat status{};
+  if (::fstat(descriptor, &status) != 0) return errorOf(errno, "stat", path);
+  if (!S_ISREG(status.st_mode)) {
+    return errorOf(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, "read", path);
+  }
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  if (size > limit) return errorOf(EFBIG, "read", path);
+  std::string bytes;
+  bytes.reserve(std::min(size + 1, limit));
+  char buffer[65536];
+  // The size is only what it was a moment ago, and 0 for files that are made while one reads.
+  while (true) {
+    const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errorOf(errno, "read", path);
+    if (count == 0) return bytes;
+    if (bytes.size() + static_cast<std::size_t>(count) > limit) return errorOf(EFBIG, "read", path);
+    bytes.append(buffer, static_cast<std::size_t>(count));
+  }
+}
+
 }  // namespace
 
 PosixFiles::PosixFiles() : PosixFiles(systemAccounts()) {}
@@ -80,22 +105,16 @@ Result<std::string, FileError> PosixFiles::read(const std::string& path,
   // Not blocking, or opening a FIFO would wait for somebody to write into it.
   const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) return errorOf(errno, "open", path);
-  struct stat status{};
-  if (::fstat(file.get(), &status) != 0) return errorOf(errno, "stat", path);
-  if (!S_ISREG(status.st_mode)) {
-    return errorOf(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, "read", path);
-  }
-  std::string bytes;
-  bytes.reserve(std::min<std::uint64_t>(static_cast<std::uint64_t>(status.st_size) + 1, limit));
-  char buffer[65536];
-  while (true) {
-    const ssize_t count = ::read(file.get(), buffer, sizeof buffer);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errorOf(errno, "read", path);
-    if (count == 0) return bytes;
-    if (bytes.size() + static_cast<std::size_t>(count) > limit) return errorOf(EFBIG, "read", path);
-    bytes.append(buffer, static_cast<std::size_t>(count));
-  }
+  return readAll(file.get(), path, limit);
+}
+
+Result<std::string, FileError> PosixFiles::readContent(const std::string& path,
+                                                       std::uint64_t limit) const {
+  // What follows a NUL would not be looked at.
+  if (path.find('\0') != std::string::npos) return errorOf(EINVAL, "open", path);
+  const Descriptor file = openForReading(AT_FDCWD, path.c_str(), 0);
+  if (!file.isOpen()) return errorOf(errno, "open", path);
+  return readAll(file.get(), path, limit);
 }
 
 std::optional<FileError> PosixFiles::writeAtomically(const std::string& path,

@@ -32,6 +32,8 @@ class PosixFiles : public Files {
   bool changeAttributes(const std::string& path, const std::string& groupOwner,
                         std::uint32_t permissions) override;
   Result<std::string, FileError> read(const std::string& path, std::uint64_t limit) const override;
+  Result<std::string, FileError> readContent(const std::string& path,
+                                             std::uint64_t limit) const override;
   [[nodiscard]] std::optional<FileError> writeAtomically(const std::string& path,
                                                          std::string_view bytes) override;
   [[nodiscard]] std::optional<FileError> keepAs(const std::string& path,

@@ -146,6 +146,52 @@ TEST(PosixFiles, RefusesToReadWhatIsNoFileOrTooLong) {
   EXPECT_EQ(files.read("/dev/zero", kPlenty).error().number, EINVAL);
 }
 
+TEST(PosixFiles, ReadsContentOfRegularFilesAlone) {
+  const TemporaryFolder folder;
+  writeFile(folder / "file", "1234");
+  std::filesystem::create_symlink(folder / "file", folder / "link");
+  std::filesystem::create_directory(folder / "real");
+  std::filesystem::create_symlink(folder / "real", folder / "linked");
+  writeFile(folder / "real/below", "56");
+  writeFile(folder / "sparse", "");
+  std::filesystem::resize_file(folder / "sparse", 100 << 20);
+  ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0644), 0);
+  struct Case {
+    const char* what;
+    std::string path;
+    int error;
+  };
+  const Case cases[] = {
+      {"file of just the limit", folder / "file", 0},
+      {"file below a link", folder / "linked/below", 0},
+      {"link", folder / "link", ELOOP},
+      {"folder", folder / "real", EISDIR},
+      {"pipe that nobody writes to", folder / "pipe", EINVAL},
+      {"too long", folder / "sparse", EFBIG},
+      {"device", "/dev/zero", EINVAL},
+      {"missing", folder / "missing", ENOENT},
+      {"no path", "", ENOENT},
+      {"name with a NUL", folder / std::string("file\0.webloc", 12), EINVAL},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const auto content = PosixFiles().readContent(c.path, 4);
+    EXPECT_EQ(content ? 0 : content.error().number, c.error);
+  }
+  EXPECT_EQ(*PosixFiles().readContent(folder / "file", 4), "1234");
+}
+
+TEST(PosixFiles, LeavesTheAccessTimeOfContentAlone) {
+  const TemporaryFolder folder;
+  writeFile(folder / "file", "1234");
+  const timespec longAgo[2] = {{1000, 0}, {1000, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, (folder / "file").c_str(), longAgo, 0), 0);
+  ASSERT_TRUE(PosixFiles().readContent(folder / "file", kPlenty));
+  struct stat status{};
+  ASSERT_EQ(stat((folder / "file").c_str(), &status), 0);
+  EXPECT_EQ(status.st_atime, 1000);
+}
+
 TEST(PosixFiles, KeepsWhatAReplacedFileHeld) {
   const TemporaryFolder folder;
   PosixFiles files;
