@@ -8,6 +8,7 @@ namespace vt {
 inline constexpr std::string_view kMDItemPath = "kMDItemPath";
 inline constexpr std::string_view kMDItemDisplayName = "kMDItemDisplayName";
 inline constexpr std::string_view kMDItemContentModificationDate = "kMDItemContentModificationDate";
+inline constexpr std::string_view kMDItemContentType = "kMDItemContentType";
 inline constexpr std::string_view kMDItemContentTypeTree = "kMDItemContentTypeTree";
 inline constexpr std::string_view kMDItemFSSize = "kMDItemFSSize";
 inline constexpr std::string_view kMDItemLastUsedDate = "kMDItemLastUsedDate";
