@@ -37,7 +37,7 @@ class Platform {
     std::shared_ptr<Resources> resources;
     std::shared_ptr<Host> host;
     std::shared_ptr<Process> process;
-    std::shared_ptr<ContentTypeTags> contentTypeTags;
+    std::shared_ptr<ContentTypeTags> contentTypeTags{};
     /// Put in front of the system's own fixed paths; "" for the machine itself.
     std::string rootPrefix;
   };

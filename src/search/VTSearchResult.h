@@ -85,11 +85,41 @@ class VTSearchResult final : public VTObject {
   /// The absolute path of the item, as bytes. Nil and throws as valueForKey().
   std::optional<std::string> pathForItemAtIndex(std::uint64_t index) const;
 
+  // Each of these treats a value that the item's record lacks as absent: a type that is not told is
+  // not this or that one, and a path that is not told leads nowhere. Past the end everything is
+  // absent; on a group without records each throws as valueForKey(). What looks at the file itself
+  // does so with the rights of the group's user (see ItemAccess), anew each time.
+
+  /// `mimeTypeForItemAtIndex:`
+  /// See mimeTypeAtPath(). Nil also when the user may not read the item.
+  std::optional<std::string> mimeTypeForItemAtIndex(std::uint64_t index) const;
+
+  /// `isEmailableAtIndex:`
+  /// Whether mail is set up and the item is no folder; however large it is.
+  bool isEmailableAtIndex(std::uint64_t index) const;
+
+  /// `webLinkForItemAtIndex:`
+  /// The address that a web link file holds (see isWebLinkPath() and webLinkInFile()), unchecked:
+  /// whoever makes a link of it must look at its scheme. Nil for any other item, one that the user
+  /// may not read, one that holds no address, and one above kMostWebLinkBytes.
+  std::optional<std::string> webLinkForItemAtIndex(std::uint64_t index) const;
+
+  /// `isDownloadableForItemAtIndex:`
+  /// Whether one of the search folders lets users download the item. Never for a folder.
+  bool isDownloadableForItemAtIndex(std::uint64_t index) const;
+
+  /// `isiPhoneDownloadableForItemAtIndex:`
+  /// Whether the item may be downloaded and is of a type that phones show: an image, text other
+  /// than RTF, a Word or Excel document of before 2007, or a PDF.
+  bool isiPhoneDownloadableForItemAtIndex(std::uint64_t index) const;
+
  protected:
   const Property* propertyNamed(std::string_view key) const override;
 
  private:
   VTSearchResult() = default;
+
+  bool typeTreeContains(std::string_view type, std::uint64_t index) const;
 
   // As given to the initialiser.
   std::shared_ptr<VTUser> user_;
