@@ -14,6 +14,7 @@
 #include "metadata/types/ShippedTypes.h"
 #include "platform/Platform.h"
 #include "platform/linux/AccountRecords.h"
+#include "platform/linux/LinuxContentTypeTags.h"
 #include "platform/linux/LinuxDirectoryServices.h"
 #include "platform/linux/LinuxIdentity.h"
 #include "platform/linux/LinuxProcess.h"
@@ -48,10 +49,10 @@ class FileServer {
                                           "others:x:61040:bob\n";
   }
 
-  void addFile(const std::string& name, std::time_t modified, uid_t owner, gid_t group,
-               mode_t mode) {
+  void addFile(const std::string& name, std::time_t modified, uid_t owner, gid_t group, mode_t mode,
+               std::string_view text = "x") {
     const std::string path = files_ / name;
-    std::ofstream(path) << "x";
+    std::ofstream(path) << text;
     const timespec times[2] = {{modified, 0}, {modified, 0}};
     ok_ = ok_ && utimensat(AT_FDCWD, path.c_str(), times, 0) == 0 &&
           chown(path.c_str(), owner, group) == 0 && chmod(path.c_str(), mode) == 0;
@@ -81,10 +82,26 @@ class FileServer {
       }
       report += "\n";
     }
-    return report + "uid " + std::to_string(geteuid()) + " gid " + std::to_string(getegid());
+    return report + ids();
+  }
+
+  /// What the user called `user` gets of the file `name` through a group that holds it: the address
+  /// in it and its MIME type; then the ids of the process. To be called in a child process.
+  std::string lookInto(const std::string& name, const std::string& user) const {
+    const PlatformScope scope(platform());
+    const auto records =
+        VTSearchResult::Records::make({Dictionary::make({{"kMDItemPath", files_ / name}})});
+    const auto group = VTSearchResult::initWithGroupKind(nullptr, records, nullptr, {},
+                                                         VTUser::userWithName(user));
+    const std::string link = group->webLinkForItemAtIndex(0).value_or("no link");
+    return link + ", " + group->mimeTypeForItemAtIndex(0).value_or("no type") + ", " + ids();
   }
 
  private:
+  static std::string ids() {
+    return "uid " + std::to_string(geteuid()) + " gid " + std::to_string(getegid());
+  }
+
   std::shared_ptr<Platform> platform() const {
     const std::string root = root_.path();
     const std::shared_ptr<const Accounts> accounts = accountsUnder(root);
@@ -94,6 +111,7 @@ class FileServer {
       if (!account) return std::nullopt;
       return Credentials(uid, account->gid, accounts->groupsOf(*account));
     };
+    const auto types = std::make_shared<const ContentTypes>(shippedTypes());
     const auto resources = std::make_shared<MemoryResources>();
     resources->add("ContentTypeGroups", "plist", std::string(SearchWorld::kKinds));
     return std::make_shared<Platform>(Platform::Services{
@@ -103,11 +121,12 @@ class FileServer {
             std::make_shared<AccountRecords>(accounts, passwordsUnder(root))),
         .runtimeBundles = nullptr,
         .metadataIndex = std::make_shared<LiveMetadataIndex>(
-            std::make_shared<ContentTypes>(shippedTypes()),
-            std::make_shared<query::AttributeSchema>(shippedSchema()), identity, credentialsOf),
+            types, std::make_shared<query::AttributeSchema>(shippedSchema()), identity,
+            credentialsOf),
         .resources = resources,
         .host = nullptr,
         .process = std::make_shared<LinuxProcess>(),
+        .contentTypeTags = std::make_shared<LinuxContentTypeTags>(types),
         .rootPrefix = root,
     });
   }
@@ -160,6 +179,62 @@ TEST_F(EndToEnd, LooksIntoTheFilesWithTheRightsOfTheUser) {
   EXPECT_EQ(search("kMDItemTextContent == \"x\"", "ann"),
             "Documents: editors'.txt her own.txt her group's.txt everybody.txt\n"
             "uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, OpensAWebLinkAsTheUserWhoAsks) {
+  struct Case {
+    const char* what;
+    uid_t owner;
+    gid_t group;
+    mode_t mode;
+    bool isOpened;
+  };
+  const Case cases[] = {
+      {"everybody's", 0, 0, 0644, true},
+      {"her own", kAnn, 0, 0400, true},
+      {"her group's", 0, kStaff, 0640, true},
+      {"editors'", 0, kEditors, 0640, true},
+      {"others'", 0, kOthers, 0640, false},
+      {"root's group's", 0, 0, 0640, false},
+      {"root's own", 0, 0, 0600, false},
+      {"denied to her", kAnn, kStaff, 0044, false},
+      {"denied to hers", 0, kEditors, 0604, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const std::string name = std::string(c.what) + ".webloc";
+    server_.addFile(name, 100, c.owner, c.group, c.mode, "{ URL = \"http://a.b/\"; }");
+    ASSERT_TRUE(server_.isComplete());
+    const auto looking = [&](const std::string& user) {
+      return inChildProcess([&] { return server_.lookInto(name, user); });
+    };
+    EXPECT_EQ(looking("ann"),
+              c.isOpened ? "http://a.b/, no type, uid 0 gid 0" : "no link, no type, uid 0 gid 0");
+    EXPECT_EQ(looking("root"), "http://a.b/, no type, uid 0 gid 0");
+  }
+}
+
+TEST_F(EndToEnd, OpensNoWebLinkInAFolderThatIsClosedToTheUser) {
+  server_.addFile("closed/page.webloc", 100, 0, 0, 0644, "{ URL = \"http://a.b/\"; }");
+  EXPECT_EQ(inChildProcess([&] { return server_.lookInto("closed/page.webloc", "ann"); }),
+            "no link, no type, uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, TellsTheMimeTypeOfWhatTheUserMayReadAlone) {
+  const auto looking = [&](const std::string& name) {
+    return inChildProcess([&] { return server_.lookInto(name, "ann"); });
+  };
+  EXPECT_EQ(looking("editors'.txt"), "no link, text/plain, uid 0 gid 0");
+  EXPECT_EQ(looking("others'.txt"), "no link, no type, uid 0 gid 0");
+  EXPECT_EQ(looking("closed/inside.txt"), "no link, no type, uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, ReturnsToTheGroupThatASearchLeftTheProcessIn) {
+  EXPECT_EQ(inChildProcess([&] {
+              if (setegid(kOthers) != 0) return std::string("cannot change the group");
+              return server_.lookInto("everybody.txt", "ann");
+            }),
+            "no link, text/plain, uid 0 gid 61040");
 }
 
 TEST_F(EndToEnd, IsItselfAgainAfterARejectedQuery) {
