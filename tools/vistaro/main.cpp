@@ -51,6 +51,9 @@ int main(int argc, char** argv) {
   addSearchCommand(app, status);
   addUserCommand(app, status);
   addKindsCommand(app, status);
+  addFoldersCommand(app, status);
+  addSavedCommand(app, status);
+  addSettingsCommand(app, status);
   addDoctorCommand(app, status);
   try {
     app.parse(argc, argv);
