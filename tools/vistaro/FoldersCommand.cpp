@@ -178,7 +178,7 @@ void addAddCommand(CLI::App& folders, int& status) {
   auto options = std::make_shared<AddOptions>();
   CLI::App* command =
       folders.add_subcommand("add", "Let a folder be searched; its path is stored without links");
-  command->add_option("folder", options->path, "The folder")->required();
+  command->add_option("folder", options->path, "The folder")->type_name("DIR")->required();
   command->add_option("--title", options->title, "What people see; else the folder's name");
   command->add_option("--group", options->group, "Add it to this group");
   command->add_flag("--download", options->download, "Allow downloads from it");

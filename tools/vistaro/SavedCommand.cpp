@@ -125,7 +125,8 @@ using Run = int (*)(const SavedOptions& options);
 CLI::App* addAction(CLI::App& saved, int& status, const char* name, const char* description,
                     const std::shared_ptr<SavedOptions>& options, Run run) {
   CLI::App* command = saved.add_subcommand(name, description);
-  command->add_option("--user", options->user, "Whose saved searches; for others only as root");
+  command->add_option("--user", options->user, "Whose saved searches; for others only as root")
+      ->type_name("USER");
   command->callback(
       [options, run, &status] { status = reportingErrors([&] { return run(*options); }); });
   return command;

@@ -16,11 +16,13 @@ void addSearchCommand(CLI::App& app, int& status) {
                    "Words that the name or the text must hold, or a query such as\n"
                    "'kMDItemFSName == \"*.pdf\"c && kMDItemFSSize > 1000000'")
       ->required();
-  command->add_option("--user", options->user, "Search on behalf of this user (root only)");
+  command->add_option("--user", options->user, "Search on behalf of this user (root only)")
+      ->type_name("USER");
   command
       ->add_option("--path", options->paths,
                    "Search below this folder; repeat for several.\n"
                    "Without it, the search folders of the settings")
+      ->type_name("DIR")
       ->allow_extra_args(false);  // one folder for each --path: what follows are words
   command
       ->add_option("--folder", options->folder,

@@ -55,6 +55,8 @@ int main(int argc, char** argv) {
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
   addDoctorCommand(app, status);
+  addCompletionCommand(app, status);
+  addManualCommand(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
