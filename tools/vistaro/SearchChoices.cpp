@@ -15,6 +15,7 @@
 #include "vistaro/Checkup.h"
 #include "vistaro/CommandError.h"
 #include "vistaro/FolderTree.h"
+#include "vistaro/OnBehalf.h"
 #include "vistaro/Terminal.h"
 
 namespace vt::tool {
@@ -58,16 +59,7 @@ std::string queryFor(const SearchOptions& options) {
 }
 
 std::shared_ptr<VTUser> userFor(const SearchOptions& options) {
-  if (!options.user) return nullptr;
-  std::shared_ptr<VTUser> user = VTUser::userWithName(*options.user);
-  if (!user) {
-    throw CommandError{kUsage, fmt::format("no user is called \"{}\"", printable(*options.user))};
-  }
-  const std::uint32_t self = Platform::current().identity().geteuid();
-  if (self != 0 && self != user->uid()) {
-    throw CommandError{kFailure, "only root can search on behalf of somebody else"};
-  }
-  return user;
+  return userOnBehalf(options.user, "search");
 }
 
 // On behalf of somebody else a path stays as it is typed, for the index to resolve with the rights

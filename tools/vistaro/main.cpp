@@ -51,6 +51,7 @@ int main(int argc, char** argv) {
   addSearchCommand(app, status);
   addUserCommand(app, status);
   addKindsCommand(app, status);
+  addMimeCommand(app, status);
   addFoldersCommand(app, status);
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
