@@ -117,6 +117,14 @@ class MetadataIndex {
 
   /// A value of the item; nothing when it lacks the attribute.
   virtual std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) = 0;
+
+  /// The names of all attributes that files can have, in the order of the index's table.
+  virtual std::vector<std::string> MDSchemaCopyAllAttributes() = 0;
+
+  /// What people call the attribute, in the language of this process; nothing when it has no such
+  /// name or is not known.
+  virtual std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
+      std::string_view attribute) = 0;
 };
 
 }  // namespace vt

@@ -1,9 +1,10 @@
 #include "platform/linux/LinuxPlatform.h"
 
-#include "metadata/query/AttributeSchema.h"
 #include "metadata/types/ContentTypes.h"
 #include "platform/linux/AccountRecords.h"
+#include "platform/linux/AttributeTables.h"
 #include "platform/linux/FolderResources.h"
+#include "platform/linux/LinuxBundles.h"
 #include "platform/linux/LinuxDirectoryServices.h"
 #include "platform/linux/LinuxHost.h"
 #include "platform/linux/LinuxIdentity.h"
@@ -24,36 +25,44 @@ LiveMetadataIndex::CredentialsProvider credentialsFrom(std::shared_ptr<const Acc
 }
 
 std::shared_ptr<MetadataIndex> liveIndex(const Resources& resources,
+                                         std::shared_ptr<const query::AttributeSchema> schema,
                                          std::shared_ptr<Identity> identity,
                                          std::shared_ptr<const Accounts> accounts) {
   auto types = ContentTypes::parse(resources.resource("types", "tsv").value_or(""));
-  auto schema = query::AttributeSchema::parse(resources.resource("attributes", "tsv").value_or(""));
   if (!types || !schema) return nullptr;
   return std::make_shared<LiveMetadataIndex>(
-      std::make_shared<const ContentTypes>(std::move(types).value()),
-      std::make_shared<const query::AttributeSchema>(std::move(schema).value()),
+      std::make_shared<const ContentTypes>(std::move(types).value()), std::move(schema),
       std::move(identity), credentialsFrom(std::move(accounts)));
 }
 
 }  // namespace
 
-std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
+Platform::Services linuxServices(const Environment& environment) {
   const std::string& root = environment.rootPrefix;
   const std::shared_ptr<const Accounts> accounts = accountsUnder(root);
   const auto records = std::make_shared<const AccountRecords>(accounts, passwordsUnder(root));
   const auto identity = std::make_shared<LinuxIdentity>(accounts);
   const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
-  return std::make_shared<Platform>(Platform::Services{
+  const auto attributes = attributesIn(*resources, environment.languages);
+  std::vector<ShippedStrings> strings;
+  if (attributes) strings.push_back(shortNameTable(*attributes));
+  return {
       .files = std::make_shared<PosixFiles>(accounts),
       .identity = identity,
       .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
       .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),
-      .metadataIndex = liveIndex(*resources, identity, accounts),
+      .metadataIndex = liveIndex(*resources, attributes, identity, accounts),
       .resources = resources,
       .host = std::make_shared<LinuxHost>(root),
       .process = std::make_shared<LinuxProcess>(),
+      .bundles = std::make_shared<LinuxBundles>(root, environment.languages, std::move(strings)),
+      .serviceDiscovery = nullptr,
       .rootPrefix = root,
-  });
+  };
+}
+
+std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
+  return std::make_shared<Platform>(linuxServices(environment));
 }
 
 }  // namespace vt

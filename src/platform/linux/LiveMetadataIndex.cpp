@@ -155,4 +155,18 @@ std::optional<Value> LiveMetadataIndex::MDItemCopyAttribute(MDItem& item,
   return entries ? std::optional<Value>(*entries) : std::nullopt;
 }
 
+std::vector<std::string> LiveMetadataIndex::MDSchemaCopyAllAttributes() {
+  std::vector<std::string> names;
+  names.reserve(schema_->attributes().size());
+  for (const query::Attribute& attribute : schema_->attributes()) names.push_back(attribute.name);
+  return names;
+}
+
+std::optional<std::string> LiveMetadataIndex::MDSchemaCopyDisplayNameForAttribute(
+    std::string_view attribute) {
+  const query::Attribute* known = schema_->find(attribute);
+  if (!known || known->displayName.empty()) return std::nullopt;
+  return known->displayName;
+}
+
 }  // namespace vt

@@ -59,6 +59,9 @@ class LiveMetadataIndex final : public MetadataIndex {
                                                                std::int32_t index) override;
   std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
   std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
+  std::vector<std::string> MDSchemaCopyAllAttributes() override;
+  std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
+      std::string_view attribute) override;
 
  private:
   std::optional<Credentials> callersCredentials() const;

@@ -165,4 +165,19 @@ std::optional<Value> MemoryMetadataIndex::MDItemCopyAttribute(MDItem& item,
   return static_cast<Item&>(item).get(attribute);
 }
 
+std::vector<std::string> MemoryMetadataIndex::MDSchemaCopyAllAttributes() {
+  record("MDSchemaCopyAllAttributes");
+  std::vector<std::string> names;
+  for (const auto& [name, displayName] : attributes_) names.push_back(name);
+  return names;
+}
+
+std::optional<std::string> MemoryMetadataIndex::MDSchemaCopyDisplayNameForAttribute(
+    std::string_view attribute) {
+  record("MDSchemaCopyDisplayNameForAttribute {}", attribute);
+  const auto found = std::ranges::find_if(
+      attributes_, [&](const auto& known) { return known.first == attribute; });
+  return found == attributes_.end() ? std::nullopt : found->second;
+}
+
 }  // namespace vt
