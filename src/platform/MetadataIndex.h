@@ -126,6 +126,14 @@ class MetadataIndex {
   /// Never nullptr.
   virtual std::shared_ptr<Dictionary> MDItemCopyAttributes(MDItem& item,
                                                            const std::vector<std::string>& names);
+
+  /// The names of all attributes that files can have, in the order of the index's table.
+  virtual std::vector<std::string> MDSchemaCopyAllAttributes() = 0;
+
+  /// What people call the attribute, in the language of this process; nothing when it has no such
+  /// name or is not known.
+  virtual std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
+      std::string_view attribute) = 0;
 };
 
 }  // namespace vt

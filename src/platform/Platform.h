@@ -12,6 +12,7 @@
 
 namespace vt {
 
+class Bundles;
 class ContentTypeTags;
 class DirectoryServices;
 class Files;
@@ -21,6 +22,7 @@ class MetadataIndex;
 class Process;
 class Resources;
 class RuntimeBundles;
+class ServiceDiscovery;
 
 /// One object per outside service, and the process-wide state of the library that stands on them.
 ///
@@ -37,6 +39,8 @@ class Platform {
     std::shared_ptr<Resources> resources;
     std::shared_ptr<Host> host;
     std::shared_ptr<Process> process;
+    std::shared_ptr<Bundles> bundles{};
+    std::shared_ptr<ServiceDiscovery> serviceDiscovery{};  ///< only of a server
     std::shared_ptr<ContentTypeTags> contentTypeTags{};
     /// Put in front of the system's own fixed paths; "" for the machine itself.
     std::string rootPrefix;
@@ -60,6 +64,8 @@ class Platform {
   Resources& resources() const { return need(services_.resources); }
   Host& host() const { return need(services_.host); }
   Process& process() const { return need(services_.process); }
+  Bundles& bundles() const { return need(services_.bundles); }
+  ServiceDiscovery& serviceDiscovery() const { return need(services_.serviceDiscovery); }
   ContentTypeTags& contentTypeTags() const { return need(services_.contentTypeTags); }
 
   /// Where one of the system's own fixed absolute paths lies: behind the root prefix.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "foundation/Date.h"
 
 namespace vt {
@@ -15,6 +17,8 @@ class Process {
   virtual double appKitVersionNumber() const = 0;
   /// `NSApplicationLoad`: makes sure the windowing application environment is there.
   virtual void loadApplication() = 0;
+  /// `processIdentifier`
+  virtual std::int32_t processIdentifier() const = 0;
   /// `srandomdev`: seeds the C library's random() from the system.
   virtual void seedRandom() = 0;
 };

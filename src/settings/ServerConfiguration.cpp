@@ -8,6 +8,7 @@
 #include "platform/Host.h"
 #include "platform/Platform.h"
 #include "settings/VTSettings.h"
+#include "settings/ValueText.h"
 
 namespace vt {
 namespace {
@@ -51,16 +52,6 @@ RestartFlag restartFlagOf(std::string_view name) {
 }
 
 bool isTrue(const std::optional<Value>& value) { return value && value->boolValue(); }
-
-// A setting as text, also where the file holds a number; nil for what has no plain text.
-std::optional<std::string> textOf(const std::optional<Value>& value) {
-  if (!value) return std::nullopt;
-  if (const std::string* text = value->get<std::string>()) return *text;
-  if (!value->isNumber()) return std::nullopt;
-  if (const double* real = value->get<double>()) return fmt::format("{}", *real);
-  if (const std::uint64_t* large = value->get<std::uint64_t>()) return fmt::format("{}", *large);
-  return fmt::format("{}", value->integerValue());
-}
 
 }  // namespace
 

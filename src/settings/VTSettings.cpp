@@ -70,6 +70,10 @@ const Property* VTSettings::propertyNamed(std::string_view key) const {
       property<&Settings::logFile>("logFile"),
       property<&Settings::cacheDirectory>("cacheDirectory"),
       property<&Settings::thumbnailCacheDirectory>("thumbnailCacheDirectory"),
+      property<&Settings::isUpAndRunning>("upAndRunning"),
+      property<&Settings::startTime>("startTime"),
+      property<&Settings::totalSearches>("totalSearches"),
+      property<&Settings::currentParallelUsers>("currentParallelUsers"),
 
       property<&Settings::serverName, &Settings::setServerName>("serverName"),
       property<&Settings::serverPort, &Settings::setServerPort>("serverPort"),

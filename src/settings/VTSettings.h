@@ -4,13 +4,17 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "foundation/Date.h"
 #include "foundation/Dictionary.h"
 #include "foundation/ObjectArray.h"
 #include "foundation/VTObject.h"
+#include "settings/AttributeNames.h"
 
 namespace vt {
 
+class NetService;
 class VTSearchFolder;
 class VTUser;
 
@@ -154,6 +158,34 @@ class VTSettings final : public VTObject {
   bool serverRestartNecessary() const { return serverRestartNecessary_; }
   void setServerRestartNecessary(bool necessary) { serverRestartNecessary_ = necessary; }
 
+  /// Makes the server known, once it is ready to serve: logs the installed version, loads the
+  /// attribute names, announces the web server on the local network, and writes the process id to
+  /// "/tmp/vistaro.pid" behind the root prefix. False when the server has no name, with a log line,
+  /// or the service cannot be made; the attribute names are loaded and the server counts as running
+  /// all the same. Does not wait for the network. Called again, it does all of it again. Needs a
+  /// platform with service discovery.
+  bool finishStartupOfServer();
+  /// The part of startup that builds the tables behind displayNameForAttributeKey() and
+  /// attributesForShortName(), for programs that do not serve. Logs one line.
+  void loadAttributeNames();
+
+  /// `displayNameForAttributeKey:`
+  /// The localised name of an attribute; nil when it has none, and before startup.
+  std::optional<std::string> displayNameForAttributeKey(const std::string& key) const;
+  /// `attributesForShortName:`
+  /// The names of the attributes that go by a short name, case ignored, as texts; nil when none
+  /// does, and before startup.
+  std::shared_ptr<Array> attributesForShortName(const std::string& shortName) const;
+  /// What the two look into.
+  const AttributeNames& attributeNames() const { return attributeNames_; }
+
+  /// Whether startup has loaded the attribute names, and when; nil before.
+  bool isUpAndRunning() const { return upAndRunning_; }
+  std::optional<Date> startTime() const { return startTime_; }
+  /// searchCount() and parallelUserCount().
+  std::uint64_t totalSearches() const { return searchCount_; }
+  std::uint64_t currentParallelUsers() const { return parallelUserCount_; }
+
   /// Queries executed and users logged in since the start; never saved.
   std::uint64_t searchCount() const { return searchCount_; }
   void setSearchCount(std::uint64_t count) { searchCount_ = count; }
@@ -177,8 +209,12 @@ class VTSettings final : public VTObject {
   std::shared_ptr<Dictionary> storage_;
   std::shared_ptr<ObjectArray<Dictionary>> sharePoints_;
   std::shared_ptr<ObjectArray<VTSearchFolder>> searchFolders_;
+  AttributeNames attributeNames_;
+  std::vector<std::shared_ptr<NetService>> bonjourServices_;  // announced while the process lives
+  std::optional<Date> startTime_;
   std::uint64_t searchCount_ = 0;
   std::uint64_t parallelUserCount_ = 0;
+  bool upAndRunning_ = false;
   bool saveSettingsOnChanges_ = true;
   bool serverRestartNecessary_ = false;
   bool fileHoldsMoreThanStorage_ = false;  // so that the next save must not just replace it

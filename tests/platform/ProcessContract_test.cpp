@@ -21,6 +21,11 @@ TEST_P(ProcessContract, NeverGoesBackInTime) {
   EXPECT_GE(before, kReferenceDate);
 }
 
+TEST_P(ProcessContract, KeepsItsNumber) {
+  EXPECT_GT(GetParam()->processIdentifier(), 0);
+  EXPECT_EQ(GetParam()->processIdentifier(), GetParam()->processIdentifier());
+}
+
 TEST_P(ProcessContract, ChecksPasswordsTheNewerWayUnlessToldOtherwise) {
   EXPECT_GT(GetParam()->appKitVersionNumber(), 949);
 }

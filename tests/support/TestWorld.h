@@ -8,9 +8,13 @@
 
 #include "platform/Platform.h"
 #include "platform/memory/FaultyFiles.h"
+#include "platform/memory/MemoryBundles.h"
 #include "platform/memory/MemoryHost.h"
+#include "platform/memory/MemoryIdentity.h"
+#include "platform/memory/MemoryMetadataIndex.h"
 #include "platform/memory/MemoryProcess.h"
 #include "platform/memory/MemoryResources.h"
+#include "platform/memory/MemoryServiceDiscovery.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -35,6 +39,10 @@ class TestWorld {
     services.process = process_;
     services.resources = resources_;
     services.host = host_;
+    services.identity = identity_;
+    services.metadataIndex = metadataIndex_;
+    services.bundles = bundles_;
+    services.serviceDiscovery = serviceDiscovery_;
     services.rootPrefix = root_.path();
     scope_.emplace(std::make_shared<Platform>(std::move(services)));
   }
@@ -58,6 +66,10 @@ class TestWorld {
   FaultyFiles& files() { return *files_; }
   MemoryProcess& process() { return *process_; }
   MemoryResources& resources() { return *resources_; }
+  MemoryIdentity& identity() { return *identity_; }
+  MemoryMetadataIndex& metadataIndex() { return *metadataIndex_; }
+  MemoryBundles& bundles() { return *bundles_; }
+  MemoryServiceDiscovery& serviceDiscovery() { return *serviceDiscovery_; }
 
  private:
   TemporaryFolder root_;
@@ -66,6 +78,11 @@ class TestWorld {
   std::shared_ptr<MemoryResources> resources_ = std::make_shared<MemoryResources>();
   std::shared_ptr<MemoryHost> host_ =
       std::make_shared<MemoryHost>(std::vector<std::string>{"files.example.org"});
+  std::shared_ptr<MemoryIdentity> identity_ = std::make_shared<MemoryIdentity>();
+  std::shared_ptr<MemoryMetadataIndex> metadataIndex_ = std::make_shared<MemoryMetadataIndex>();
+  std::shared_ptr<MemoryBundles> bundles_ = std::make_shared<MemoryBundles>();
+  std::shared_ptr<MemoryServiceDiscovery> serviceDiscovery_ =
+      std::make_shared<MemoryServiceDiscovery>();
   std::optional<PlatformScope> scope_;
 };
 

@@ -4,21 +4,13 @@
 #include <optional>
 #include <utility>
 
+#include "metadata/query/TableLines.h"
+
 namespace vt::query {
 
 namespace {
 
 constexpr std::size_t kColumns = 6;
-
-std::vector<std::string_view> split(std::string_view text, char separator) {
-  std::vector<std::string_view> parts;
-  for (;;) {
-    const std::size_t end = text.find(separator);
-    parts.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) return parts;
-    text.remove_prefix(end + 1);
-  }
-}
 
 std::optional<AttributeType> typeNamed(std::string_view name) {
   constexpr std::array<std::pair<std::string_view, AttributeType>, 4> kTypes = {{
@@ -39,15 +31,11 @@ bool isFlag(std::string_view text) { return text == "0" || text == "1"; }
 
 Result<AttributeSchema, SchemaError> AttributeSchema::parse(std::string_view tsv) {
   AttributeSchema schema;
-  std::size_t lineNumber = 0;
-  for (std::string_view line : split(tsv, '\n')) {
-    ++lineNumber;
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    if (line.empty() || lineNumber == 1) continue;
+  for (const TableLine& line : tableLines(tsv)) {
     const auto failure = [&](std::string message) {
-      return SchemaError{lineNumber, std::move(message)};
+      return SchemaError{line.number, std::move(message)};
     };
-    const std::vector<std::string_view> columns = split(line, '\t');
+    const std::vector<std::string_view>& columns = line.columns;
     if (columns.size() != kColumns) {
       return failure(std::to_string(columns.size()) + " columns instead of 6");
     }
@@ -60,7 +48,7 @@ Result<AttributeSchema, SchemaError> AttributeSchema::parse(std::string_view tsv
     attribute.isMultiValued = columns[2] == "1";
     attribute.displayName = columns[3];
     if (!columns[4].empty()) {
-      for (const std::string_view word : split(columns[4], ',')) {
+      for (const std::string_view word : splitAt(columns[4], ',')) {
         attribute.shortNames.emplace_back(word);
       }
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -17,7 +18,7 @@ struct Attribute {
   std::string name;  ///< as queries write it: "kMDItemAuthors"
   AttributeType type = AttributeType::kString;
   bool isMultiValued = false;           ///< its value is an array
-  std::string displayName;              ///< English, for people: "Authors"
+  std::string displayName;              ///< for people, English unless translated: "Authors"
   std::vector<std::string> shortNames;  ///< words for simple search fields: "author", "by"
   bool isSearchable = false;            ///< `*` looks at it; only ever a string attribute
 };
@@ -27,6 +28,8 @@ struct SchemaError {
   std::size_t line = 0;  ///< 1 is the first
   std::string message;
 };
+
+class AttributeTranslation;
 
 /// The attributes that queries may name and what is known of each. Immutable, so it may be shared
 /// between threads.
@@ -46,6 +49,9 @@ class AttributeSchema {
   const std::vector<Attribute>& attributes() const { return attributes_; }
 
  private:
+  friend AttributeSchema translated(const AttributeSchema& schema,
+                                    std::span<const AttributeTranslation> languages);
+
   struct Hash {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const {

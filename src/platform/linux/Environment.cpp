@@ -7,6 +7,7 @@
 
 #include <optional>
 
+#include "platform/linux/Languages.h"
 #include "platform/linux/PosixFiles.h"
 
 namespace vt {
@@ -77,6 +78,7 @@ Result<Environment, EnvironmentError> readEnvironment(const EnvironmentLookup& l
   environment.rootPrefix = root->value_or("");
   environment.indexFolder = index->value_or(environment.rootPrefix + "/var/lib/vistaro/index");
   environment.resourceFolder = resources->value_or(VT_DEFAULT_RESOURCE_FOLDER);
+  environment.languages = preferredLanguages(lookup);
   return environment;
 }
 

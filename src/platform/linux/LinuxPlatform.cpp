@@ -1,9 +1,10 @@
 #include "platform/linux/LinuxPlatform.h"
 
-#include "metadata/query/AttributeSchema.h"
 #include "metadata/types/ContentTypes.h"
 #include "platform/linux/AccountRecords.h"
+#include "platform/linux/AttributeTables.h"
 #include "platform/linux/FolderResources.h"
+#include "platform/linux/LinuxBundles.h"
 #include "platform/linux/LinuxContentTypeTags.h"
 #include "platform/linux/LinuxDirectoryServices.h"
 #include "platform/linux/LinuxHost.h"
@@ -24,43 +25,51 @@ LiveMetadataIndex::CredentialsProvider credentialsFrom(std::shared_ptr<const Acc
   };
 }
 
-std::shared_ptr<const ContentTypes> contentTypes(const Resources& resources) {
+std::shared_ptr<const ContentTypes> contentTypesIn(const Resources& resources) {
   auto types = ContentTypes::parse(resources.resource("types", "tsv").value_or(""));
   return types ? std::make_shared<const ContentTypes>(std::move(types).value()) : nullptr;
 }
 
-std::shared_ptr<MetadataIndex> liveIndex(const Resources& resources,
-                                         std::shared_ptr<const ContentTypes> types,
+std::shared_ptr<MetadataIndex> liveIndex(std::shared_ptr<const ContentTypes> types,
+                                         std::shared_ptr<const query::AttributeSchema> schema,
                                          std::shared_ptr<Identity> identity,
                                          std::shared_ptr<const Accounts> accounts) {
-  auto schema = query::AttributeSchema::parse(resources.resource("attributes", "tsv").value_or(""));
   if (!types || !schema) return nullptr;
-  return std::make_shared<LiveMetadataIndex>(
-      std::move(types), std::make_shared<const query::AttributeSchema>(std::move(schema).value()),
-      std::move(identity), credentialsFrom(std::move(accounts)));
+  return std::make_shared<LiveMetadataIndex>(std::move(types), std::move(schema),
+                                             std::move(identity),
+                                             credentialsFrom(std::move(accounts)));
 }
 
 }  // namespace
 
-std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
+Platform::Services linuxServices(const Environment& environment) {
   const std::string& root = environment.rootPrefix;
   const std::shared_ptr<const Accounts> accounts = accountsUnder(root);
   const auto records = std::make_shared<const AccountRecords>(accounts, passwordsUnder(root));
   const auto identity = std::make_shared<LinuxIdentity>(accounts);
   const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
-  const std::shared_ptr<const ContentTypes> types = contentTypes(*resources);
-  return std::make_shared<Platform>(Platform::Services{
+  const std::shared_ptr<const ContentTypes> types = contentTypesIn(*resources);
+  const auto attributes = attributesIn(*resources, environment.languages);
+  std::vector<ShippedStrings> strings;
+  if (attributes) strings.push_back(shortNameTable(*attributes));
+  return {
       .files = std::make_shared<PosixFiles>(accounts),
       .identity = identity,
       .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
       .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),
-      .metadataIndex = liveIndex(*resources, types, identity, accounts),
+      .metadataIndex = liveIndex(types, attributes, identity, accounts),
       .resources = resources,
       .host = std::make_shared<LinuxHost>(root),
       .process = std::make_shared<LinuxProcess>(),
+      .bundles = std::make_shared<LinuxBundles>(root, environment.languages, std::move(strings)),
+      .serviceDiscovery = nullptr,
       .contentTypeTags = std::make_shared<LinuxContentTypeTags>(types),
       .rootPrefix = root,
-  });
+  };
+}
+
+std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
+  return std::make_shared<Platform>(linuxServices(environment));
 }
 
 }  // namespace vt

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <sys/random.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <chrono>
 
@@ -12,6 +13,8 @@ namespace vt {
 Date LinuxProcess::now() const {
   return std::chrono::floor<std::chrono::microseconds>(std::chrono::system_clock::now());
 }
+
+std::int32_t LinuxProcess::processIdentifier() const { return ::getpid(); }
 
 void LinuxProcess::seedRandom() {
   unsigned seed = 0;

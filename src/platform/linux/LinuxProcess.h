@@ -12,6 +12,7 @@ class LinuxProcess final : public Process {
   double appKitVersionNumber() const override { return 1038.0; }
   /// Nothing to load: there is no windowing environment.
   void loadApplication() override {}
+  std::int32_t processIdentifier() const override;
   void seedRandom() override;
 };
 

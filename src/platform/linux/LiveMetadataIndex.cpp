@@ -163,4 +163,18 @@ std::vector<std::string> LiveMetadataIndex::MDItemCopyAttributeNames(MDItem& ite
   return names;
 }
 
+std::vector<std::string> LiveMetadataIndex::MDSchemaCopyAllAttributes() {
+  std::vector<std::string> names;
+  names.reserve(schema_->attributes().size());
+  for (const query::Attribute& attribute : schema_->attributes()) names.push_back(attribute.name);
+  return names;
+}
+
+std::optional<std::string> LiveMetadataIndex::MDSchemaCopyDisplayNameForAttribute(
+    std::string_view attribute) {
+  const query::Attribute* known = schema_->find(attribute);
+  if (!known || known->displayName.empty()) return std::nullopt;
+  return known->displayName;
+}
+
 }  // namespace vt

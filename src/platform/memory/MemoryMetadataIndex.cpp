@@ -185,4 +185,19 @@ std::shared_ptr<Dictionary> MemoryMetadataIndex::MDItemCopyAttributes(
   return values;
 }
 
+std::vector<std::string> MemoryMetadataIndex::MDSchemaCopyAllAttributes() {
+  record("MDSchemaCopyAllAttributes");
+  std::vector<std::string> names;
+  for (const auto& [name, displayName] : attributes_) names.push_back(name);
+  return names;
+}
+
+std::optional<std::string> MemoryMetadataIndex::MDSchemaCopyDisplayNameForAttribute(
+    std::string_view attribute) {
+  record("MDSchemaCopyDisplayNameForAttribute {}", attribute);
+  const auto found = std::ranges::find_if(
+      attributes_, [&](const auto& known) { return known.first == attribute; });
+  return found == attributes_.end() ? std::nullopt : found->second;
+}
+
 }  // namespace vt

@@ -33,6 +33,11 @@ class MemoryMetadataIndex final : public MetadataIndex {
   }
   void addHit(std::shared_ptr<const Dictionary> attributes);
 
+  /// Appends an attribute to those that files can have. Without any there is none.
+  void addAttribute(std::string name, std::optional<std::string> displayName) {
+    attributes_.emplace_back(std::move(name), std::move(displayName));
+  }
+
   /// Rejects every query from now on; none any more.
   void rejectQueries(MDQueryRejection rejection) { rejection_ = std::move(rejection); }
   void acceptQueries() { rejection_.reset(); }
@@ -77,6 +82,9 @@ class MemoryMetadataIndex final : public MetadataIndex {
   std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) override;
   std::shared_ptr<Dictionary> MDItemCopyAttributes(MDItem& item,
                                                    const std::vector<std::string>& names) override;
+  std::vector<std::string> MDSchemaCopyAllAttributes() override;
+  std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
+      std::string_view attribute) override;
 
  private:
   class Item;
@@ -88,6 +96,7 @@ class MemoryMetadataIndex final : public MetadataIndex {
 
   std::shared_ptr<const Identity> identity_;
   std::vector<std::shared_ptr<Item>> hits_;
+  std::vector<std::pair<std::string, std::optional<std::string>>> attributes_;
   std::optional<MDQueryRejection> rejection_;
   MDQueryNotes notes_;
   std::function<void()> whenExecuting_;

@@ -16,12 +16,16 @@ class MemoryProcess final : public Process {
   void loadApplication() override { ++loadApplicationCalls_; }
   int loadApplicationCalls() const { return loadApplicationCalls_; }
 
+  std::int32_t processIdentifier() const override { return processIdentifier_; }
+  void setProcessIdentifier(std::int32_t identifier) { processIdentifier_ = identifier; }
+
   void seedRandom() override { ++seedRandomCalls_; }
   int seedRandomCalls() const { return seedRandomCalls_; }
 
  private:
   Date now_ = kReferenceDate;
   double appKitVersionNumber_ = 1038.0;
+  std::int32_t processIdentifier_ = 4711;
   int loadApplicationCalls_ = 0;
   int seedRandomCalls_ = 0;
 };

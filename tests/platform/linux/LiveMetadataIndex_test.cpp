@@ -360,6 +360,15 @@ TEST_F(LiveMetadataIndexTest, NotesAUserThatItDoesNotKnow) {
   EXPECT_TRUE(index_.MDQueryCopyNotes(*query).hasNoAccount);
 }
 
+TEST_F(LiveMetadataIndexTest, ListsTheAttributesOfItsTableAndTheirNames) {
+  const std::vector<std::string> all = index_.MDSchemaCopyAllAttributes();
+  ASSERT_EQ(all.size(), 167U);
+  EXPECT_EQ(all.front(), "kMDItemFSName");
+  EXPECT_EQ(all.back(), "kMDItemOriginalSource");
+  EXPECT_EQ(index_.MDSchemaCopyDisplayNameForAttribute("kMDItemAuthors"), "Authors");
+  EXPECT_EQ(index_.MDSchemaCopyDisplayNameForAttribute("not.an.attribute"), std::nullopt);
+}
+
 TEST_F(LiveMetadataIndexTest, ReportsItsProgressWhileAskedTo) {
   tree_.file("a/b");
   std::uint64_t seen = 0;

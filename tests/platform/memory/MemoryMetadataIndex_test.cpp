@@ -165,5 +165,16 @@ TEST(MemoryMetadataIndex, WritesNothingDownOnceTheRecordingIsStopped) {
   EXPECT_TRUE(index.calls().empty());
 }
 
+TEST(MemoryMetadataIndex, ListsItsAttributesAndTheirNames) {
+  MemoryMetadataIndex index;
+  EXPECT_TRUE(index.MDSchemaCopyAllAttributes().empty());
+  index.addAttribute("b", "Bee");
+  index.addAttribute("a", std::nullopt);
+  EXPECT_THAT(index.MDSchemaCopyAllAttributes(), ElementsAre("b", "a"));
+  EXPECT_EQ(index.MDSchemaCopyDisplayNameForAttribute("b"), "Bee");
+  EXPECT_EQ(index.MDSchemaCopyDisplayNameForAttribute("a"), std::nullopt);
+  EXPECT_EQ(index.MDSchemaCopyDisplayNameForAttribute("c"), std::nullopt);
+}
+
 }  // namespace
 }  // namespace vt
