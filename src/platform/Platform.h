@@ -20,6 +20,7 @@ class MetadataIndex;
 class Process;
 class Resources;
 class RuntimeBundles;
+class Tasks;
 
 /// One object per outside service, and the process-wide state of the library that stands on them.
 ///
@@ -36,6 +37,7 @@ class Platform {
     std::shared_ptr<Resources> resources;
     std::shared_ptr<Host> host;
     std::shared_ptr<Process> process;
+    std::shared_ptr<Tasks> tasks;
     /// Put in front of the system's own fixed paths; "" for the machine itself.
     std::string rootPrefix;
   };
@@ -58,6 +60,7 @@ class Platform {
   Resources& resources() const { return need(services_.resources); }
   Host& host() const { return need(services_.host); }
   Process& process() const { return need(services_.process); }
+  Tasks& tasks() const { return need(services_.tasks); }
 
   /// Where one of the system's own fixed absolute paths lies: behind the root prefix.
   std::string systemPath(std::string_view fixedPath) const {

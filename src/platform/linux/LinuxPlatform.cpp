@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxIdentity.h"
 #include "platform/linux/LinuxProcess.h"
 #include "platform/linux/LinuxRuntimeBundles.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LiveMetadataIndex.h"
 #include "platform/linux/PosixFiles.h"
 
@@ -52,6 +53,7 @@ std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
       .resources = resources,
       .host = std::make_shared<LinuxHost>(root),
       .process = std::make_shared<LinuxProcess>(),
+      .tasks = std::make_shared<LinuxTasks>(),
       .rootPrefix = root,
   });
 }
