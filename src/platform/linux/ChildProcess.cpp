@@ -88,6 +88,12 @@ ChildProcess::ChildProcess(const std::string& path, std::vector<std::string> arg
   // its children itself, the number may already be somebody else's.
   handle_.emplace(static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0)));
   if (*handle_) return;
+  if (errno == ESRCH) {
+    // It has ended and was collected already. Like its handle, this one is always readable.
+    handle_.reset();
+    handle_.emplace(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (*handle_) return;
+  }
   startError_ = errno;
   ::kill(pid_, SIGKILL);
   collect();
