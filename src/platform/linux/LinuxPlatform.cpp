@@ -12,6 +12,7 @@
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LiveMetadataIndex.h"
 #include "platform/linux/PosixFiles.h"
+#include "platform/linux/SharePointRecordSource.h"
 
 namespace vt {
 namespace {
@@ -41,7 +42,9 @@ std::shared_ptr<MetadataIndex> liveIndex(const Resources& resources,
 std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
   const std::string& root = environment.rootPrefix;
   const std::shared_ptr<const Accounts> accounts = accountsUnder(root);
-  const auto records = std::make_shared<const AccountRecords>(accounts, passwordsUnder(root));
+  const auto tasks = std::make_shared<LinuxTasks>();
+  const auto records = std::make_shared<const AccountRecords>(
+      accounts, passwordsUnder(root), std::make_shared<const SharePointRecordSource>(tasks, root));
   const auto identity = std::make_shared<LinuxIdentity>(accounts);
   const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
   return std::make_shared<Platform>(Platform::Services{
@@ -53,7 +56,7 @@ std::shared_ptr<Platform> linuxPlatform(const Environment& environment) {
       .resources = resources,
       .host = std::make_shared<LinuxHost>(root),
       .process = std::make_shared<LinuxProcess>(),
-      .tasks = std::make_shared<LinuxTasks>(),
+      .tasks = tasks,
       .rootPrefix = root,
   });
 }
