@@ -58,11 +58,11 @@ std::string_view withoutQuotes(std::string_view path) {
   return inner.find('"') == inner.npos ? inner : path;
 }
 
-/// Whether Samba puts something into the path that depends on who asks: "%U", "%$(NAME)".
+/// Whether Samba puts something into the path that depends on who asks or when: "%U", "%$(NAME)".
 bool holdsVariable(std::string_view path) {
+  constexpr std::string_view kVariables = "DGHIJLMNPRSTUVadghijmptuvw$";
   for (std::size_t at = 0; (at = path.find('%', at)) != path.npos; ++at) {
-    const char next = at + 1 < path.size() ? path[at + 1] : '\0';
-    if ((next >= 'a' && next <= 'z') || (next >= 'A' && next <= 'Z') || next == '$') return true;
+    if (at + 1 < path.size() && kVariables.find(path[at + 1]) != path.npos) return true;
   }
   return false;
 }
