@@ -44,6 +44,13 @@ inline constexpr const char* kDS1AttrPrimaryGroupID = "dsAttrTypeStandard:Primar
 inline constexpr const char* kDS1AttrDistinguishedName = "dsAttrTypeStandard:RealName";
 inline constexpr const char* kDSNAttrGroupMembership = "dsAttrTypeStandard:GroupMembership";
 
+// Attribute types of share points.
+inline constexpr const char* kDSNativeAttrDirectoryPath = "dsAttrTypeNative:directory_path";
+inline constexpr const char* kDSNativeAttrAFPName = "dsAttrTypeNative:afp_name";
+inline constexpr const char* kDSNativeAttrSMBName = "dsAttrTypeNative:smb_name";
+inline constexpr const char* kDSNativeAttrAFPShared = "dsAttrTypeNative:afp_shared";
+inline constexpr const char* kDSNativeAttrSMBShared = "dsAttrTypeNative:smb_shared";
+
 // Authentication methods, in the order in which they are compared.
 inline constexpr const char* kDSStdAuthNodeNativeNoClearText =
     "dsAuthMethodStandard:dsAuthNodeNativeCannotUseClearText";

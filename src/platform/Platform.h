@@ -23,6 +23,7 @@ class Process;
 class Resources;
 class RuntimeBundles;
 class ServiceDiscovery;
+class Tasks;
 
 /// One object per outside service, and the process-wide state of the library that stands on them.
 ///
@@ -42,6 +43,7 @@ class Platform {
     std::shared_ptr<Bundles> bundles{};
     std::shared_ptr<ServiceDiscovery> serviceDiscovery{};  ///< only of a server
     std::shared_ptr<ContentTypeTags> contentTypeTags{};
+    std::shared_ptr<Tasks> tasks{};
     /// Put in front of the system's own fixed paths; "" for the machine itself.
     std::string rootPrefix;
   };
@@ -67,6 +69,7 @@ class Platform {
   Bundles& bundles() const { return need(services_.bundles); }
   ServiceDiscovery& serviceDiscovery() const { return need(services_.serviceDiscovery); }
   ContentTypeTags& contentTypeTags() const { return need(services_.contentTypeTags); }
+  Tasks& tasks() const { return need(services_.tasks); }
 
   /// Where one of the system's own fixed absolute paths lies: behind the root prefix.
   std::string systemPath(std::string_view fixedPath) const {

@@ -196,8 +196,8 @@ DirStatus RecordDirectoryServices::dsDataListDeallocate(DirReference, DataList* 
   return status;
 }
 
-std::vector<DirectoryRecord> RecordDirectoryServices::matches(const RecordQuery& query) const {
-  std::vector<DirectoryRecord> found;
+std::deque<DirectoryRecord> RecordDirectoryServices::matches(const RecordQuery& query) const {
+  std::deque<DirectoryRecord> found;
   for (const std::string& type : query.types->strings) {
     for (const std::string& name : query.names->strings) {
       std::vector<DirectoryRecord> records = name == kDSRecordsAll
@@ -213,7 +213,7 @@ std::vector<DirectoryRecord> RecordDirectoryServices::matches(const RecordQuery&
 }
 
 DirStatus RecordDirectoryServices::putRecords(DataBuffer& buffer,
-                                              std::vector<DirectoryRecord> records,
+                                              std::deque<DirectoryRecord> records,
                                               std::uint32_t& count, DirContinueData* continueData) {
   buffer.length = 0;
   auto next = records.begin();
@@ -239,7 +239,7 @@ DirStatus RecordDirectoryServices::dsGetRecordList(
     std::uint32_t* count, DirContinueData* continueData) {
   if (count) *count = 0;
   // Taken out first: whatever happens next, the old continuation is used up.
-  std::optional<std::vector<DirectoryRecord>> rest;
+  std::optional<std::deque<DirectoryRecord>> rest;
   if (continueData && *continueData != 0) {
     if (auto remaining = continuations_.extract(*continueData))
       rest = std::move(remaining.mapped());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
@@ -105,8 +106,8 @@ class RecordDirectoryServices : public DirectoryServices {
     const DataList* attributes;
     bool attributeInformationOnly;
   };
-  std::vector<DirectoryRecord> matches(const RecordQuery& query) const;
-  DirStatus putRecords(DataBuffer& buffer, std::vector<DirectoryRecord> records,
+  std::deque<DirectoryRecord> matches(const RecordQuery& query) const;
+  DirStatus putRecords(DataBuffer& buffer, std::deque<DirectoryRecord> records,
                        std::uint32_t& count, DirContinueData* continueData);
 
   std::shared_ptr<const RecordSource> source_;
@@ -121,7 +122,7 @@ class RecordDirectoryServices : public DirectoryServices {
   Numbered<List> lists_;
   Numbered<DirectoryRecord> attributeLists_;
   Numbered<DirectoryAttribute> valueLists_;
-  Numbered<std::vector<DirectoryRecord>> continuations_;
+  Numbered<std::deque<DirectoryRecord>> continuations_;  // taken from in front, buffer by buffer
   Owned<DataBuffer> buffers_;
   Owned<DataNode> dataNodes_;
   Owned<RecordEntry> recordEntries_;

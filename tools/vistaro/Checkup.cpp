@@ -20,7 +20,9 @@
 #include "platform/Platform.h"
 #include "platform/Resources.h"
 #include "platform/linux/AccountRecords.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/PamPasswords.h"
+#include "platform/linux/SharePointRecordSource.h"
 #include "settings/VTSettings.h"
 
 namespace vt::tool {
@@ -160,6 +162,18 @@ std::vector<Diagnosis> checkSettings() {
       fmt::format("{} is damaged{}: the server starts with empty settings and keeps the "
                   "file as Settings.plist.damaged at its next save",
                   *path, tree ? std::string() : fmt::format(" ({})", tree.error().description())))};
+}
+
+std::vector<Diagnosis> checkShares() {
+  const auto shares =
+      SharePointRecordSource(std::make_shared<LinuxTasks>(), rootPrefix()).listing();
+  const std::size_t count = shares.records.size();
+  std::vector<Diagnosis> found{
+      ok(count == 0   ? std::string("no folder is shared over SMB or AFP")
+         : count == 1 ? std::string("1 folder is shared over SMB or AFP")
+                      : fmt::format("{} folders are shared over SMB or AFP", count))};
+  for (const std::string& text : shares.notes) found.push_back(note(text));
+  return found;
 }
 
 }  // namespace vt::tool

@@ -19,5 +19,6 @@ std::vector<Diagnosis> checkResources();
 std::vector<Diagnosis> checkAccounts();
 std::vector<Diagnosis> checkPasswords();
 std::vector<Diagnosis> checkSettings();
+std::vector<Diagnosis> checkShares();
 
 }  // namespace vt::tool

@@ -13,6 +13,7 @@ void addMimeCommand(CLI::App& app, int& status);
 void addFoldersCommand(CLI::App& app, int& status);
 void addSavedCommand(CLI::App& app, int& status);
 void addSettingsCommand(CLI::App& app, int& status);
+void addSharesCommand(CLI::App& app, int& status);
 void addDoctorCommand(CLI::App& app, int& status);
 void addCompletionCommand(CLI::App& app, int& status);
 void addManualCommand(CLI::App& app, int& status);

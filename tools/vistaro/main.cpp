@@ -55,6 +55,7 @@ int main(int argc, char** argv) {
   addFoldersCommand(app, status);
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
+  addSharesCommand(app, status);
   addDoctorCommand(app, status);
   addCompletionCommand(app, status);
   addManualCommand(app, status);

@@ -11,8 +11,10 @@
 #include "platform/linux/LinuxIdentity.h"
 #include "platform/linux/LinuxProcess.h"
 #include "platform/linux/LinuxRuntimeBundles.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LiveMetadataIndex.h"
 #include "platform/linux/PosixFiles.h"
+#include "platform/linux/SharePointRecordSource.h"
 
 namespace vt {
 namespace {
@@ -45,7 +47,9 @@ std::shared_ptr<MetadataIndex> liveIndex(std::shared_ptr<const ContentTypes> typ
 Platform::Services linuxServices(const Environment& environment) {
   const std::string& root = environment.rootPrefix;
   const std::shared_ptr<const Accounts> accounts = accountsUnder(root);
-  const auto records = std::make_shared<const AccountRecords>(accounts, passwordsUnder(root));
+  const auto tasks = std::make_shared<LinuxTasks>();
+  const auto records = std::make_shared<const AccountRecords>(
+      accounts, passwordsUnder(root), std::make_shared<const SharePointRecordSource>(tasks, root));
   const auto identity = std::make_shared<LinuxIdentity>(accounts);
   const auto resources = std::make_shared<FolderResources>(environment.resourceFolder);
   const std::shared_ptr<const ContentTypes> types = contentTypesIn(*resources);
@@ -64,6 +68,7 @@ Platform::Services linuxServices(const Environment& environment) {
       .bundles = std::make_shared<LinuxBundles>(root, environment.languages, std::move(strings)),
       .serviceDiscovery = nullptr,
       .contentTypeTags = std::make_shared<LinuxContentTypeTags>(types),
+      .tasks = tasks,
       .rootPrefix = root,
   };
 }
