@@ -157,7 +157,7 @@ SharedFolders readUsershareFiles(const std::string& folder,
   }
   for (const std::string& name : *names) {
     const Result<SharedFolder, ConfigurationError> share =
-        readUsershare(folder + "/" + name, name, configuration);
+        readUsershare(fmt::format("{}/{}", folder, name), name, configuration);
     if (!share) {
       shares.addNote(kUsershare, name, share.error().text);
     } else if (shares.folders.size() >= configuration.usershareLimit) {
