@@ -12,7 +12,7 @@ using testing::Not;
 class Command : public CommandTest {};
 
 TEST_F(Command, HelpsEverywhere) {
-  for (const char* command : {"search", "user", "kinds", "doctor"}) {
+  for (const char* command : {"search", "user", "kinds", "attributes", "status", "doctor"}) {
     SCOPED_TRACE(command);
     const ProgramResult result = vistaro({command, "--help"});
     EXPECT_EQ(result.exitCode, 0);
@@ -25,9 +25,10 @@ TEST_F(Command, HelpsEverywhere) {
 TEST_F(Command, RefusesToGuessACommand) {
   const ProgramResult none = vistaro({});
   EXPECT_EQ(none.exitCode, 2);
-  EXPECT_EQ(
-      none.errors,
-      "vistaro: name a command: search, user, kinds or doctor; `vistaro --help` tells more\n");
+  EXPECT_EQ(none.errors,
+            "vistaro: name a command: search, user, kinds, attributes, status or doctor; `vistaro "
+            "--help` "
+            "tells more\n");
   const ProgramResult unknown = vistaro({"serach", "x"});
   EXPECT_EQ(unknown.exitCode, 2);
   EXPECT_EQ(unknown.errors,

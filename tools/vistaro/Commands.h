@@ -9,6 +9,8 @@ namespace vt::tool {
 void addSearchCommand(CLI::App& app, int& status);
 void addUserCommand(CLI::App& app, int& status);
 void addKindsCommand(CLI::App& app, int& status);
+void addAttributesCommand(CLI::App& app, int& status);
+void addStatusCommand(CLI::App& app, int& status);
 void addDoctorCommand(CLI::App& app, int& status);
 
 }  // namespace vt::tool

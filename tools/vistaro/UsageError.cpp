@@ -20,7 +20,7 @@ std::string whatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
     if (commands.empty()) return fmt::format("there is no command \"{}\"", first);
     return fmt::format("\"{}\" is one argument too many", first);
   }
-  if (commands.empty()) return "name a command: search, user, kinds or doctor";
+  if (commands.empty()) return "name a command: search, user, kinds, attributes, status or doctor";
   std::string text = printable(error.what());
   if (error.get_name() == "ArgumentMismatch") {
     const std::string option = text.substr(0, text.find(':'));

@@ -51,6 +51,8 @@ int main(int argc, char** argv) {
   addSearchCommand(app, status);
   addUserCommand(app, status);
   addKindsCommand(app, status);
+  addAttributesCommand(app, status);
+  addStatusCommand(app, status);
   addDoctorCommand(app, status);
   try {
     app.parse(argc, argv);
