@@ -37,8 +37,15 @@ std::chrono::milliseconds fastestPublication() {
   return fastest;
 }
 
+/// Where every bus of this process is, one after the other: the D-Bus library reads the address
+/// once in the life of a process.
+const TemporaryFolder& busFolder() {
+  static const TemporaryFolder kFolder;
+  return kFolder;
+}
+
 void usePrivateBus() {
-  ::setenv("DBUS_SYSTEM_BUS_ADDRESS", PrivateBus::address().c_str(), /*overwrite=*/1);
+  ::setenv("DBUS_SYSTEM_BUS_ADDRESS", PrivateBus::addressIn(busFolder()).c_str(), /*overwrite=*/1);
 }
 
 TEST(LinuxServiceDiscoveryWithoutBus, GivesUpAtOnceAndLogsIt) {
@@ -69,7 +76,8 @@ class LinuxServiceDiscoveryTest : public testing::Test {
  protected:
   void SetUp() override {
     if (geteuid() != 0) GTEST_SKIP() << "only root can start an Avahi daemon";
-    bus_ = std::make_unique<PrivateBus>();
+    lock_ = std::make_unique<NetworkLock>();
+    bus_ = std::make_unique<PrivateBus>(busFolder(), "vistaro-test");
     usePrivateBus();
   }
 
@@ -96,6 +104,7 @@ class LinuxServiceDiscoveryTest : public testing::Test {
   }
 
   LogCapture log_;
+  std::unique_ptr<NetworkLock> lock_;
   std::unique_ptr<PrivateBus> bus_;
   std::shared_ptr<ServiceDiscovery> discovery_ = linuxServiceDiscovery();
 };
@@ -137,6 +146,23 @@ TEST_F(LinuxServiceDiscoveryTest, TakesAnotherNameWhenOneIsTaken) {
   EXPECT_THAT(seen, HasSubstr(";9001;"));
 }
 
+TEST_F(LinuxServiceDiscoveryTest, TakesAnotherNameWhenAnotherHostHasIt) {
+  if (!PrivateBus::canHaveOwnMounts()) GTEST_SKIP() << "only one daemon can run here";
+  const TemporaryFolder folder;
+  PrivateBus otherHost(folder, "vistaro-other");
+  otherHost.startAvahi(/*publishesAddresses=*/false);
+  RunningProgram rival({"avahi-publish", "-s", "Studio Vistaro", "_http._tcp", "9001"},
+                       otherHost.environment());
+  ASSERT_NE(rival.waitForLine("Established"), "") << rival.output();
+  bus_->startAvahi();
+  const auto service = published("Studio Vistaro", 9000);
+  const std::string seen = networkOnce([](const std::string& now) {
+    return now.find(";vistaro-test.local;127.0.0.1;9000;") != std::string::npos;
+  });
+  EXPECT_THAT(seen, HasSubstr(";Studio\\032Vistaro\\032\\0352;"));
+  EXPECT_THAT(seen, HasSubstr(";vistaro-test.local;127.0.0.1;9000;"));
+}
+
 TEST_F(LinuxServiceDiscoveryTest, AnnouncesToADaemonThatComesLaterAndToOneThatComesBack) {
   const auto service = published("Late", 9000);
   EXPECT_THAT(log_.lines(), ElementsAre("The service \"Late\" is not announced on the network for "
@@ -171,9 +197,10 @@ class ServerProcessTest : public LinuxServiceDiscoveryTest {
   std::unique_ptr<RunningProgram> server() const {
     return std::make_unique<RunningProgram>(
         std::vector<std::string>{VT_TEST_SERVER},
-        std::map<std::string, std::string>{{"VISTARO_ROOT", root_.path().string()},
-                                           {"VISTARO_RESOURCES", VT_RESOURCES},
-                                           {"DBUS_SYSTEM_BUS_ADDRESS", PrivateBus::address()}});
+        std::map<std::string, std::string>{
+            {"VISTARO_ROOT", root_.path().string()},
+            {"VISTARO_RESOURCES", VT_RESOURCES},
+            {"DBUS_SYSTEM_BUS_ADDRESS", PrivateBus::addressIn(busFolder())}});
   }
 
   TemporaryFolder root_;
