@@ -31,10 +31,11 @@ function(vt_program name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 endfunction()
 
-# vt_test(NAME SOURCES a_test.cpp … LIBRARIES lib … [TIMEOUT seconds])
-# Every TEST becomes a ctest entry of its own, so that a failure names itself.
+# vt_test(NAME SOURCES a_test.cpp … LIBRARIES lib … [TIMEOUT seconds] [LOCK resource])
+# Every TEST becomes a ctest entry of its own, so that a failure names itself. Tests with the same
+# LOCK never run at once.
 function(vt_test name)
-  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "" "TIMEOUT;LOCK" "SOURCES;LIBRARIES" ${ARGN})
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 120)
   endif()
@@ -44,7 +45,11 @@ function(vt_test name)
     VT_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
     VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
   target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+  set(properties TIMEOUT ${ARG_TIMEOUT})
+  if(ARG_LOCK)
+    list(APPEND properties RESOURCE_LOCK ${ARG_LOCK})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
 
 # vt_fuzzer(NAME SOURCES a_fuzz.cpp LIBRARIES lib …)

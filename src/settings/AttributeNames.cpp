@@ -7,7 +7,7 @@
 #include "platform/Identity.h"
 #include "platform/MetadataIndex.h"
 #include "platform/Platform.h"
-#include "platform/SystemBundles.h"
+#include "platform/SystemPaths.h"
 #include "settings/LetterCase.h"
 
 namespace vt {

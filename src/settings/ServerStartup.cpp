@@ -8,7 +8,7 @@
 #include "platform/Platform.h"
 #include "platform/Process.h"
 #include "platform/ServiceDiscovery.h"
-#include "platform/SystemBundles.h"
+#include "platform/SystemPaths.h"
 #include "settings/LetterCase.h"
 #include "settings/VTSettings.h"
 #include "settings/ValueText.h"
@@ -18,7 +18,6 @@ namespace {
 
 constexpr std::string_view kServiceDomain;  // the default domains
 constexpr std::string_view kServiceType = "_http._tcp.";
-constexpr std::string_view kProcessIdFile = "/tmp/vistaro.pid";
 constexpr std::string_view kLocalDomain = "local";
 
 void logVersion() {

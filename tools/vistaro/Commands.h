@@ -14,6 +14,8 @@ void addFoldersCommand(CLI::App& app, int& status);
 void addSavedCommand(CLI::App& app, int& status);
 void addSettingsCommand(CLI::App& app, int& status);
 void addSharesCommand(CLI::App& app, int& status);
+void addAttributesCommand(CLI::App& app, int& status);
+void addStatusCommand(CLI::App& app, int& status);
 void addDoctorCommand(CLI::App& app, int& status);
 void addCompletionCommand(CLI::App& app, int& status);
 void addManualCommand(CLI::App& app, int& status);

@@ -56,6 +56,8 @@ int main(int argc, char** argv) {
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
   addSharesCommand(app, status);
+  addAttributesCommand(app, status);
+  addStatusCommand(app, status);
   addDoctorCommand(app, status);
   addCompletionCommand(app, status);
   addManualCommand(app, status);

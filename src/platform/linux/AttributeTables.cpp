@@ -7,7 +7,7 @@
 
 #include "foundation/NSLog.h"
 #include "metadata/query/AttributeTranslation.h"
-#include "platform/SystemBundles.h"
+#include "platform/SystemPaths.h"
 
 namespace vt {
 

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string_view>
+
+namespace vt {
+
+// Places of the system that more than one part of the library knows, without the root prefix.
+
+/// Holds the process id of the running server in decimal digits; left behind at its end.
+inline constexpr std::string_view kProcessIdFile = "/tmp/vistaro.pid";
+
+/// The bundle whose version is the installed one.
+inline constexpr std::string_view kPreferencePaneBundle =
+    "/Library/PreferencePanes/Vistaro.prefPane";
+
+/// The bundle that knows the attributes of files.
+inline constexpr std::string_view kMetadataBundle =
+    "/System/Library/Frameworks/CoreServices.framework/Frameworks/Metadata.framework";
+/// Its table that holds, under an attribute's name with kShortNameSuffix, the attribute's short
+/// names, separated by commas.
+inline constexpr std::string_view kSchemaTable = "schema";
+inline constexpr std::string_view kShortNameSuffix = ".ShortName";
+
+}  // namespace vt
