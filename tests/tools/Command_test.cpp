@@ -12,7 +12,7 @@ using testing::Not;
 class Command : public CommandTest {};
 
 TEST_F(Command, HelpsEverywhere) {
-  for (const char* command : {"search", "user", "kinds", "mime", "folders", "saved", "settings",
+  for (const char* command : {"search", "user", "kinds", "mime", "metadata", "folders", "saved", "settings",
                               "doctor", "completion", "manual"}) {
     SCOPED_TRACE(command);
     const ProgramResult result = vistaro({command, "--help"});
@@ -27,7 +27,7 @@ TEST_F(Command, RefusesToGuessACommand) {
   const ProgramResult none = vistaro({});
   EXPECT_EQ(none.exitCode, 2);
   EXPECT_EQ(none.errors,
-            "vistaro: name a command: search, user, kinds, mime, folders, saved, settings, doctor, "
+            "vistaro: name a command: search, user, kinds, mime, metadata, folders, saved, settings, doctor, "
             "completion or manual; `vistaro --help` tells more\n");
   const ProgramResult unknown = vistaro({"serach", "x"});
   EXPECT_EQ(unknown.exitCode, 2);
