@@ -113,6 +113,13 @@ class VTSearchResult final : public VTObject {
   /// than RTF, a Word or Excel document of before 2007, or a PDF.
   bool isiPhoneDownloadableForItemAtIndex(std::uint64_t index) const;
 
+  /// `metadataForItemAtIndex:`
+  /// A new dictionary of what the metadata index knows of the item's file, by the names that people
+  /// have for the attributes, in the order of the index; attributes without such a name are left
+  /// out, and so are all of them before startup has loaded the names. Empty for what the user may
+  /// not read. Arrays in it may be the index's own: to be read, never changed.
+  std::shared_ptr<Dictionary> metadataForItemAtIndex(std::uint64_t index) const;
+
  protected:
   const Property* propertyNamed(std::string_view key) const override;
 

@@ -20,12 +20,14 @@
 #include "platform/linux/LinuxProcess.h"
 #include "platform/linux/LiveMetadataIndex.h"
 #include "platform/linux/PosixFiles.h"
+#include "platform/memory/MemoryBundles.h"
 #include "platform/memory/MemoryResources.h"
 #include "scopes/VTConcreteSearchFolder.h"
 #include "search/SearchWorld.h"
 #include "search/VTSearchManager.h"
 #include "search/VTSearchResult.h"
 #include "search/VTSearchResultContainer.h"
+#include "settings/VTSettings.h"
 #include "support/InChildProcess.h"
 #include "support/TemporaryFolder.h"
 
@@ -97,6 +99,21 @@ class FileServer {
     return link + ", " + group->mimeTypeForItemAtIndex(0).value_or("no type") + ", " + ids();
   }
 
+  /// How many bytes the metadata of the file `name` say, as the user called `user` gets them; then
+  /// the ids of the process. To be called in a child process.
+  std::string sizeOf(const std::string& name, const std::string& user) const {
+    const LogRedirection silence([](std::string_view) {});
+    const PlatformScope scope(platform());
+    VTSettings::sharedInstance()->loadAttributeNames();
+    const auto records =
+        VTSearchResult::Records::make({Dictionary::make({{"kMDItemPath", files_ / name}})});
+    const auto metadata =
+        VTSearchResult::initWithGroupKind(nullptr, records, nullptr, {}, VTUser::userWithName(user))
+            ->metadataForItemAtIndex(0);
+    const Value* size = metadata->find("Size");
+    return (size ? std::to_string(size->integerValue()) : "no") + " bytes, " + ids();
+  }
+
  private:
   static std::string ids() {
     return "uid " + std::to_string(geteuid()) + " gid " + std::to_string(getegid());
@@ -126,6 +143,7 @@ class FileServer {
         .resources = resources,
         .host = nullptr,
         .process = std::make_shared<LinuxProcess>(),
+        .bundles = std::make_shared<MemoryBundles>(),
         .contentTypeTags = std::make_shared<LinuxContentTypeTags>(types),
         .rootPrefix = root,
     });
@@ -227,6 +245,16 @@ TEST_F(EndToEnd, TellsTheMimeTypeOfWhatTheUserMayReadAlone) {
   EXPECT_EQ(looking("editors'.txt"), "no link, text/plain, uid 0 gid 0");
   EXPECT_EQ(looking("others'.txt"), "no link, no type, uid 0 gid 0");
   EXPECT_EQ(looking("closed/inside.txt"), "no link, no type, uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, TellsTheMetadataOfWhatTheUserMayReadAlone) {
+  const auto looking = [&](const std::string& name, const std::string& user) {
+    return inChildProcess([&] { return server_.sizeOf(name, user); });
+  };
+  EXPECT_EQ(looking("editors'.txt", "ann"), "1 bytes, uid 0 gid 0");
+  EXPECT_EQ(looking("others'.txt", "ann"), "no bytes, uid 0 gid 0");
+  EXPECT_EQ(looking("closed/inside.txt", "ann"), "no bytes, uid 0 gid 0");
+  EXPECT_EQ(looking("closed/inside.txt", "root"), "1 bytes, uid 0 gid 0");
 }
 
 TEST_F(EndToEnd, ReturnsToTheGroupThatASearchLeftTheProcessIn) {

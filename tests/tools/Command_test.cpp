@@ -14,8 +14,9 @@ using testing::StartsWith;
 class Command : public CommandTest {};
 
 TEST_F(Command, HelpsEverywhere) {
-  for (const char* command : {"search", "user", "kinds", "mime", "attributes", "status", "folders",
-                              "saved", "settings", "shares", "doctor", "completion", "manual"}) {
+  for (const char* command :
+       {"search", "user", "kinds", "mime", "metadata", "attributes", "status", "folders", "saved",
+        "settings", "shares", "doctor", "completion", "manual"}) {
     SCOPED_TRACE(command);
     const ProgramResult result = vistaro({command, "--help"});
     EXPECT_EQ(result.exitCode, 0);

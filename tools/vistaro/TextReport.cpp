@@ -1,9 +1,8 @@
 #include <fmt/format.h>
 
-#include <ctime>
-
 #include "foundation/Dictionary.h"
 #include "platform/Attributes.h"
+#include "vistaro/LocalTime.h"
 #include "vistaro/SearchReport.h"
 
 namespace vt::tool {
@@ -25,12 +24,10 @@ std::string humanSize(std::uint64_t bytes) {
 
 /// Local time to the minute.
 std::string humanDate(Date date) {
-  const std::time_t time =
-      std::chrono::system_clock::to_time_t(std::chrono::floor<std::chrono::seconds>(date));
-  std::tm local{};
-  if (!localtime_r(&time, &local)) return "-";
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.tm_year + 1900, local.tm_mon + 1,
-                     local.tm_mday, local.tm_hour, local.tm_min);
+  const std::optional<std::tm> local = localTime(date);
+  if (!local) return "-";
+  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local->tm_year + 1900, local->tm_mon + 1,
+                     local->tm_mday, local->tm_hour, local->tm_min);
 }
 
 std::string itemLine(const Dictionary& record, const Terminal& terminal) {

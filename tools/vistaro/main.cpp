@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
   addUserCommand(app, status);
   addKindsCommand(app, status);
   addMimeCommand(app, status);
+  addMetadataCommand(app, status);
   addFoldersCommand(app, status);
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
