@@ -1,4 +1,4 @@
-// Server and mail configuration: typed access to global settings.
+// Server configuration: typed access to global settings.
 
 #include <fmt/format.h>
 #include <strings.h>
@@ -14,9 +14,6 @@ namespace vt {
 namespace {
 
 constexpr std::uint64_t kDefaultServerPort = 9000;
-constexpr std::uint64_t kPlainSmtpPort = 25;
-constexpr std::uint64_t kSmtpOverSslPort = 465;
-constexpr std::uint64_t kSubmissionPort = 587;
 
 /// When a setter says that the server must be started again: a save clears the flag, so before
 /// storing means for as long as nothing is saved, and after storing means until the next save.
@@ -41,6 +38,7 @@ constexpr ServerSetting kServerSettings[] = {
     {"smtpDefaultServerPort", RestartFlag::kRaisedAfterStoring},
     {"smtpUseSSL", RestartFlag::kRaisedAfterStoring},
     {"smtpServerUsername", RestartFlag::kRaisedAfterStoring},
+    {"smtpServerPassword", RestartFlag::kRaisedAfterStoring},
     {"smtpServerAuthenticationMode", RestartFlag::kRaisedAfterStoring},
 };
 
@@ -50,8 +48,6 @@ RestartFlag restartFlagOf(std::string_view name) {
   }
   return RestartFlag::kUntouched;
 }
-
-bool isTrue(const std::optional<Value>& value) { return value && value->boolValue(); }
 
 }  // namespace
 
@@ -91,7 +87,7 @@ std::string VTSettings::internalServerURL() const {
 
 std::string VTSettings::serverURL() const {
   // Without the port: with SSL the standard one is meant.
-  if (isTrue(sslEnabled())) return "https://" + serverName().value_or("(null)");
+  if (sslEnabled().value_or(false).boolValue()) return "https://" + serverName().value_or("(null)");
   return internalServerURL();
 }
 
@@ -123,76 +119,6 @@ std::optional<Value> VTSettings::sslCertificatePath() const {
 
 void VTSettings::setSslCertificatePath(std::optional<Value> path) {
   store("sslCertificatePath", std::move(path));
-}
-
-std::optional<Value> VTSettings::mailEnabled() const { return setting("mailEnabled"); }
-
-void VTSettings::setMailEnabled(std::optional<Value> enabled) {
-  store("mailEnabled", std::move(enabled));
-}
-
-std::optional<Value> VTSettings::smtpFromEmailAddress() const {
-  return setting("smtpFromEmailAddress");
-}
-
-void VTSettings::setSmtpFromEmailAddress(std::optional<Value> address) {
-  store("smtpFromEmailAddress", std::move(address));
-}
-
-std::optional<Value> VTSettings::smtpServerAddress() const { return setting("smtpServerAddress"); }
-
-void VTSettings::setSmtpServerAddress(std::optional<Value> address) {
-  store("smtpServerAddress", std::move(address));
-}
-
-std::optional<Value> VTSettings::smtpCustomServerPort() const {
-  return setting("smtpCustomServerPort");
-}
-
-void VTSettings::setSmtpCustomServerPort(std::optional<Value> port) {
-  store("smtpCustomServerPort", std::move(port));
-}
-
-Value VTSettings::smtpDefaultServerPort() const {
-  return setting("smtpDefaultServerPort").value_or(true);
-}
-
-void VTSettings::setSmtpDefaultServerPort(std::optional<Value> useDefault) {
-  store("smtpDefaultServerPort", std::move(useDefault));
-}
-
-std::optional<Value> VTSettings::smtpUseSSL() const { return setting("smtpUseSSL"); }
-
-void VTSettings::setSmtpUseSSL(std::optional<Value> use) { store("smtpUseSSL", std::move(use)); }
-
-std::optional<Value> VTSettings::smtpServerUsername() const {
-  return setting("smtpServerUsername");
-}
-
-void VTSettings::setSmtpServerUsername(std::optional<Value> username) {
-  store("smtpServerUsername", std::move(username));
-}
-
-std::optional<Value> VTSettings::smtpServerAuthenticationMode() const {
-  return setting("smtpServerAuthenticationMode");
-}
-
-void VTSettings::setSmtpServerAuthenticationMode(std::optional<Value> mode) {
-  store("smtpServerAuthenticationMode", std::move(mode));
-}
-
-std::uint64_t VTSettings::smtpServerPort() const {
-  if (smtpDefaultServerPort().boolValue()) {
-    if (!isTrue(smtpUseSSL())) return kPlainSmtpPort;
-    const std::int64_t mode = smtpServerAuthenticationMode().value_or(0).integerValue();
-    return mode != 0 ? kSubmissionPort : kSmtpOverSslPort;
-  }
-  return smtpCustomServerPort().value_or(0).unsignedIntegerValue();
-}
-
-bool VTSettings::mailingConfiguredAndEnabled() const {
-  return isTrue(mailEnabled()) && smtpServerAddress() && smtpServerPort() != 0 &&
-         smtpFromEmailAddress();
 }
 
 }  // namespace vt

@@ -97,6 +97,8 @@ const Property* VTSettings::propertyNamed(std::string_view key) const {
       property<&Settings::smtpUseSSL, &Settings::setSmtpUseSSL>("smtpUseSSL"),
       property<&Settings::smtpServerUsername, &Settings::setSmtpServerUsername>(
           "smtpServerUsername"),
+      property<&Settings::smtpServerPassword, &Settings::setSmtpServerPassword>(
+          "smtpServerPassword"),
       property<&Settings::smtpServerAuthenticationMode, &Settings::setSmtpServerAuthenticationMode>(
           "smtpServerAuthenticationMode"),
       property<&Settings::smtpServerPort>("smtpServerPort"),

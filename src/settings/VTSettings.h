@@ -136,6 +136,12 @@ class VTSettings final : public VTObject {
   void setSmtpUseSSL(std::optional<Value> use);
   std::optional<Value> smtpServerUsername() const;
   void setSmtpServerUsername(std::optional<Value> username);
+  /// Nil when none is set, or it cannot be deciphered (with a log line).
+  std::optional<std::string> smtpServerPassword() const;
+  /// `setSmtpServerPassword:`
+  /// Stores the password enciphered, with a key that the first one makes and all later ones use
+  /// (docs/mail-password.md). Nil and "" remove it.
+  void setSmtpServerPassword(std::optional<std::string> password);
   /// Zero or unset: the mode that goes with port 465; else the one that goes with 587.
   std::optional<Value> smtpServerAuthenticationMode() const;
   void setSmtpServerAuthenticationMode(std::optional<Value> mode);
