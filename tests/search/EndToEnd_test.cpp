@@ -108,6 +108,7 @@ class FileServer {
         .resources = resources,
         .host = nullptr,
         .process = std::make_shared<LinuxProcess>(),
+        .tasks = nullptr,
         .rootPrefix = root,
     });
   }

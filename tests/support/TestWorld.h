@@ -8,8 +8,10 @@
 
 #include "platform/Platform.h"
 #include "platform/memory/FaultyFiles.h"
+#include "platform/memory/MemoryDirectoryServices.h"
 #include "platform/memory/MemoryHost.h"
 #include "platform/memory/MemoryProcess.h"
+#include "platform/memory/MemoryRecords.h"
 #include "platform/memory/MemoryResources.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
@@ -35,6 +37,7 @@ class TestWorld {
     services.process = process_;
     services.resources = resources_;
     services.host = host_;
+    services.directoryServices = directory_;
     services.rootPrefix = root_.path();
     scope_.emplace(std::make_shared<Platform>(std::move(services)));
   }
@@ -58,6 +61,26 @@ class TestWorld {
   FaultyFiles& files() { return *files_; }
   MemoryProcess& process() { return *process_; }
   MemoryResources& resources() { return *resources_; }
+  MemoryDirectoryServices& directory() { return *directory_; }
+
+  /// Shares the folder at `path`, over AFP and SMB by its name in each unless that is nullptr. Seen
+  /// by the next load of the settings.
+  void share(const std::string& path, const char* afpName, const char* smbName) {
+    DirectoryRecord record{
+        kDSStdRecordTypeSharePoints,
+        path,
+        {{kDSNAttrRecordName, {"share of " + path}}, {kDSNativeAttrDirectoryPath, {path}}}};
+    if (afpName) {
+      record.attributes.push_back({kDSNativeAttrAFPName, {afpName}});
+      record.attributes.push_back({kDSNativeAttrAFPShared, {"1"}});
+    }
+    if (smbName) {
+      record.attributes.push_back({kDSNativeAttrSMBName, {smbName}});
+      record.attributes.push_back({kDSNativeAttrSMBShared, {"1"}});
+    }
+    share(std::move(record));
+  }
+  void share(DirectoryRecord record) { records_->add(std::move(record)); }
 
  private:
   TemporaryFolder root_;
@@ -66,6 +89,9 @@ class TestWorld {
   std::shared_ptr<MemoryResources> resources_ = std::make_shared<MemoryResources>();
   std::shared_ptr<MemoryHost> host_ =
       std::make_shared<MemoryHost>(std::vector<std::string>{"files.example.org"});
+  std::shared_ptr<MemoryRecords> records_ = std::make_shared<MemoryRecords>();
+  std::shared_ptr<MemoryDirectoryServices> directory_ =
+      std::make_shared<MemoryDirectoryServices>(records_);
   std::optional<PlatformScope> scope_;
 };
 
