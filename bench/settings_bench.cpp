@@ -12,7 +12,9 @@
 #include "foundation/Array.h"
 #include "platform/Platform.h"
 #include "platform/memory/FaultyFiles.h"
+#include "platform/memory/MemoryDirectoryServices.h"
 #include "platform/memory/MemoryProcess.h"
+#include "platform/memory/MemoryRecords.h"
 #include "settings/VTSettings.h"
 #include "support/TemporaryFolder.h"
 
@@ -46,6 +48,8 @@ void SaveTheSettingsOf1000Users(benchmark::State& state) {
   files->skipSyncs();
   services.files = files;
   services.process = std::make_shared<MemoryProcess>();
+  services.directoryServices =
+      std::make_shared<MemoryDirectoryServices>(std::make_shared<MemoryRecords>());
   services.rootPrefix = root.path();
   const PlatformScope scope(std::make_shared<Platform>(std::move(services)));
   const auto settings = VTSettings::sharedInstance();

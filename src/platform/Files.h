@@ -30,6 +30,9 @@ class Files {
 
   virtual bool exists(const std::string& path) const = 0;
 
+  /// Whether there is a directory at `path`, links followed. False also when nobody can tell.
+  virtual bool isDirectory(const std::string& path) const = 0;
+
   /// Creates one directory (the parent must exist) with the default permissions of the process.
   virtual bool createDirectory(const std::string& path) = 0;
 

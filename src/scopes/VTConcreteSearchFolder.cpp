@@ -5,6 +5,23 @@
 #include "foundation/Property.h"
 
 namespace vt {
+namespace {
+
+constexpr DependentKey kDependent[] = {
+    {"afpURLPath", "path"},
+    {"smbURLPath", "path"},
+    {"sharePointName", "path"},
+};
+
+std::set<std::string> sourcesOf(std::string_view key) {
+  std::set<std::string> sources;
+  for (const DependentKey& pair : kDependent) {
+    if (pair.dependent == key) sources.emplace(pair.source);
+  }
+  return sources;
+}
+
+}  // namespace
 
 std::shared_ptr<VTConcreteSearchFolder> VTConcreteSearchFolder::initWithTitle(
     std::optional<std::string> title) {
@@ -31,6 +48,8 @@ std::shared_ptr<VTConcreteSearchFolder> VTConcreteSearchFolder::initWithDictiona
 
 void VTConcreteSearchFolder::setPath(std::optional<std::string> path) {
   const ValueChange change(*this, "path");
+  cachedAFPURLPath_.store(std::nullopt);
+  cachedSMBURLPath_.store(std::nullopt);
   path_.store(std::move(path));
 }
 
@@ -39,17 +58,9 @@ void VTConcreteSearchFolder::setUserDefinedURLPaths(bool userDefined) {
   userDefinedURLPaths_ = userDefined;
 }
 
-std::optional<std::string> VTConcreteSearchFolder::afpURLPath() const {
-  return userDefinedURLPaths_ ? afpURLPath_.load() : std::nullopt;
-}
-
 void VTConcreteSearchFolder::setAfpURLPath(std::optional<std::string> address) {
   const ValueChange change(*this, "afpURLPath");
   afpURLPath_.store(std::move(address));
-}
-
-std::optional<std::string> VTConcreteSearchFolder::smbURLPath() const {
-  return userDefinedURLPaths_ ? smbURLPath_.load() : std::nullopt;
 }
 
 void VTConcreteSearchFolder::setSmbURLPath(std::optional<std::string> address) {
@@ -86,18 +97,27 @@ const Property* VTConcreteSearchFolder::propertyNamed(std::string_view key) cons
           "userDefinedURLPaths"),
       property<&Folder::afpURLPath, &Folder::setAfpURLPath>("afpURLPath"),
       property<&Folder::smbURLPath, &Folder::setSmbURLPath>("smbURLPath"),
+      property<&Folder::sharePointName>("sharePointName"),
+      property<&Folder::sharePointData>("sharePointData"),
+      property<&Folder::afpAvailable>("afpAvailable"),
+      property<&Folder::smbAvailable>("smbAvailable"),
   };
   const Property* property = findProperty(kProperties, key);
   return property ? property : VTSearchFolder::propertyNamed(key);
 }
 
-std::span<const DependentKey> VTConcreteSearchFolder::dependentKeys() const {
-  static constexpr DependentKey kDependent[] = {
-      {"afpURLPath", "path"},
-      {"smbURLPath", "path"},
-      {"sharePointName", "path"},
-  };
-  return kDependent;
+std::span<const DependentKey> VTConcreteSearchFolder::dependentKeys() const { return kDependent; }
+
+std::set<std::string> VTConcreteSearchFolder::keyPathsForValuesAffectingAfpURLPath() {
+  return sourcesOf("afpURLPath");
+}
+
+std::set<std::string> VTConcreteSearchFolder::keyPathsForValuesAffectingSmbURLPath() {
+  return sourcesOf("smbURLPath");
+}
+
+std::set<std::string> VTConcreteSearchFolder::keyPathsForValuesAffectingSharePointName() {
+  return sourcesOf("sharePointName");
 }
 
 }  // namespace vt

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "scopes/VTSearchFolder.h"
@@ -36,11 +37,36 @@ class VTConcreteSearchFolder final : public VTSearchFolder {
   bool userDefinedURLPaths() const { return userDefinedURLPaths_; }
   void setUserDefinedURLPaths(bool userDefined);
 
+  /// The first of the settings' share points whose path the folder's begins with, as text; nil when
+  /// there is none. The first, not the longest: where shares lie in one another, the order decides.
+  std::shared_ptr<Dictionary> sharePointData() const;
+  /// The name of that record; nil without one.
+  std::optional<std::string> sharePointName() const;
+
   /// The AFP and SMB base address of the folder: nil when it has none.
+  ///
+  /// As typed while userDefinedURLPaths(), else derived from the share point and the server's name,
+  /// with nothing escaped. A derived address stays until the path is set, whatever becomes of the
+  /// server's name or the share points.
   std::optional<std::string> afpURLPath() const;
   void setAfpURLPath(std::optional<std::string> address);
   std::optional<std::string> smbURLPath() const;
   void setSmbURLPath(std::optional<std::string> address);
+
+  /// Whether clients may be sent there: a typed address is not empty, or the share point says "1".
+  /// A derived address can be there all the same.
+  bool afpAvailable() const;
+  bool smbAvailable() const;
+
+  /// `keyPathsForValuesAffectingAfpURLPath` and its like
+  /// The keys whose changes are changes of these values too: "path".
+  static std::set<std::string> keyPathsForValuesAffectingAfpURLPath();
+  static std::set<std::string> keyPathsForValuesAffectingSmbURLPath();
+  static std::set<std::string> keyPathsForValuesAffectingSharePointName();
+
+  std::optional<std::string> afpURLforPath(const std::string& path) const override;
+  std::optional<std::string> smbURLforPath(const std::string& path,
+                                           bool windowsClient) const override;
 
   /// YES when `path` begins with the folder's path, as text (a folder /Data also covers
   /// /Data2/report.pdf), and download() is exactly 1.
@@ -64,6 +90,8 @@ class VTConcreteSearchFolder final : public VTSearchFolder {
   AtomicString path_;
   AtomicString afpURLPath_;  // as typed
   AtomicString smbURLPath_;
+  mutable AtomicString cachedAFPURLPath_;  // as derived
+  mutable AtomicString cachedSMBURLPath_;
 };
 
 }  // namespace vt

@@ -77,6 +77,15 @@ void VTSearchFolder::setDownload(std::int64_t download) {
 
 bool VTSearchFolder::isDownloadable(const std::string&) const { return false; }
 
+std::optional<std::string> VTSearchFolder::afpURLforPath(const std::string&) const {
+  return std::nullopt;
+}
+
+std::optional<std::string> VTSearchFolder::smbURLforPath(const std::string&,
+                                                         bool /*windowsClient*/) const {
+  return std::nullopt;
+}
+
 std::shared_ptr<Array> VTSearchFolder::paths() const { return nullptr; }
 
 std::shared_ptr<Dictionary> VTSearchFolder::serializedData() const { return nullptr; }

@@ -63,6 +63,15 @@ class VTSearchFolder : public VTObject, public std::enable_shared_from_this<VTSe
   /// Whether the file at the absolute path `path` may be downloaded through this folder.
   virtual bool isDownloadable(const std::string& path) const;
 
+  /// `afpURLforPath:`
+  /// The AFP address of the file at the absolute path `path`, with nothing escaped; nil in the
+  /// base, for a path that the folder does not cover, and without an address of the folder.
+  virtual std::optional<std::string> afpURLforPath(const std::string& path) const;
+  /// `smbURLforPath:windowsClient:`
+  /// The same for SMB; for a Windows client each "smb://" is "file://///".
+  virtual std::optional<std::string> smbURLforPath(const std::string& path,
+                                                   bool windowsClient) const;
+
   /// The absolute directory paths that the folder covers; nil in the base.
   virtual std::shared_ptr<Array> paths() const;
 

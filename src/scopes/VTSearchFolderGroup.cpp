@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "scopes/ShortestAddress.h"
+
 namespace vt {
 
 std::shared_ptr<VTSearchFolderGroup> VTSearchFolderGroup::initWithTitle(
@@ -69,6 +71,18 @@ bool VTSearchFolderGroup::isDownloadable(const std::string& path) const {
   return folders_ && std::ranges::any_of(*folders_, [&](const auto& folder) {
            return folder->isDownloadable(path);
          });
+}
+
+std::optional<std::string> VTSearchFolderGroup::afpURLforPath(const std::string& path) const {
+  return shortestAddress(folders_,
+                         [&](const VTSearchFolder& folder) { return folder.afpURLforPath(path); });
+}
+
+std::optional<std::string> VTSearchFolderGroup::smbURLforPath(const std::string& path,
+                                                              bool windowsClient) const {
+  return shortestAddress(folders_, [&](const VTSearchFolder& folder) {
+    return folder.smbURLforPath(path, windowsClient);
+  });
 }
 
 std::shared_ptr<Array> VTSearchFolderGroup::paths() const {

@@ -38,6 +38,10 @@ class VTSearchFolderGroup final : public VTSearchFolder {
 
   /// Whether any member answers YES.
   bool isDownloadable(const std::string& path) const override;
+  /// The shortest address that a member gives; the earliest of equally short ones.
+  std::optional<std::string> afpURLforPath(const std::string& path) const override;
+  std::optional<std::string> smbURLforPath(const std::string& path,
+                                           bool windowsClient) const override;
   /// The members' paths in order, depth first, repeated ones kept.
   std::shared_ptr<Array> paths() const override;
   /// "title" and "children"; empty when the title is nil.

@@ -120,6 +120,28 @@ class VTSearchResult final : public VTObject {
   /// not read. Arrays in it may be the index's own: to be read, never changed.
   std::shared_ptr<Dictionary> metadataForItemAtIndex(std::uint64_t index) const;
 
+  // Links that open an item. Nil for an item without path; they throw as valueForKey().
+
+  /// `encodedURL:`
+  /// `url` with percent escapes replaced by what they stand for, and then each "'" by "%27". Nil
+  /// when an escape is malformed or the text is then not UTF-8.
+  static std::optional<std::string> encodedURL(const std::string& url);
+
+  /// `openURLPathForItemAtIndex:windowsClient:localClient:`
+  /// The link that opens the item, through encodedURL(): for a local client "urlrunner://file//"
+  /// and the path, else the AFP link, else, and for a Windows client, the SMB link. Nil when there
+  /// is none or encodedURL() refuses it.
+  std::optional<std::string> openURLPathForItemAtIndex(std::uint64_t index, bool windowsClient,
+                                                       bool localClient) const;
+  /// `afpURLPathForItemAtIndex:`
+  /// The shortest AFP address that a search folder gives, the earliest of equally short ones, with
+  /// nothing escaped.
+  std::optional<std::string> afpURLPathForItemAtIndex(std::uint64_t index) const;
+  /// `smbURLPathForItemAtIndex:windowsClient:`
+  /// The same for SMB. A Windows client is sent to the folder that holds the file.
+  std::optional<std::string> smbURLPathForItemAtIndex(std::uint64_t index,
+                                                      bool windowsClient) const;
+
  protected:
   const Property* propertyNamed(std::string_view key) const override;
 

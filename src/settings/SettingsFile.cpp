@@ -10,6 +10,7 @@
 #include "platform/Platform.h"
 #include "platform/Process.h"
 #include "scopes/VTSearchFolder.h"
+#include "scopes/VTSharePoint.h"
 #include "settings/VTSettings.h"
 
 namespace vt {
@@ -85,7 +86,7 @@ bool VTSettings::reloadConfig() {
     storage_ = Dictionary::make();
     searchFolders_ = ObjectArray<VTSearchFolder>::make();
   }
-  sharePoints_ = ObjectArray<Dictionary>::make();
+  sharePoints_ = VTSharePoint::allSharePoints();
 
   for (const char* key : kAnnouncedAtReload) willChangeValueForKey(key);
   for (const char* key : kAnnouncedAtReload) didChangeValueForKey(key);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/ChangeJournal.h"
+#include "support/TestWorld.h"
 
 namespace vt {
 namespace {
@@ -21,6 +22,7 @@ std::vector<std::string> keysOf(const Dictionary& dictionary) {
 }
 
 TEST(VTConcreteSearchFolder, StartsWithoutDownloadsAndTypedAddresses) {
+  const TestWorld world;
   const auto folder = VTConcreteSearchFolder::initWithPath("/Data", "Data");
   EXPECT_EQ(folder->path(), "/Data");
   EXPECT_EQ(folder->title(), "Data");
@@ -86,6 +88,7 @@ TEST(VTConcreteSearchFolder, ConvertsNumbersTextAndNullWhenReadBack) {
 }
 
 TEST(VTConcreteSearchFolder, SetsAndReadsEachOfItsPropertiesByKey) {
+  const TestWorld world;
   struct Case {
     const char* key;
     Value value;
@@ -123,6 +126,7 @@ TEST(VTConcreteSearchFolder, IsNotMadeFromAKeyThatItDoesNotTake) {
 }
 
 TEST(VTConcreteSearchFolder, StoresAddressesOnlyWhereTheGettersGiveThem) {
+  const TestWorld world;
   const auto folder = VTConcreteSearchFolder::initWithPath("/Data", "Data");
   folder->setSmbURLPath("smb://srv/Data");
   EXPECT_THAT(keysOf(*folder->serializedData()),
@@ -137,6 +141,7 @@ TEST(VTConcreteSearchFolder, StoresAddressesOnlyWhereTheGettersGiveThem) {
 }
 
 TEST(VTConcreteSearchFolder, StoresTheNullObjectForNil) {
+  const TestWorld world;
   const auto data = VTConcreteSearchFolder::initWithTitle(std::nullopt)->serializedData();
   EXPECT_EQ(*data, *Dictionary::make({{"title", nullptr},
                                       {"download", 0},
@@ -146,6 +151,7 @@ TEST(VTConcreteSearchFolder, StoresTheNullObjectForNil) {
 }
 
 TEST(VTConcreteSearchFolder, IsTheSameAfterStoringAndReadingBack) {
+  const TestWorld world;
   const auto folder = VTConcreteSearchFolder::initWithPath("/Data", "Data");
   folder->setDownload(1);
   folder->setUserDefinedURLPaths(/*userDefined=*/true);

@@ -7,6 +7,7 @@
 
 #include "scopes/VTConcreteSearchFolder.h"
 #include "support/ChangeJournal.h"
+#include "support/TestWorld.h"
 
 namespace vt {
 namespace {
@@ -182,6 +183,7 @@ TEST(VTSearchFolderGroup, FindsItselfThenItsMembersDepthFirst) {
 }
 
 TEST(VTSearchFolderGroup, StoresTitleAndChildrenRecursively) {
+  const TestWorld world;
   const auto leaf = folderCalled("leaf");
   const auto group = groupOf("outer", {groupOf("inner", {leaf})});
   const auto inner =
@@ -193,6 +195,7 @@ TEST(VTSearchFolderGroup, StoresTitleAndChildrenRecursively) {
 }
 
 TEST(VTSearchFolderGroup, StoresNothingWithoutATitle) {
+  const TestWorld world;
   const auto group = VTSearchFolderGroup::initWithTitle(std::nullopt);
   group->addFolder(folderCalled("a"));
   const auto data = group->serializedData();

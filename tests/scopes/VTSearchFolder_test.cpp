@@ -7,6 +7,7 @@
 #include "scopes/VTSearchFolderGroup.h"
 #include "support/ChangeJournal.h"
 #include "support/LogCapture.h"
+#include "support/TestWorld.h"
 
 namespace vt {
 namespace {
@@ -15,6 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 TEST(VTSearchFolder, AnswersEmptyValuesInTheBase) {
+  const TestWorld world;
   const auto folder = VTSearchFolder::initWithTitle("Projects");
   EXPECT_EQ(folder->title(), "Projects");
   EXPECT_EQ(folder->download(), 0);
@@ -76,6 +78,7 @@ TEST(VTSearchFolder, ReadsItsPropertiesByKey) {
 }
 
 TEST(VTSearchFolder, StoresAListInItsOrder) {
+  const TestWorld world;
   const auto folders = ObjectArray<VTSearchFolder>::make(
       {VTSearchFolderGroup::initWithTitle("B"), VTSearchFolderGroup::initWithTitle("A")});
   const auto stored = VTSearchFolder::serializedDataFromFolderArray(*folders);
@@ -85,11 +88,13 @@ TEST(VTSearchFolder, StoresAListInItsOrder) {
 }
 
 TEST(VTSearchFolder, RaisesForABareFolderInAListToStore) {
+  const TestWorld world;
   const auto folders = ObjectArray<VTSearchFolder>::make({VTSearchFolder::initWithTitle("bare")});
   EXPECT_THROW(VTSearchFolder::serializedDataFromFolderArray(*folders), InvalidArgumentError);
 }
 
 TEST(VTSearchFolder, ReadsNoStoredListAsAnEmptyOne) {
+  const TestWorld world;
   const auto none = VTSearchFolder::deserializedFoldersFromStorage(nullptr);
   ASSERT_NE(none, nullptr);
   EXPECT_TRUE(none->empty());
@@ -97,6 +102,7 @@ TEST(VTSearchFolder, ReadsNoStoredListAsAnEmptyOne) {
 }
 
 TEST(VTSearchFolder, ReadsADictionaryWithChildrenAsAGroup) {
+  const TestWorld world;
   const Value anything[] = {Array::make(), nullptr, "text", 0};
   for (const Value& children : anything) {
     SCOPED_TRACE(describeKind(children.kind()));
@@ -109,6 +115,7 @@ TEST(VTSearchFolder, ReadsADictionaryWithChildrenAsAGroup) {
 }
 
 TEST(VTSearchFolder, LogsAndLeavesOutWhatCannotBeReadBack) {
+  const TestWorld world;
   const auto good = Dictionary::make({{"title", "Good"}});
   const auto undefined = Dictionary::make({{"title", "Bad"}, {"colour", "red"}});
   const auto wrongType = Dictionary::make({{"title", 3}});

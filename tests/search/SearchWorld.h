@@ -46,6 +46,7 @@ class SearchWorld {
         .resources = resources,
         .host = nullptr,
         .process = process,
+        .tasks = nullptr,
         .rootPrefix = folder.path().string(),
     }));
   }

@@ -60,6 +60,8 @@ struct StubbornWorld {
     Platform::Services made;
     made.files = files;
     made.process = std::make_shared<MemoryProcess>();
+    made.directoryServices =
+        std::make_shared<MemoryDirectoryServices>(std::make_shared<MemoryRecords>());
     made.rootPrefix = world.root();
     return made;
   }

@@ -9,10 +9,12 @@
 #include "platform/Platform.h"
 #include "platform/memory/FaultyFiles.h"
 #include "platform/memory/MemoryBundles.h"
+#include "platform/memory/MemoryDirectoryServices.h"
 #include "platform/memory/MemoryHost.h"
 #include "platform/memory/MemoryIdentity.h"
 #include "platform/memory/MemoryMetadataIndex.h"
 #include "platform/memory/MemoryProcess.h"
+#include "platform/memory/MemoryRecords.h"
 #include "platform/memory/MemoryResources.h"
 #include "platform/memory/MemoryServiceDiscovery.h"
 #include "support/ReadFile.h"
@@ -43,6 +45,7 @@ class TestWorld {
     services.metadataIndex = metadataIndex_;
     services.bundles = bundles_;
     services.serviceDiscovery = serviceDiscovery_;
+    services.directoryServices = directory_;
     services.rootPrefix = root_.path();
     scope_.emplace(std::make_shared<Platform>(std::move(services)));
   }
@@ -70,6 +73,26 @@ class TestWorld {
   MemoryMetadataIndex& metadataIndex() { return *metadataIndex_; }
   MemoryBundles& bundles() { return *bundles_; }
   MemoryServiceDiscovery& serviceDiscovery() { return *serviceDiscovery_; }
+  MemoryDirectoryServices& directory() { return *directory_; }
+
+  /// Shares the folder at `path`, over AFP and SMB by its name in each unless that is nullptr. Seen
+  /// by the next load of the settings.
+  void share(const std::string& path, const char* afpName, const char* smbName) {
+    DirectoryRecord record{
+        kDSStdRecordTypeSharePoints,
+        path,
+        {{kDSNAttrRecordName, {"share of " + path}}, {kDSNativeAttrDirectoryPath, {path}}}};
+    if (afpName) {
+      record.attributes.push_back({kDSNativeAttrAFPName, {afpName}});
+      record.attributes.push_back({kDSNativeAttrAFPShared, {"1"}});
+    }
+    if (smbName) {
+      record.attributes.push_back({kDSNativeAttrSMBName, {smbName}});
+      record.attributes.push_back({kDSNativeAttrSMBShared, {"1"}});
+    }
+    share(std::move(record));
+  }
+  void share(DirectoryRecord record) { records_->add(std::move(record)); }
 
  private:
   TemporaryFolder root_;
@@ -83,6 +106,9 @@ class TestWorld {
   std::shared_ptr<MemoryBundles> bundles_ = std::make_shared<MemoryBundles>();
   std::shared_ptr<MemoryServiceDiscovery> serviceDiscovery_ =
       std::make_shared<MemoryServiceDiscovery>();
+  std::shared_ptr<MemoryRecords> records_ = std::make_shared<MemoryRecords>();
+  std::shared_ptr<MemoryDirectoryServices> directory_ =
+      std::make_shared<MemoryDirectoryServices>(records_);
   std::optional<PlatformScope> scope_;
 };
 

@@ -88,6 +88,11 @@ bool PosixFiles::exists(const std::string& path) const {
   return ::stat(path.c_str(), &status) == 0;
 }
 
+bool PosixFiles::isDirectory(const std::string& path) const {
+  struct stat status{};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 bool PosixFiles::createDirectory(const std::string& path) {
   return ::mkdir(path.c_str(), 0777) == 0;  // less the process's umask
 }

@@ -27,6 +27,7 @@ class PosixFiles : public Files {
   explicit PosixFiles(std::shared_ptr<const Accounts> accounts);
 
   bool exists(const std::string& path) const override;
+  bool isDirectory(const std::string& path) const override;
   bool createDirectory(const std::string& path) override;
   /// `groupOwner` is found by groupOrItsStandIn().
   bool changeAttributes(const std::string& path, const std::string& groupOwner,
