@@ -3,16 +3,13 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <utility>
 
-#include "directory/DirectoryFunctions.h"
-#include "foundation/Array.h"
 #include "foundation/Dictionary.h"
 #include "platform/DirectoryConstants.h"
-#include "platform/DirectoryServices.h"
 #include "platform/Platform.h"
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/SharePointRecordSource.h"
+#include "scopes/VTSharePoint.h"
 #include "vistaro/CommandError.h"
 #include "vistaro/Commands.h"
 #include "vistaro/Terminal.h"
@@ -21,20 +18,6 @@ namespace vt::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// What the directory of this machine says, as the library reads it.
-std::shared_ptr<Array> sharePointRecords() {
-  DirectoryServices& services = Platform::current().directoryServices();
-  std::shared_ptr<Array> records;
-  DirNodeReference node = 0;
-  if (services.dsOpenDirService(&gDirRef) == kDSNoErr) {
-    if (MyOpenDirNode(&node) == kDSNoErr) records = GetRecordList(node);
-    if (node != 0) services.dsCloseDirNode(node);
-    services.dsCloseDirService(std::exchange(gDirRef, 0));
-  }
-  if (!records) throw CommandError{kFailure, "the directory could not be opened"};
-  return records;
-}
 
 Json textIn(const Dictionary& record, const char* attribute) {
   const Value* value = record.find(attribute);
@@ -64,8 +47,9 @@ void printEntry(const Json& entry, const Terminal& terminal) {
 
 int runShares(bool json) {
   Json entries = Json::array();
-  const std::shared_ptr<Array> records = sharePointRecords();
-  for (const Value& record : *records) entries.push_back(entryOf(*record.dictionary()));
+  const auto sharePoints = VTSharePoint::allSharePoints();
+  if (!sharePoints) throw CommandError{kFailure, "the directory could not be opened"};
+  for (const auto& sharePoint : *sharePoints) entries.push_back(entryOf(*sharePoint));
   if (json) {
     fmt::print("{}\n", entries.dump(2));
   } else {
