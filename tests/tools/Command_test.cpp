@@ -16,7 +16,7 @@ class Command : public CommandTest {};
 TEST_F(Command, HelpsEverywhere) {
   for (const char* command :
        {"search", "user", "kinds", "mime", "metadata", "attributes", "status", "folders", "saved",
-        "settings", "shares", "doctor", "completion", "manual"}) {
+        "settings", "links", "shares", "doctor", "completion", "manual"}) {
     SCOPED_TRACE(command);
     const ProgramResult result = vistaro({command, "--help"});
     EXPECT_EQ(result.exitCode, 0);

@@ -14,6 +14,7 @@ void addMetadataCommand(CLI::App& app, int& status);
 void addFoldersCommand(CLI::App& app, int& status);
 void addSavedCommand(CLI::App& app, int& status);
 void addSettingsCommand(CLI::App& app, int& status);
+void addLinksCommand(CLI::App& app, int& status);
 void addSharesCommand(CLI::App& app, int& status);
 void addAttributesCommand(CLI::App& app, int& status);
 void addStatusCommand(CLI::App& app, int& status);

@@ -56,6 +56,7 @@ int main(int argc, char** argv) {
   addFoldersCommand(app, status);
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
+  addLinksCommand(app, status);
   addSharesCommand(app, status);
   addAttributesCommand(app, status);
   addStatusCommand(app, status);
