@@ -51,6 +51,22 @@ class Bitmap {
     }
   }
 
+  /// Adds the numbers from `first` to before `last` for which `isAdded(number)` is true. A word at
+  /// a time and without branches, since a processor cannot guess which they are.
+  template <class Function>
+  void addIf(std::size_t first, std::size_t last, Function isAdded) {
+    assert(last <= size_);
+    while (first < last) {
+      const std::size_t word = first / kBits;
+      const std::size_t end = last < (word + 1) * kBits ? last : (word + 1) * kBits;
+      std::uint64_t bits = 0;
+      for (std::size_t bit = first % kBits; first < end; ++first, ++bit) {
+        bits |= static_cast<std::uint64_t>(isAdded(first) ? 1 : 0) << bit;
+      }
+      words_[word] |= bits;
+    }
+  }
+
   /// Takes out the numbers for which `isKept(number)` is false.
   template <class Function>
   void keepIf(Function isKept) {
