@@ -12,7 +12,8 @@ using testing::Not;
 class Command : public CommandTest {};
 
 TEST_F(Command, HelpsEverywhere) {
-  for (const char* command : {"search", "user", "kinds", "doctor"}) {
+  for (const char* command : {"search", "user", "kinds", "folders", "saved", "settings", "doctor",
+                              "completion", "manual"}) {
     SCOPED_TRACE(command);
     const ProgramResult result = vistaro({command, "--help"});
     EXPECT_EQ(result.exitCode, 0);
@@ -25,13 +26,18 @@ TEST_F(Command, HelpsEverywhere) {
 TEST_F(Command, RefusesToGuessACommand) {
   const ProgramResult none = vistaro({});
   EXPECT_EQ(none.exitCode, 2);
-  EXPECT_EQ(
-      none.errors,
-      "vistaro: name a command: search, user, kinds or doctor; `vistaro --help` tells more\n");
+  EXPECT_EQ(none.errors,
+            "vistaro: name a command: search, user, kinds, folders, saved, settings, doctor, "
+            "completion or manual; `vistaro --help` tells more\n");
   const ProgramResult unknown = vistaro({"serach", "x"});
   EXPECT_EQ(unknown.exitCode, 2);
   EXPECT_EQ(unknown.errors,
             "vistaro: there is no command \"serach\"; `vistaro --help` tells more\n");
+  EXPECT_EQ(vistaro({"folders"}).errors,
+            "vistaro: name what to do: list, add, remove, group, ungroup or download; "
+            "`vistaro folders --help` tells more\n");
+  EXPECT_EQ(vistaro({"folders", "ad"}).errors,
+            "vistaro: there is no command \"folders ad\"; `vistaro folders --help` tells more\n");
   EXPECT_EQ(vistaro({"user", "ann", "ben"}).errors,
             "vistaro: \"ben\" is one argument too many; `vistaro user --help` tells more\n");
 }

@@ -9,6 +9,11 @@ namespace vt::tool {
 void addSearchCommand(CLI::App& app, int& status);
 void addUserCommand(CLI::App& app, int& status);
 void addKindsCommand(CLI::App& app, int& status);
+void addFoldersCommand(CLI::App& app, int& status);
+void addSavedCommand(CLI::App& app, int& status);
+void addSettingsCommand(CLI::App& app, int& status);
 void addDoctorCommand(CLI::App& app, int& status);
+void addCompletionCommand(CLI::App& app, int& status);
+void addManualCommand(CLI::App& app, int& status);
 
 }  // namespace vt::tool

@@ -12,6 +12,7 @@ struct SearchOptions {
   std::vector<std::string> words;
   std::optional<std::string> user;
   std::vector<std::string> paths;
+  std::optional<std::string> folder;  ///< title of a search folder of the settings
   std::optional<std::string> kind;
   std::optional<std::string> sort;
   bool descending = false;

@@ -53,7 +53,7 @@ void addUserCommand(CLI::App& app, int& status) {
   auto name = std::make_shared<std::string>();
   CLI::App* command =
       app.add_subcommand("user", "Show a user as the server sees them: ids, groups, preferences");
-  command->add_option("name", *name, "Login name")->required();
+  command->add_option("name", *name, "Login name")->type_name("USER")->required();
   command->callback([name, &status] { status = runUser(*name); });
 }
 

@@ -51,7 +51,12 @@ int main(int argc, char** argv) {
   addSearchCommand(app, status);
   addUserCommand(app, status);
   addKindsCommand(app, status);
+  addFoldersCommand(app, status);
+  addSavedCommand(app, status);
+  addSettingsCommand(app, status);
   addDoctorCommand(app, status);
+  addCompletionCommand(app, status);
+  addManualCommand(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

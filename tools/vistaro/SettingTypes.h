@@ -1,0 +1,33 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "foundation/Value.h"
+
+namespace vt::tool {
+
+/// What kind of value a global setting holds.
+enum class SettingType { kText, kBoolean, kPort, kInteger, kSecret };
+
+/// A global setting that the server knows.
+struct KnownSetting {
+  std::string_view key;
+  SettingType type;
+  std::string_view meaning;  ///< for people, without a full stop
+};
+
+/// The setting called `key`; nullptr for one that the server does not know.
+const KnownSetting* knownSetting(std::string_view key);
+
+/// Every known setting, in the order in which they are listed.
+std::span<const KnownSetting> knownSettings();
+
+/// `text` as a value of that type. Throws CommandError (usage) when it is none.
+Value settingFromText(SettingType type, std::string_view text);
+
+/// The value as people read it, on one line; a secret only says that it is set.
+std::string textOfSetting(std::string_view key, const Value& value);
+
+}  // namespace vt::tool
