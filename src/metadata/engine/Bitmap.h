@@ -54,7 +54,7 @@ class Bitmap {
   /// Adds the numbers from `first` to before `last` for which `isAdded(number)` is true. A word at
   /// a time and without branches, since a processor cannot guess which they are.
   template <class Function>
-  void addIf(std::size_t first, std::size_t last, Function isAdded) {
+  void addIf(std::size_t first, std::size_t last, const Function& isAdded) {
     assert(last <= size_);
     while (first < last) {
       const std::size_t word = first / kBits;
@@ -69,7 +69,7 @@ class Bitmap {
 
   /// Takes out the numbers for which `isKept(number)` is false.
   template <class Function>
-  void keepIf(Function isKept) {
+  void keepIf(const Function& isKept) {
     for (std::size_t word = 0; word < words_.size(); ++word) {
       for (std::uint64_t bits = words_[word]; bits != 0; bits &= bits - 1) {
         const auto bit = static_cast<std::size_t>(std::countr_zero(bits));

@@ -58,6 +58,27 @@ void IndexHits::sortEquallyOldByPath() {
   }
 }
 
+void IndexHits::prefetchAfter(std::size_t index) const {
+  // Names are found through their offsets, which must have come by then.
+  constexpr std::size_t kHitsAhead = 6;
+  constexpr std::size_t kOffsetsAhead = 12;
+  const SegmentColumns& segment = index_->segment;
+  if (index + kOffsetsAhead < rows_.size()) {
+    segment.foldedNames.prefetchOffset(rows_[index + kOffsetsAhead]);
+    segment.otherNames.prefetchOffset(rows_[index + kOffsetsAhead]);
+  }
+  if (index + kHitsAhead < rows_.size()) {
+    const std::uint32_t row = rows_[index + kHitsAhead];
+    segment.foldedNames.prefetchText(row);
+    segment.otherNames.prefetchText(row);
+    __builtin_prefetch(&segment.modified[row]);
+    __builtin_prefetch(&segment.accessed[row]);
+    __builtin_prefetch(&segment.sizes[row]);
+    __builtin_prefetch(&segment.types[row]);
+    __builtin_prefetch(&segment.folders[row]);
+  }
+}
+
 void IndexHits::reorder(const std::vector<std::size_t>& order) {
   std::vector<std::uint32_t> sorted;
   sorted.reserve(rows_.size());

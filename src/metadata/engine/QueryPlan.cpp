@@ -59,7 +59,7 @@ RowSet QueryPlan::rowsAmong(RowSet rows) const {
     const std::vector<std::uint32_t>& below = children_[frame.node];
     if (frame.asked > 0) {
       if (node.kind == NodeKind::kAnd) {
-        frame.open = std::move(answer);
+        frame.open = std::exchange(answer, RowSet::none(answer.size()));
       } else {
         frame.open.remove(answer);
         if (node.kind == NodeKind::kOr) frame.found.add(answer);

@@ -48,7 +48,7 @@ class RowSet {
 
   /// Takes out the rows for which `isKept(row)` is false.
   template <class Function>
-  void keepIf(Function isKept) {
+  void keepIf(const Function& isKept) {
     if (some_) {
       some_->keepIf(isKept);
       return;

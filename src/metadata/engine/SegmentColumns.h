@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -43,6 +44,13 @@ class TextColumn {
     const std::size_t first = offsetOf(number);
     const std::size_t end = offsetOf(number + 1);
     return text_.substr(first, end > first ? end - first - 1 : 0);
+  }
+  /// Has the processor fetch where text `number` begins, or its first bytes. Any number will do.
+  void prefetchOffset(std::size_t number) const {
+    __builtin_prefetch(offsets_.data() + std::min(number, offsets_.size()));
+  }
+  void prefetchText(std::size_t number) const {
+    __builtin_prefetch(text_.data() + offsetOf(number));
   }
   /// The number of the text that holds the byte at `offset`, which is not before text `from`.
   /// Costs the logarithm of how many texts are between.

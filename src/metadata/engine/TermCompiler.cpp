@@ -112,7 +112,8 @@ TermCompiler::Step TermCompiler::fastStepOf(LiveAttribute attribute, const Term&
     case LiveAttribute::kName:
       return nameStep(term, test);
     case LiveAttribute::kIsInvisible: {
-      const std::array<bool, 2> passing = {passes(test, Value(false)), passes(test, Value(true))};
+      const std::array<bool, 2> passing = {passes(test, Value(/*boolean=*/false)),
+                                           passes(test, Value(/*boolean=*/true))};
       return stepThatTests(kFirstByteCost, [this, passing](std::size_t row) {
         return passing[segment_.name(row).starts_with('.') ? 1 : 0];
       });

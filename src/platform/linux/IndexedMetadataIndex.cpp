@@ -138,7 +138,9 @@ std::shared_ptr<MDItem> IndexedMetadataIndex::MDQueryGetResultAtIndex(MDQuery& q
                                                                       std::int32_t index) {
   const std::shared_ptr<const IndexHits>& hits = ours(query).hits;
   if (!hits) return live_->MDQueryGetResultAtIndex(*ours(query).live, index);
-  return std::make_shared<IndexedMDItem>(hits, hits->rowAt(static_cast<std::size_t>(index)));
+  const auto at = static_cast<std::size_t>(index);
+  hits->prefetchAfter(at);
+  return std::make_shared<IndexedMDItem>(hits, hits->rowAt(at));
 }
 
 std::optional<Value> IndexedMetadataIndex::MDQueryGetAttributeValueOfResultAtIndex(
