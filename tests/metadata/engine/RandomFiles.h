@@ -104,8 +104,11 @@ class RandomFiles {
         if (pick(4) == 0) giveAcl(path);
       }
     }
-    // Few dates, so that many files are equally old.
-    const std::int64_t time = kNow + 86400 - pick(6) * 40000 - pick(2) * pick(3) * 20'000'000;
+    // Few dates, so that many files are equally old, and such as queries name to the microsecond:
+    // now, and the midnights before and after it.
+    constexpr auto kOffsets =
+        std::to_array<std::int64_t>({86400, 41400, 0, -40000, -45000, -131400, -20'000'000});
+    const std::int64_t time = kNow + kOffsets[pick(kOffsets.size())];
     const timespec times[2] = {{time - pick(3) * 5000, 0},
                                {time, static_cast<long>(pick(2) * pick(3)) * 500}};
     utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW);
