@@ -8,6 +8,7 @@
 
 #include "metadata/live/FileStatus.h"
 #include "metadata/rights/AclReader.h"
+#include "metadata/store/FolderStamp.h"
 #include "metadata/types/ContentType.h"
 
 namespace vt {
@@ -15,17 +16,6 @@ namespace vt {
 /// How a crawl and its sink call a folder: a number that the sink chose.
 using CrawledFolderId = std::uint32_t;
 inline constexpr CrawledFolderId kNoCrawledFolder = 0xFFFFFFFF;
-
-/// What a folder is known again by: while none of it changes, the names in it are the same.
-/// Nanoseconds since 1970.
-struct FolderStamp {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-  std::int64_t modified = 0;
-  std::int64_t attributesChanged = 0;
-
-  bool operator==(const FolderStamp&) const = default;
-};
 
 /// One entry of a folder as a crawl found it. Borrows name and list for the call.
 struct CrawledEntry {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "metadata/engine/SegmentColumns.h"
+#include "metadata/store/SegmentColumns.h"
 #include "metadata/rights/AccessJudge.h"
 
 namespace vt {

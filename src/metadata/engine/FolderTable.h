@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "metadata/engine/ClassVerdicts.h"
-#include "metadata/engine/SegmentColumns.h"
+#include "metadata/store/SegmentColumns.h"
 
 namespace vt {
 

@@ -24,7 +24,7 @@ void fillStatus(const SegmentColumns& segment, LiveAttribute attribute, std::siz
       status.sizeInBytes = segment.sizes[row];
       break;
     case LiveAttribute::kPhysicalSize:
-      status.allocatedBytes = segment.allocated[row];
+      status.allocatedBytes = segment.allocatedBytesOf(row);
       break;
     case LiveAttribute::kOwnerUser:
     case LiveAttribute::kOwnerGroup:
@@ -57,7 +57,7 @@ FileStatus IndexedFiles::status(std::size_t row) const {
   FileStatus status;
   status.ownership = segment_.classes[segment_.classOf(row)].ownership;
   status.sizeInBytes = segment_.sizes[row];
-  status.allocatedBytes = segment_.allocated[row];
+  status.allocatedBytes = segment_.allocatedBytesOf(row);
   status.modified = segment_.modifiedOf(row);
   status.accessed = segment_.accessedOf(row);
   status.attributesChanged = segment_.attributesChangedOf(row);

@@ -6,7 +6,7 @@
 
 #include "metadata/engine/ClassVerdicts.h"
 #include "metadata/engine/FolderTable.h"
-#include "metadata/engine/SegmentColumns.h"
+#include "metadata/store/SegmentColumns.h"
 #include "metadata/live/FileStatus.h"
 #include "metadata/live/LiveAttribute.h"
 #include "metadata/live/LiveFile.h"

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "metadata/engine/SegmentColumns.h"
+#include "metadata/store/SegmentColumns.h"
 #include "metadata/engine/SubstringScanner.h"
 #include "metadata/engine/TermStep.h"
 #include "metadata/query/FoldedPattern.h"

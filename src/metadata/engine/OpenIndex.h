@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "metadata/engine/SegmentColumns.h"
+#include "metadata/store/SegmentColumns.h"
 #include "metadata/types/ContentTypes.h"
 
 namespace vt {

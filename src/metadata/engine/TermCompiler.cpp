@@ -218,7 +218,7 @@ TermCompiler::Step TermCompiler::sizeStep(LiveAttribute attribute, const ValueTe
     });
   }
   return stepThatTests(kNumberCost, [this, bounds = *bounds](std::size_t row) {
-    return bounds.contain(segment_.allocated[row]);
+    return bounds.contain(segment_.allocatedBytesOf(row));
   });
 }
 

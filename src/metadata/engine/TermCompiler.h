@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "metadata/engine/IndexedFiles.h"
-#include "metadata/engine/SegmentColumns.h"
+#include "metadata/store/SegmentColumns.h"
 #include "metadata/engine/TermStep.h"
 #include "metadata/query/AttributeSchema.h"
 #include "metadata/query/Query.h"

@@ -53,7 +53,8 @@ TEST(DamagedColumns, GiveWrongAnswersAtWorst) {
     const auto rowTypes = damaged(good.types, random);
     const auto folders = damaged(good.folders, random);
     const auto classes = damaged(good.accessClasses, random);
-    const auto ownFolders = damaged(good.ownFolders, random);
+    const auto folderRows = damaged(good.folderRows, random);
+    const auto foldersByRow = damaged(good.foldersByRow, random);
     const auto parents = damaged(good.parents, random);
     const auto folderClasses = damaged(good.folderAccessClasses, random);
     auto bad = std::make_shared<OpenIndex>(*whole);
@@ -62,7 +63,8 @@ TEST(DamagedColumns, GiveWrongAnswersAtWorst) {
     bad->segment.types = rowTypes;
     bad->segment.folders = folders;
     bad->segment.accessClasses = classes;
-    bad->segment.ownFolders = ownFolders;
+    bad->segment.folderRows = folderRows;
+    bad->segment.foldersByRow = foldersByRow;
     bad->segment.parents = parents;
     bad->segment.folderAccessClasses = folderClasses;
     const std::uint32_t scope = indexedFolderAt(good, files.path()).value();

@@ -1,6 +1,4 @@
-#include "metadata/engine/SegmentColumns.h"
-
-#include <algorithm>
+#include "metadata/store/TextColumn.h"
 
 namespace vt {
 
@@ -15,6 +13,16 @@ std::size_t TextColumn::numberAt(std::size_t offset, std::size_t from) const {
   const auto after = std::upper_bound(offsets_.begin() + static_cast<std::ptrdiff_t>(from) + 1,
                                       offsets_.begin() + static_cast<std::ptrdiff_t>(end), offset);
   return static_cast<std::size_t>(after - offsets_.begin()) - 1;
+}
+
+bool TextColumn::isWhole() const {
+  if (offsets_.empty() || offsets_.front() != 0 || offsets_.back() != text_.size()) return false;
+  for (std::size_t number = 0; number < size(); ++number) {
+    // The first end from where a text begins is where the next one begins.
+    const std::size_t end = text_.find(kEnd, offsets_[number]);
+    if (end == std::string_view::npos || offsets_[number + 1] != end + 1) return false;
+  }
+  return true;
 }
 
 }  // namespace vt
