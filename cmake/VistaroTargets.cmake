@@ -3,6 +3,7 @@
 add_library(vistaro_options INTERFACE)
 target_compile_options(vistaro_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror
+  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
   # clang complains of what g++ 12's std::stable_sort calls.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
 target_compile_definitions(vistaro_options INTERFACE

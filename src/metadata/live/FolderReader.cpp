@@ -30,11 +30,11 @@ EntryKind kindOf(unsigned char type) {
 
 FolderReader::FolderReader() : buffer_(kBufferBytes / sizeof(std::uint64_t)) {}
 
-void FolderReader::list(int folder, FunctionRef<void(const char* name, EntryKind kind)> visit) {
+bool FolderReader::list(int folder, FunctionRef<void(const char* name, EntryKind kind)> visit) {
   char* const start = reinterpret_cast<char*>(buffer_.data());
   for (;;) {
     const ssize_t bytes = getdents64(folder, start, kBufferBytes);
-    if (bytes <= 0) return;
+    if (bytes <= 0) return bytes == 0;
     for (ssize_t at = 0; at < bytes;) {
       const auto* entry = reinterpret_cast<const dirent64*>(start + at);
       at += entry->d_reclen;

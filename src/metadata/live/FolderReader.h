@@ -17,8 +17,8 @@ class FolderReader {
 
   /// Hands each entry but "." and ".." to `visit`, in the order of the file system. The name
   /// ends in a NUL and is good during the visit. Entries that come or go meanwhile are listed or
-  /// not. Stops where the folder cannot be read further.
-  void list(int folder, FunctionRef<void(const char* name, EntryKind kind)> visit);
+  /// not. False when the folder could not be read to its end.
+  bool list(int folder, FunctionRef<void(const char* name, EntryKind kind)> visit);
 
  private:
   std::vector<std::uint64_t> buffer_;  // words, since the kernel's records are aligned to them

@@ -41,4 +41,16 @@ std::optional<LiveAttribute> liveAttributeNamed(std::string_view name) {
 
 bool needsStatus(LiveAttribute attribute) { return attribute >= LiveAttribute::kModificationDate; }
 
+std::vector<LiveAttribute> searchableLiveAttributes(const query::AttributeSchema& schema) {
+  std::vector<LiveAttribute> searchable;
+  for (const query::Attribute& attribute : schema.attributes()) {
+    if (!attribute.isSearchable) continue;
+    const std::optional<LiveAttribute> live = liveAttributeNamed(attribute.name);
+    if (live && std::ranges::find(searchable, *live) == searchable.end()) {
+      searchable.push_back(*live);
+    }
+  }
+  return searchable;
+}
+
 }  // namespace vt

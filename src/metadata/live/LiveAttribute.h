@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
+
+#include "metadata/query/AttributeSchema.h"
 
 namespace vt {
 
@@ -33,5 +36,9 @@ std::optional<LiveAttribute> liveAttributeNamed(std::string_view name);
 /// Whether the file's status must be asked to tell the attribute. What needs none is told from
 /// the listing of the folder.
 bool needsStatus(LiveAttribute attribute);
+
+/// What `*` looks at: the attributes that the schema marks as searchable and a file can have, each
+/// once, though two names may mean one.
+std::vector<LiveAttribute> searchableLiveAttributes(const query::AttributeSchema& schema);
 
 }  // namespace vt

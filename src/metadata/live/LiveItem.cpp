@@ -9,19 +9,14 @@ namespace vt {
 
 LiveItem::LiveItem(const query::QueryMatcher& matcher, const query::AttributeSchema& schema,
                    const TypeTables& tables, const AccessJudge& judge)
-    : tables_(tables), judge_(judge), textType_(tables.types.find("public.text")) {
+    : tables_(tables),
+      judge_(judge),
+      textType_(tables.types.find("public.text")),
+      searchable_(searchableLiveAttributes(schema)) {
   for (const std::string& name : matcher.attributes()) {
     attributes_.push_back(liveAttributeNamed(name));
   }
   values_.resize(attributes_.size());
-  for (const query::Attribute& attribute : schema.attributes()) {
-    if (!attribute.isSearchable) continue;
-    // Two names of one thing are looked at once.
-    const std::optional<LiveAttribute> live = liveAttributeNamed(attribute.name);
-    if (live && std::ranges::find(searchable_, *live) == searchable_.end()) {
-      searchable_.push_back(*live);
-    }
-  }
 }
 
 void LiveItem::moveTo(const WalkedEntry& entry) {

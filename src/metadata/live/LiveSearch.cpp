@@ -1,23 +1,14 @@
 #include "metadata/live/LiveSearch.h"
 
-#include <optional>
 #include <unordered_set>
 #include <utility>
 
 #include "metadata/live/FolderWalk.h"
 #include "metadata/live/LiveItem.h"
-#include "metadata/live/PathResolver.h"
+#include "metadata/live/SearchScopes.h"
 
 namespace vt {
 namespace {
-
-/// A scope folder that is there and that the account may reach.
-struct Scope {
-  std::string given;          // as the caller named it
-  std::string path;           // hits are called by it
-  std::string canonicalPath;  // tells scopes apart
-  Descriptor folder;
-};
 
 class Collector final : public FolderVisitor {
  public:
@@ -26,7 +17,7 @@ class Collector final : public FolderVisitor {
       : matcher_(matcher), item_(item), hits_(hits), progress_(progress) {}
 
   /// `scopes` are the canonical paths of all.
-  void startScope(const Scope& scope, const std::unordered_set<std::string>& scopes) {
+  void startScope(const SearchScope& scope, const std::unordered_set<std::string>& scopes) {
     scope_ = &scope;
     scopes_ = &scopes;
   }
@@ -61,7 +52,7 @@ class Collector final : public FolderVisitor {
   const LiveSearch::Progress& progress_;
   std::uint64_t folders_ = 0;
   std::uint64_t entries_ = 0;
-  const Scope* scope_ = nullptr;
+  const SearchScope* scope_ = nullptr;
   const std::unordered_set<std::string>* scopes_ = nullptr;
 };
 
@@ -71,22 +62,14 @@ LiveSearchResult LiveSearch::run(const std::vector<std::string>& scopes,
                                  const Credentials& who) const {
   LiveSearchResult result;
   const AccessJudge judge(who);
-  std::vector<Scope> usable;
+  SearchScopes found = findSearchScopes(scopes, judge);
+  result.unusableScopes = std::move(found.unusable);
   std::unordered_set<std::string> canonicalPaths;
-  for (const std::string& path : scopes) {
-    std::optional<ResolvedPath> found = resolvePath(path, LastLink::kFollow, judge);
-    if (!found || !found->status.isFolder() ||
-        !maySearchFolder(found->file.get(), found->status, judge)) {
-      result.unusableScopes.push_back(path);
-    } else if (canonicalPaths.insert(found->canonicalPath).second) {
-      usable.push_back({path, std::move(found->shownPath), std::move(found->canonicalPath),
-                        std::move(found->file)});
-    }
-  }
+  for (const SearchScope& scope : found.usable) canonicalPaths.insert(scope.canonicalPath);
 
   LiveItem item(matcher_, schema_, tables_, judge);
   Collector collector(matcher_, item, result.hits, progress_);
-  for (const Scope& scope : usable) {
+  for (const SearchScope& scope : found.usable) {
     collector.startScope(scope, canonicalPaths);
     if (!FolderWalk(judge, collector).walk(scope.folder.get(), scope.path)) {
       result.unusableScopes.push_back(scope.given);

@@ -12,6 +12,15 @@ Query::Query(std::string text, std::vector<Node> nodes, std::vector<Term> terms,
       root_(root),
       warnings_(std::move(warnings)) {}
 
+const std::string& attributeOf(const Term& term) {
+  return std::visit([](const auto& t) -> const std::string& { return t.attribute; }, term);
+}
+
+bool isNegated(const Term& term) {
+  const auto* comparison = std::get_if<Comparison>(&term);
+  return comparison != nullptr && comparison->operation == Operator::kNotEqual;
+}
+
 bool operator==(const Query& a, const Query& b) {
   // Both trees are walked in step: down to the first child, else on to the next sibling of the
   // nearest ancestor that has one. Parents need no comparison, since the steps agree so far.

@@ -63,6 +63,11 @@ struct Range {
 
 using Term = std::variant<Comparison, Range>;
 
+/// The attribute that the term asks of.
+const std::string& attributeOf(const Term& term);
+/// Whether the term is satisfied by what its value test is not: by `!=`.
+bool isNegated(const Term& term);
+
 enum class NodeKind : std::uint8_t { kTrue, kFalse, kTerm, kNot, kAnd, kOr };
 
 inline constexpr std::uint32_t kNoNode = std::numeric_limits<std::uint32_t>::max();

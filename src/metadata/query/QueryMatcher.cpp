@@ -9,6 +9,7 @@
 #include <utility>
 #include <variant>
 
+#include "metadata/query/QueryOrder.h"
 #include "metadata/query/QuerySemantics.h"
 #include "metadata/query/ValueTest.h"
 #include "metadata/query/WordBoundaries.h"
@@ -90,15 +91,6 @@ std::uint64_t costOf(std::string_view attribute) {
   return kExtendedCost;
 }
 
-const std::string& attributeOf(const Term& term) {
-  return std::visit([](const auto& t) -> const std::string& { return t.attribute; }, term);
-}
-
-bool isNegated(const Term& term) {
-  const auto* comparison = std::get_if<Comparison>(&term);
-  return comparison != nullptr && comparison->operation == Operator::kNotEqual;
-}
-
 }  // namespace
 
 /// The tree as a chain of questions, each of which leads to the next by its answer. Walking it
@@ -160,35 +152,6 @@ class Questioner {
   std::unordered_map<std::string, std::size_t> slots_;
 };
 
-/// The children of each node in the order in which they are best asked.
-std::vector<std::vector<std::uint32_t>> orderedChildren(const Query& query) {
-  const std::vector<Node>& nodes = query.nodes();
-  std::vector<std::uint32_t> order;  // each node after its parent
-  for (std::vector<std::uint32_t> open{query.root()}; !open.empty();) {
-    const std::uint32_t at = open.back();
-    open.pop_back();
-    order.push_back(at);
-    for (std::uint32_t child = nodes[at].firstChild; child != kNoNode;
-         child = nodes[child].nextSibling) {
-      open.push_back(child);
-    }
-  }
-  std::vector<std::uint64_t> costs(nodes.size(), 0);
-  std::vector<std::vector<std::uint32_t>> children(nodes.size());
-  for (auto at = order.rbegin(); at != order.rend(); ++at) {
-    const Node& node = nodes[*at];
-    if (node.kind == NodeKind::kTerm) costs[*at] = costOf(attributeOf(query.terms()[node.term]));
-    for (std::uint32_t child = node.firstChild; child != kNoNode;
-         child = nodes[child].nextSibling) {
-      costs[*at] += costs[child];
-      children[*at].push_back(child);
-    }
-    std::stable_sort(children[*at].begin(), children[*at].end(),
-                     [&](std::uint32_t a, std::uint32_t b) { return costs[a] < costs[b]; });
-  }
-  return children;
-}
-
 /// Makes instructions from the last to the first, so that the target of each is known.
 Target compile(const Query& query, std::vector<Instruction>& instructions) {
   struct Frame {
@@ -197,7 +160,8 @@ Target compile(const Query& query, std::vector<Instruction>& instructions) {
     Target ifFalse;
     std::size_t childrenLeft;
   };
-  const auto children = orderedChildren(query);
+  const auto children =
+      childrenByCost(query, [](const Term& term) { return costOf(attributeOf(term)); });
   std::vector<Frame> stack;
   const auto enter = [&](std::uint32_t node, Target ifTrue, Target ifFalse) {
     stack.push_back({node, ifTrue, ifFalse, children[node].size()});

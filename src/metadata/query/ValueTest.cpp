@@ -63,13 +63,6 @@ bool isIdentifier(const Attribute& attribute) {
   return attribute.name == "kMDItemContentType" || attribute.name == "kMDItemContentTypeTree";
 }
 
-/// A number stands for its digits where text is compared.
-std::string patternOf(const Operand& operand) {
-  if (const auto* number = std::get_if<NumberOperand>(&operand)) return number->literal;
-  const auto* text = std::get_if<TextOperand>(&operand);
-  return text == nullptr ? std::string() : text->pattern;
-}
-
 }  // namespace
 
 bool PresenceTest::operator()(const Value& value) const { return !value.isNull(); }
@@ -103,6 +96,12 @@ bool DateTest::operator()(const Value& value) const {
     return false;
   }
   return date >= first && date <= last;
+}
+
+std::string patternOf(const Operand& operand) {
+  if (const auto* number = std::get_if<NumberOperand>(&operand)) return number->literal;
+  const auto* text = std::get_if<TextOperand>(&operand);
+  return text == nullptr ? std::string() : text->pattern;
 }
 
 ValueTest testOf(const Comparison& comparison, const Attribute& attribute,

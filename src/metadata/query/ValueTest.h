@@ -1,7 +1,6 @@
 #pragma once
 
-#include <limits>
-#include <string_view>
+#include <string>
 #include <variant>
 
 #include "foundation/Value.h"
@@ -49,6 +48,10 @@ using ValueTest = std::variant<PresenceTest, TextTest, NumberTest, DateTest>;
 ValueTest testOf(const Comparison& comparison, const Attribute& attribute,
                  const EvaluationContext& context);
 ValueTest testOf(const Range& range, const Attribute& attribute, const EvaluationContext& context);
+
+/// The pattern that an operand is where text is compared; a number stands for its digits, and a
+/// time for nothing.
+std::string patternOf(const Operand& operand);
 
 /// Whether the value, or any element of it when it is an array, passes.
 bool passes(const ValueTest& test, const Value& value);

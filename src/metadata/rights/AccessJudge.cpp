@@ -9,6 +9,12 @@ bool holds(std::uint32_t bits, Permissions wanted) { return (bits & wanted) == w
 
 }  // namespace
 
+bool mayAclMatter(std::uint32_t mode) {
+  if (S_ISLNK(mode) || (mode & S_IRWXG) == 0) return false;
+  const std::uint32_t wanted = S_ISDIR(mode) ? kMayRead | kMaySearch : kMayRead;
+  return ((mode >> 3 | mode) & wanted) != 0;
+}
+
 std::optional<bool> AccessJudge::verdictOfModeAlone(const FileOwnership& file,
                                                     Permissions wanted) const {
   if (who_.isSuperuser()) return true;

@@ -15,7 +15,13 @@ struct FileOwnership {
   std::uint32_t uid = 0;
   std::uint32_t gid = 0;
   std::uint32_t mode = 0;  ///< permissions and file type
+
+  bool operator==(const FileOwnership&) const = default;
 };
+
+/// Whether anybody's verdict on reading the file, or on searching the folder, can depend on an
+/// access control list; if not, none need be read. The reasons are those of verdictOfModeAlone().
+bool mayAclMatter(std::uint32_t mode);
 
 /// Says what an account may do with a file, as the kernel would say it: the owner by the owner's
 /// bits alone; else by the access control list when there is one; else by the group's or the

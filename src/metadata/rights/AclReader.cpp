@@ -72,4 +72,18 @@ AclReading readAcl(int folder, const char* name) {
   return read([&](std::span<std::uint8_t> bytes) { return getByName(folder, name, bytes); });
 }
 
+AclPresence readAclBytes(int folder, const char* name, std::vector<std::uint8_t>& bytes) {
+  bytes.resize(kUsualBytes);
+  ssize_t size = getByName(folder, name, bytes);
+  if (size < 0 && errno == ERANGE) {
+    bytes.resize(kMostBytes);
+    size = getByName(folder, name, bytes);
+  }
+  const int error = errno;
+  bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+  if (size >= 0) return AclPresence::kPresent;
+  if (error == ENODATA) return AclPresence::kNone;
+  return error == EOPNOTSUPP ? AclPresence::kNotKept : AclPresence::kUnknown;
+}
+
 }  // namespace vt

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "metadata/rights/AccessControlList.h"
 
@@ -22,5 +24,17 @@ AclReading readAcl(int descriptor);
 /// About 0.8 us with Linux 6.13 and later; 3 us before, where the only way that starts at a folder
 /// descriptor goes through /proc. Without /proc nothing is known there.
 AclReading readAcl(int folder, const char* name);
+
+/// What is known of a list that is kept as it is, to be judged later.
+enum class AclPresence : std::uint8_t {
+  kNone,     ///< the file has none beside its mode bits
+  kNotKept,  ///< nor has any other file: its file system keeps none
+  kPresent,
+  kUnknown,  ///< it could not be read
+};
+
+/// Reads the bytes of that list into `bytes`, unjudged; they are empty unless it is present. Costs
+/// what readAcl() costs.
+AclPresence readAclBytes(int folder, const char* name, std::vector<std::uint8_t>& bytes);
 
 }  // namespace vt

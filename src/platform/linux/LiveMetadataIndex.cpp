@@ -63,9 +63,10 @@ std::shared_ptr<MDQuery> LiveMetadataIndex::MDQueryCreate(
 void LiveMetadataIndex::MDQuerySetSortComparator(
     MDQuery& query, MDQuerySortComparatorFunction comparator, const void* context,
     const std::optional<MDQueryDeclaredOrder>& declared) {
-  ours(query).comparator = comparator;
-  ours(query).comparatorContext = context;
-  ours(query).declared = declared;
+  HitOrder& order = ours(query).order;
+  order.comparator = comparator;
+  order.comparatorContext = context;
+  order.declared = declared;
 }
 
 void LiveMetadataIndex::MDQuerySetSearchScope(MDQuery& query,

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "metadata/live/LiveFile.h"
 #include "metadata/query/AttributeSchema.h"
 #include "metadata/query/Query.h"
 #include "metadata/rights/Credentials.h"
@@ -65,9 +66,12 @@ class LiveMetadataIndex final : public MetadataIndex {
   std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
       std::string_view attribute) override;
 
- private:
+  /// On whose behalf it answers now; nothing when nobody may be answered.
   std::optional<Credentials> callersCredentials() const;
+  TypeTables tables() const { return {*types_, groups_}; }
+  const query::AttributeSchema& schema() const { return *schema_; }
 
+ private:
   std::shared_ptr<const ContentTypes> types_;
   ResultGroups groups_;
   std::shared_ptr<const query::AttributeSchema> schema_;

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,17 +10,9 @@
 #include "metadata/live/LiveSearch.h"
 #include "metadata/query/Query.h"
 #include "platform/MetadataIndex.h"
-#include "platform/linux/LiveMetadataIndex.h"
+#include "platform/linux/HitOrder.h"
 
 namespace vt {
-
-/// An attribute as a caller names it, and what that is here.
-struct NamedAttribute {
-  std::string name;
-  std::optional<LiveAttribute> attribute;  ///< nothing when no file has it
-};
-
-std::vector<NamedAttribute> namedAttributes(const std::vector<std::string>& names);
 
 /// A query of LiveMetadataIndex, and its hits once executed.
 class LiveQuery final : public MDQuery {
@@ -34,17 +25,10 @@ class LiveQuery final : public MDQuery {
 
   query::Query parsed;
   std::vector<NamedAttribute> valueList;
-  std::vector<NamedAttribute> sorting;
-  MDQuerySortComparatorFunction comparator = nullptr;
-  const void* comparatorContext = nullptr;
-  std::optional<MDQueryDeclaredOrder> declared;
+  HitOrder order;
   std::vector<std::string> scopes;
   LiveHits hits;
   MDQueryNotes notes;
-
- private:
-  bool isOrderedAsDeclared(const TypeTables& tables) const;
-  void sortByComparator(const TypeTables& tables);
 };
 
 /// One file of LiveMetadataIndex, as it was when it was found.

@@ -16,9 +16,9 @@ namespace {
 std::map<std::string, EntryKind> listing(const std::string& path) {
   const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   std::map<std::string, EntryKind> entries;
-  FolderReader().list(folder.get(), [&](const char* name, EntryKind kind) {
+  EXPECT_TRUE(FolderReader().list(folder.get(), [&](const char* name, EntryKind kind) {
     EXPECT_TRUE(entries.emplace(name, kind).second) << "listed twice";
-  });
+  }));
   return entries;
 }
 
@@ -58,8 +58,8 @@ TEST(FolderReader, FindsNothingInWhatIsNoFolder) {
   const LiveTree tree;
   int entries = 0;
   const Descriptor file(open(tree.file("file").c_str(), O_RDONLY | O_CLOEXEC));
-  FolderReader().list(file.get(), [&](const char*, EntryKind) { ++entries; });
-  FolderReader().list(-1, [&](const char*, EntryKind) { ++entries; });
+  EXPECT_FALSE(FolderReader().list(file.get(), [&](const char*, EntryKind) { ++entries; }));
+  EXPECT_FALSE(FolderReader().list(-1, [&](const char*, EntryKind) { ++entries; }));
   EXPECT_EQ(entries, 0);
 }
 

@@ -67,5 +67,27 @@ TEST(AccessJudge, ReadsTheListOnlyWhereItCouldMatter) {
   }
 }
 
+TEST(AccessJudge, KnowsWhereAListMattersToNobody) {
+  const struct {
+    const char* what;
+    std::uint32_t mode;
+    bool mayMatter;
+  } cases[] = {
+      {"usual file", S_IFREG | 0644, true},
+      {"group alone", S_IFREG | 0640, true},
+      {"owner alone", S_IFREG | 0600, false},
+      {"no group bits", S_IFREG | 0604, false},
+      {"nobody may read", S_IFREG | 0711, false},
+      {"folder to be searched", S_IFDIR | 0711, true},
+      {"folder to be listed", S_IFDIR | 0750, true},
+      {"folder of its owner", S_IFDIR | 0700, false},
+      {"link", S_IFLNK | 0777, false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_EQ(mayAclMatter(c.mode), c.mayMatter);
+  }
+}
+
 }  // namespace
 }  // namespace vt

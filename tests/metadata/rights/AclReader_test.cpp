@@ -69,5 +69,25 @@ TEST(AclReader, ReadsListsLongerThanItsUsualBuffer) {
   close(file);
 }
 
+TEST(AclReader, GivesTheBytesAsTheyAreKept) {
+  const TemporaryFolder folder;
+  std::ofstream{folder / "plain"};
+  std::ofstream{folder / "listed"};
+  setAcl(folder / "listed", "u::rw,u:12345:r,g::-,m::r,o::-");
+  const int directory = open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  std::vector<std::uint8_t> bytes;
+  EXPECT_EQ(readAclBytes(directory, "listed", bytes), AclPresence::kPresent);
+  const auto list = AccessControlList::parse(bytes);
+  ASSERT_TRUE(list);
+  EXPECT_EQ(list->entries()[1].id, 12345U);
+  EXPECT_EQ(readAclBytes(directory, "plain", bytes), AclPresence::kNone);
+  EXPECT_TRUE(bytes.empty());
+  EXPECT_EQ(readAclBytes(directory, "gone", bytes), AclPresence::kUnknown);
+  close(directory);
+  const int processes = open("/proc/self", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  EXPECT_EQ(readAclBytes(processes, "status", bytes), AclPresence::kNotKept);
+  close(processes);
+}
+
 }  // namespace
 }  // namespace vt

@@ -1,0 +1,93 @@
+#include "metadata/engine/FolderTable.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "metadata/live/LiveFile.h"
+
+namespace vt {
+namespace {
+
+/// Takes the first step off a canonical path: "a" of "/a/b".
+std::string_view takeStep(std::string_view& path) {
+  path.remove_prefix(1);
+  const std::string_view step = path.substr(0, path.find('/'));
+  path.remove_prefix(step.size());
+  return step;
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> indexedFolderAt(const SegmentColumns& segment, std::string_view path) {
+  if (segment.folderCount() == 0) return std::nullopt;
+  std::uint32_t at = 0;  // "/" is the first
+  bool isIndexed = (segment.areRoots[at] != 0);
+  std::string_view rest = path == "/" ? std::string_view() : path;
+  // A folder's parent is before it, so one pass meets all steps in turn.
+  std::string_view step = rest.empty() ? rest : takeStep(rest);
+  for (std::uint32_t folder = 1; !step.empty() && folder < segment.folderCount(); ++folder) {
+    if (segment.parents[folder] != at || segment.folderNames[folder] != step) continue;
+    at = folder;
+    isIndexed = isIndexed || (segment.areRoots[at] != 0);
+    step = rest.empty() ? rest : takeStep(rest);
+  }
+  if (!step.empty() || !isIndexed || segment.areListed[at] == 0) return std::nullopt;
+  return at;
+}
+
+FolderTable::FolderTable(const SegmentColumns& segment, std::vector<IndexedScope> scopes,
+                         const ClassVerdicts& verdicts)
+    : segment_(segment),
+      scopes_(std::move(scopes)),
+      isSearched_(segment.folderCount(), 0),
+      scopeOf_(segment.folderCount(), 0) {
+  std::unordered_map<std::uint32_t, std::uint32_t> scopeAt;
+  for (std::uint32_t i = 0; i < scopes_.size(); ++i) scopeAt.emplace(scopes_[i].folder, i);
+  // A folder's parent is before it.
+  for (std::uint32_t folder = 0; folder < segment.folderCount(); ++folder) {
+    const std::uint32_t parent = segment.parents[folder];
+    if (const auto scope = scopeAt.find(folder); scope != scopeAt.end()) {
+      scopeOf_[folder] = scope->second;
+      isSearched_[folder] = 1;
+    } else if (parent < folder && isSearched(parent) &&
+               verdicts.maySearch(segment.classOfFolder(folder))) {
+      scopeOf_[folder] = scopeOf_[parent];
+      isSearched_[folder] = 1;
+    }
+  }
+  // With one scope all paths begin alike, so only what comes after counts.
+  if (scopes_.size() > 1) {
+    keepsPathOrder_ = std::ranges::all_of(
+        scopes_, [](const IndexedScope& scope) { return scope.shownPath == scope.canonicalPath; });
+  }
+}
+
+std::string FolderTable::pathOf(std::uint32_t folder) const { return pathOf(folder, {}); }
+
+std::string FolderTable::pathOf(std::uint32_t folder, std::string_view name) const {
+  const IndexedScope& scope = scopes_[scopeOf_[folder]];
+  const std::string_view start = scope.shownPath == "/" ? std::string_view() : scope.shownPath;
+  // Twice up to the scope folder: for the length, then to fill in the names from the end.
+  std::size_t length = start.size() + (name.empty() ? 0 : 1 + name.size());
+  for (std::uint32_t at = folder; at != scope.folder; at = segment_.parents[at]) {
+    length += 1 + segment_.folderNames[at].size();
+  }
+  if (length == 0) return "/";
+  std::string path(length, '/');
+  std::size_t end = length;
+  const auto prepend = [&](std::string_view step) {
+    end -= step.size();
+    step.copy(path.data() + end, step.size());
+    --end;  // the slash that is there
+  };
+  if (!name.empty()) prepend(name);
+  for (std::uint32_t at = folder; at != scope.folder; at = segment_.parents[at]) {
+    prepend(segment_.folderNames[at]);
+  }
+  start.copy(path.data(), start.size());
+  return path;
+}
+
+}  // namespace vt

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "metadata/engine/ClassVerdicts.h"
+#include "metadata/engine/FolderTable.h"
+#include "metadata/engine/IndexedFiles.h"
+#include "metadata/engine/OpenIndex.h"
+#include "metadata/query/AttributeSchema.h"
+#include "metadata/query/Query.h"
+#include "metadata/query/TimeValue.h"
+#include "metadata/rights/AccessJudge.h"
+
+namespace vt {
+
+/// What a search of the index found: rows in order, whose values are told when they are asked for.
+/// Holds on to the segment, so a newer generation takes nothing away.
+class IndexHits {
+ public:
+  /// Searches `scopes` for what satisfies the query and the judged account may read. A query that
+  /// needs text content does not get it. `tables` must outlive the hits; the rest is borrowed for
+  /// the call.
+  IndexHits(std::shared_ptr<const OpenIndex> index, const TypeTables& tables,
+            std::vector<IndexedScope> scopes, const AccessJudge& judge, const query::Query& query,
+            const query::AttributeSchema& schema, const query::EvaluationContext& context);
+  IndexHits(const IndexHits&) = delete;
+  IndexHits& operator=(const IndexHits&) = delete;
+
+  /// Newest modification first, equal ones by the bytes of their paths.
+  std::size_t size() const { return rows_.size(); }
+  std::size_t rowAt(std::size_t index) const { return rows_[index]; }
+  const IndexedFiles& files() const { return files_; }
+
+  /// Has the processor fetch what will be told of the hits after `index`, since who asks for one
+  /// mostly asks for those too: the rows of hits are far apart in every column.
+  void prefetchAfter(std::size_t index) const;
+
+  /// Puts the hits in the order of `order`, which holds each index once.
+  void reorder(const std::vector<std::size_t>& order);
+
+ private:
+  bool isReadable(std::size_t row) const;
+  void sortEquallyOldByPath();
+
+  std::shared_ptr<const OpenIndex> index_;
+  ClassVerdicts verdicts_;
+  FolderTable folders_;
+  IndexedFiles files_;
+  std::vector<std::uint32_t> rows_;
+};
+
+}  // namespace vt

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+
+#include "metadata/engine/IndexedFiles.h"
+#include "metadata/store/SegmentColumns.h"
+#include "metadata/engine/TermStep.h"
+#include "metadata/query/AttributeSchema.h"
+#include "metadata/query/Query.h"
+#include "metadata/query/TimeValue.h"
+#include "metadata/query/ValueTest.h"
+
+namespace vt {
+
+/// Makes steps of terms. What a column of the segment can tell is told by it, with the bounds of
+/// the query's own test; any other term is put to each row as a query of its own.
+class TermCompiler {
+ public:
+  /// Borrows everything, for the life of the steps too.
+  TermCompiler(const SegmentColumns& segment, const TypeTables& tables,
+               const std::vector<ContentTypeId>& types, const query::AttributeSchema& schema,
+               const query::EvaluationContext& context, const IndexedFiles& files)
+      : segment_(segment),
+        tables_(tables),
+        types_(types),
+        schema_(schema),
+        context_(context),
+        files_(files) {}
+
+  /// `!=` is made as `==`.
+  std::unique_ptr<TermStep> stepOf(const query::Term& term) const;
+
+ private:
+  using Step = std::unique_ptr<TermStep>;
+
+  Step fastStepOf(LiveAttribute attribute, const query::Term& term,
+                  const query::ValueTest& test) const;
+  Step nameStep(const query::Term& term, const query::ValueTest& test) const;
+  Step typeStep(LiveAttribute attribute, const query::ValueTest& test) const;
+  Step classStep(LiveAttribute attribute, const query::ValueTest& test) const;
+  Step dateStep(LiveAttribute attribute, const query::ValueTest& test) const;
+  Step sizeStep(LiveAttribute attribute, const query::ValueTest& test) const;
+  Step everyRow() const;
+  Step noRow() const;
+
+  const SegmentColumns& segment_;
+  const TypeTables tables_;
+  const std::vector<ContentTypeId>& types_;
+  const query::AttributeSchema& schema_;
+  const query::EvaluationContext& context_;
+  const IndexedFiles& files_;
+};
+
+}  // namespace vt

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "foundation/Result.h"
+#include "metadata/live/Descriptor.h"
+#include "metadata/store/Manifest.h"
+#include "metadata/store/Segment.h"
+#include "metadata/store/StoreCalls.h"
+#include "metadata/store/StoreError.h"
+
+namespace vt {
+
+class SegmentBuilder;
+
+/// The right to write into an index, for as long as it lives and the process does.
+class IndexLock {
+ public:
+  explicit IndexLock(Descriptor file) : file_(std::move(file)) {}
+
+ private:
+  Descriptor file_;
+};
+
+/// A generation of an index, open for searching. Stays good when newer ones come.
+struct IndexGeneration {
+  Manifest manifest;
+  std::shared_ptr<const Segment> segment;
+};
+
+/// The folder that holds an index: the manifest of its newest generation and what that consists of.
+///
+/// Since an index names everything that its owner could see, nobody else may look into the folder
+/// or write there. Open it anew for each look: it may have been put in the place of an older one.
+class IndexFolder {
+ public:
+  static constexpr const char* kManifestName = "manifest";
+  static constexpr const char* kLockName = "lock";
+
+  /// Opens the folder at `path`. kMissing when there is none; kNotOurs when it belongs to another
+  /// user than this process acts for, or its mode lets others in.
+  static Result<IndexFolder, StoreError> open(const std::string& path,
+                                              StoreCalls& calls = StoreCalls::system());
+  /// The same, making the folder with mode 0700, and those above with 0755, where they are missing.
+  static Result<IndexFolder, StoreError> make(const std::string& path,
+                                              StoreCalls& calls = StoreCalls::system());
+
+  /// The manifest of the newest generation. kMissing before the first.
+  Result<Manifest, StoreError> manifest() const;
+  /// Opens the newest generation; also while another process publishes the next.
+  Result<IndexGeneration, StoreError> current() const;
+
+  /// Takes the right to write, without waiting. kLocked, with the number of the process that has
+  /// it, when another has it; also when this process has it already.
+  Result<IndexLock, StoreError> lock() const;
+
+  /// Writes what was built as the next generation and puts it in the place of the one before,
+  /// whole or not at all, whatever befalls this process or the machine; removes what earlier
+  /// generations and killed processes left. Of `crawl` all but generation and segments counts.
+  /// Gives the manifest.
+  ///
+  /// An error leaves the old generation in force and nothing of the new one, with one exception:
+  /// when at the very end the folder can't be synced, the new one is in force, though a loss of
+  /// power may bring the old one back, which is why both are then kept.
+  Result<Manifest, StoreError> publish(const IndexLock& lock, const SegmentBuilder& built,
+                                       Manifest crawl) const;
+
+ private:
+  IndexFolder(std::string path, Descriptor folder, StoreCalls& calls)
+      : path_(std::move(path)), folder_(std::move(folder)), calls_(&calls) {}
+
+  std::string shown(const std::string& name) const { return path_ + "/" + name; }
+  std::optional<StoreError> replaceManifest(const std::string& text) const;
+  Result<SegmentIdentity, StoreError> writeSegment(const std::string& name,
+                                                   const SegmentBuilder& built,
+                                                   std::uint64_t generation) const;
+  template <class Write>
+  std::optional<StoreError> writeBeside(const std::string& name, Write write) const;
+  std::optional<StoreError> syncFolder() const;
+  Result<std::vector<std::string>, StoreError> names() const;
+  void removeAllBut(const Manifest& manifest, const std::vector<std::string>& names) const;
+
+  std::string path_;
+  Descriptor folder_;
+  StoreCalls* calls_;
+};
+
+}  // namespace vt

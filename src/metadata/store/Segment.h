@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "foundation/Result.h"
+#include "metadata/rights/AclReader.h"
+#include "metadata/store/FolderStamp.h"
+#include "metadata/store/MappedFile.h"
+#include "metadata/store/SegmentColumns.h"
+#include "metadata/store/SegmentFormat.h"
+#include "metadata/store/SegmentIdentity.h"
+#include "metadata/store/StoreError.h"
+
+namespace vt {
+
+/// A segment file that is mapped into memory, to be read by any number of threads.
+///
+/// Opening checks the head, where each column lies, and all of the access classes and types; it
+/// reads nothing of the rows. What else is damaged gives wrong answers at worst;
+/// verifySegment() finds it.
+class Segment {
+ public:
+  /// Opens the file `name` of the open folder `folder`. `shownPath` is for errors.
+  static Result<std::shared_ptr<const Segment>, StoreError> open(int folder,
+                                                                 const std::string& name,
+                                                                 std::string shownPath);
+
+  const SegmentColumns& columns() const { return columns_; }
+
+  std::uint64_t generation() const { return head_.generation; }
+  SegmentIdentity identity() const { return {head_.fileBytes, head_.checksum}; }
+  const std::string& shownPath() const { return shownPath_; }
+
+  /// What the folder is known again by.
+  FolderStamp stampOf(std::uint32_t folder) const;
+  /// What was found out of the access control list of a class, and its bytes as the kernel has
+  /// them.
+  AclPresence aclPresenceOf(std::uint32_t accessClass) const { return aclPresences_[accessClass]; }
+  std::span<const std::uint8_t> aclBytesOf(std::uint32_t accessClass) const;
+
+ private:
+  friend class SegmentVerifier;
+
+  Segment(MappedFile file, std::string shownPath)
+      : file_(std::move(file)), shownPath_(std::move(shownPath)) {}
+
+  std::optional<StoreError> takeHead();
+  bool placesAreSound() const;
+  bool countsAreSound() const;
+  void takeColumns();
+  /// False when the classes make no sense.
+  bool takeClasses();
+
+  const ColumnPlace& placeOf(ColumnId id) const {
+    return head_.columns[static_cast<std::size_t>(id)];
+  }
+  std::string_view bytesOf(ColumnId id) const {
+    return file_.bytes().substr(placeOf(id).offset, placeOf(id).bytes);
+  }
+  bool isAsWritten(ColumnId id) const;
+  template <class Number>
+  std::span<const Number> numbersOf(ColumnId id) const;
+  TextColumn textsOf(ColumnId texts, ColumnId offsets) const {
+    return {bytesOf(texts), numbersOf<std::uint32_t>(offsets)};
+  }
+
+  MappedFile file_;
+  std::string shownPath_;
+  SegmentHead head_;  // copied, so that what was checked is what is used
+  SegmentColumns columns_;
+  std::vector<AccessClass> classes_;
+  std::vector<AclPresence> aclPresences_;
+  std::vector<std::string_view> typeIdentifiers_;
+};
+
+}  // namespace vt

@@ -1,0 +1,81 @@
+#include "metadata/store/SegmentBuilder.h"
+
+#include <limits>
+
+#include "metadata/store/SegmentContents.h"
+
+namespace vt {
+namespace {
+
+constexpr std::uint16_t kNoNumber = std::numeric_limits<std::uint16_t>::max();
+
+std::int64_t microsecondsOf(Date date) { return date.time_since_epoch().count(); }
+
+bool canBeAName(std::string_view name) {
+  constexpr std::string_view kNever("/\0", 2);
+  return name.size() <= NameArena::kLongestName && name.find_first_of(kNever) == name.npos;
+}
+
+}  // namespace
+
+SegmentBuilder::SegmentBuilder(const ContentTypes& types, Limits limits)
+    : types_(types), limits_(limits), numberOfType_(types.size(), kNoNumber) {}
+
+std::uint32_t SegmentBuilder::addClass(const FileOwnership& ownership, AclPresence acl,
+                                       std::span<const std::uint8_t> aclBytes) {
+  return classes_.numberOf(ownership, acl, aclBytes);
+}
+
+std::uint32_t SegmentBuilder::addFolder(std::uint32_t parent, std::string_view name,
+                                        std::uint32_t accessClass) {
+  if (folders_.size() >= limits_.folders || !names_.hasRoom()) isFull_ = true;
+  // Even beyond the limit a folder gets a number: what is added below has a folder to name.
+  Folder& folder = folders_.emplace_back();
+  folder.parent = parent;
+  if (!isFull_ && canBeAName(name)) folder.name = names_.add(name);
+  folder.accessClass = accessClass;
+  return static_cast<std::uint32_t>(folders_.size() - 1);
+}
+
+void SegmentBuilder::finishFolder(std::uint32_t folder, const FolderStamp& stamp, bool isListed) {
+  folders_[folder].stamp = stamp;
+  folders_[folder].isListed = isListed;
+}
+
+bool SegmentBuilder::addRow(const SegmentEntry& entry) {
+  if (entry.name.empty() || !canBeAName(entry.name)) return false;
+  if (rows_.size() >= limits_.rows || !names_.hasRoom()) isFull_ = true;
+  if (isFull_) return false;
+  const FileStatus& status = entry.status;
+  rows_.add({.modified = microsecondsOf(status.modified),
+             .created = status.created ? microsecondsOf(*status.created) : kNoDate,
+             .attributesChanged = microsecondsOf(status.attributesChanged),
+             .accessed = microsecondsOf(status.accessed),
+             .sizeInBytes = status.sizeInBytes,
+             .allocatedBytes = status.allocatedBytes,
+             .name = names_.add(entry.name),
+             .folder = entry.folder,
+             .accessClass = entry.accessClass,
+             .ownFolder = entry.ownFolder,
+             .type = numberOfType(entry.type)});
+  ++folders_[entry.folder].entryCount;
+  return true;
+}
+
+std::uint16_t SegmentBuilder::numberOfType(ContentTypeId type) {
+  std::uint16_t& number = numberOfType_[type];
+  if (number == kNoNumber) {
+    number = static_cast<std::uint16_t>(usedTypes_.size());
+    usedTypes_.push_back(type);
+  }
+  return number;
+}
+
+Result<SegmentIdentity, StoreError> SegmentBuilder::write(FileWriter& file,
+                                                          std::uint64_t generation) const {
+  if (!isFull_) return SegmentContents(*this).write(file, generation, limits_.textBytes);
+  file.fail({StoreError::Kind::kTooLarge, "more files than one index can hold"});
+  return *file.error();
+}
+
+}  // namespace vt

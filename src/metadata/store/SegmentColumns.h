@@ -1,0 +1,117 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "foundation/Date.h"
+#include "metadata/rights/AccessJudge.h"
+#include "metadata/store/TextColumn.h"
+
+namespace vt {
+
+/// No folder: what "/" has for a parent, and what a row that is no folder is.
+inline constexpr std::uint32_t kNoFolder = std::numeric_limits<std::uint32_t>::max();
+
+/// No row: what a folder has that was not found as an entry of another, as roots are.
+inline constexpr std::uint32_t kNoRow = std::numeric_limits<std::uint32_t>::max();
+
+/// A number of microseconds that is no date: of a file system that keeps no birth time.
+inline constexpr std::int64_t kNoDate = std::numeric_limits<std::int64_t>::min();
+
+/// Allocated space is counted in blocks, as file systems tell it.
+inline constexpr std::uint64_t kAllocationBlockBytes = 512;
+/// A number of blocks that says: look the row up among the few whose space is told in bytes.
+inline constexpr std::uint32_t kNotInBlocks = std::numeric_limits<std::uint32_t>::max();
+
+/// What every file of a class has in common: whose it is and who may do what with it.
+struct AccessClass {
+  FileOwnership ownership;
+  AclReading acl;
+};
+
+/// What the engine reads of a segment: columns of numbers and texts, borrowed from whoever has the
+/// segment open. All columns of rows are of one length, and all of folders.
+///
+/// There is a class and a type when there are rows. Numbers that a damaged file gives are looked up
+/// only where something is: they give wrong answers at worst.
+struct SegmentColumns {
+  // By row, newest modification first, equal ones by the bytes of their canonical paths. Dates are
+  // microseconds since 1970.
+  TextColumn foldedNames;  ///< by case and marks
+  /// Names as they are where they differ from the folded ones; "" where they do not.
+  TextColumn otherNames;
+  std::span<const std::int64_t> modified;
+  std::span<const std::int64_t> created;
+  std::span<const std::int64_t> attributesChanged;
+  std::span<const std::int64_t> accessed;
+  std::span<const std::uint64_t> sizes;
+  std::span<const std::uint32_t> allocatedBlocks;
+  std::span<const std::uint16_t> types;
+  std::span<const std::uint32_t> folders;
+  std::span<const std::uint32_t> accessClasses;
+
+  // Rows whose allocated space is no number of blocks below kNotInBlocks, ascending; and the space.
+  std::span<const std::uint32_t> oddlyAllocatedRows;
+  std::span<const std::uint64_t> oddAllocations;
+
+  // By folder: "/" first, each after its parent.
+  TextColumn folderNames;
+  std::span<const std::uint32_t> parents;
+  std::span<const std::uint32_t> folderAccessClasses;
+  std::span<const std::uint32_t> entryCounts;
+  /// Folders that were asked to be indexed, and those that were listed without failure.
+  std::span<const std::uint8_t> areRoots;
+  std::span<const std::uint8_t> areListed;
+  std::span<const std::uint32_t> folderRows;  ///< kNoRow for what is no row
+
+  /// The folders that are rows, in the order of those.
+  std::span<const std::uint32_t> foldersByRow;
+
+  std::span<const AccessClass> classes;
+  std::span<const std::string_view> typeIdentifiers;
+
+  std::size_t rowCount() const { return modified.size(); }
+  std::uint32_t folderCount() const { return static_cast<std::uint32_t>(parents.size()); }
+
+  std::string_view name(std::size_t row) const {
+    const std::string_view other = otherNames[row];
+    return other.empty() ? foldedNames[row] : other;
+  }
+  Date modifiedOf(std::size_t row) const { return dateOf(modified[row]); }
+  std::optional<Date> createdOf(std::size_t row) const {
+    if (created[row] == kNoDate) return std::nullopt;
+    return dateOf(created[row]);
+  }
+  Date attributesChangedOf(std::size_t row) const { return dateOf(attributesChanged[row]); }
+  Date accessedOf(std::size_t row) const { return dateOf(accessed[row]); }
+  std::uint64_t allocatedBytesOf(std::size_t row) const {
+    const std::uint32_t blocks = allocatedBlocks[row];
+    return blocks != kNotInBlocks ? blocks * kAllocationBlockBytes : oddAllocationOf(row);
+  }
+  std::uint32_t typeOf(std::size_t row) const { return within(types[row], typeIdentifiers.size()); }
+  std::uint32_t folderOf(std::size_t row) const { return within(folders[row], parents.size()); }
+  std::uint32_t classOf(std::size_t row) const {
+    return within(accessClasses[row], classes.size());
+  }
+  std::uint32_t classOfFolder(std::uint32_t folder) const {
+    return within(folderAccessClasses[folder], classes.size());
+  }
+  /// The folder that the row is; kNoFolder for another file. Costs a binary search if it is one.
+  std::uint32_t ownFolderOf(std::size_t row) const;
+
+ private:
+  static Date dateOf(std::int64_t microseconds) {
+    return Date{std::chrono::microseconds{microseconds}};
+  }
+  static std::uint32_t within(std::uint32_t number, std::size_t count) {
+    return number < count ? number : 0;
+  }
+  std::uint64_t oddAllocationOf(std::size_t row) const;
+};
+
+}  // namespace vt

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "foundation/Date.h"
+#include "metadata/engine/OpenIndex.h"
+
+namespace vt {
+
+/// Where an index comes from, in newer and newer generations.
+class IndexSource {
+ public:
+  virtual ~IndexSource() = default;
+
+  /// Looks whether there is another generation, and opens it. Cheap when there is none. Called when
+  /// the process may read what only the owner of the index may.
+  virtual void refresh() = 0;
+
+  /// What can be searched as of `now`; nullptr when nothing can.
+  virtual std::shared_ptr<const OpenIndex> freshAt(Date now) = 0;
+
+  /// Why nothing can, as the end of a sentence: "there is no index".
+  virtual std::string whyNotAt(Date now) const = 0;
+};
+
+}  // namespace vt

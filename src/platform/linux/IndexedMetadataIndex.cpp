@@ -1,0 +1,192 @@
+#include "platform/linux/IndexedMetadataIndex.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+#include "foundation/UTF8.h"
+#include "metadata/engine/IndexHits.h"
+#include "metadata/live/SearchScopes.h"
+#include "metadata/query/QueryMatcher.h"
+#include "platform/Identity.h"
+#include "platform/linux/IndexedQuery.h"
+#include "platform/linux/PrivilegedMoment.h"
+
+namespace vt {
+namespace {
+
+// Queries come back from callers as what this index handed out.
+IndexedQuery& ours(MDQuery& query) { return static_cast<IndexedQuery&>(query); }
+const IndexedQuery& ours(const MDQuery& query) { return static_cast<const IndexedQuery&>(query); }
+
+/// A value as callers get it: names with U+FFFD for what is not UTF-8.
+std::optional<Value> valueOf(const IndexHits& hits, std::size_t row, LiveAttribute attribute) {
+  std::optional<Value> value(std::in_place);
+  if (attribute == LiveAttribute::kName) {
+    *value = displayText(hits.files().name(row));
+  } else if (!hits.files().tell(attribute, row, *value)) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+}  // namespace
+
+IndexedMetadataIndex::IndexedMetadataIndex(std::shared_ptr<LiveMetadataIndex> live,
+                                           std::shared_ptr<Identity> identity,
+                                           std::shared_ptr<IndexSource> source)
+    : live_(std::move(live)), identity_(std::move(identity)), source_(std::move(source)) {}
+
+void IndexedMetadataIndex::prepare() {
+  const PrivilegedMoment moment(*identity_);
+  source_->refresh();
+}
+
+std::shared_ptr<MDQuery> IndexedMetadataIndex::MDQueryCreate(
+    const std::string& queryString, const std::vector<std::string>& valueListAttributes,
+    const std::vector<std::string>& sortingAttributes, MDQueryRejection* rejection) {
+  auto live = std::static_pointer_cast<LiveQuery>(
+      live_->MDQueryCreate(queryString, valueListAttributes, sortingAttributes, rejection));
+  return live ? std::make_shared<IndexedQuery>(std::move(live)) : nullptr;
+}
+
+void IndexedMetadataIndex::MDQuerySetSortComparator(
+    MDQuery& query, MDQuerySortComparatorFunction comparator, const void* context,
+    const std::optional<MDQueryDeclaredOrder>& declared) {
+  live_->MDQuerySetSortComparator(*ours(query).live, comparator, context, declared);
+}
+
+void IndexedMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
+                                                 const std::vector<std::string>& directories,
+                                                 std::uint32_t options) {
+  live_->MDQuerySetSearchScope(*ours(query).live, directories, options);
+}
+
+bool IndexedMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
+  IndexedQuery& asked = ours(query);
+  asked.hits = nullptr;
+  const std::optional<Refusal> refusal = answerFromIndex(asked);
+  if (!refusal) return true;
+  const bool wasRun = live_->MDQueryExecute(*asked.live, options);
+  asked.notes = live_->MDQueryCopyNotes(*asked.live);
+  if (!asked.notes.hasNoAccount) {
+    asked.notes.walkedScopes = refusal->scopes;
+    asked.notes.walkedBecause = refusal->reason;
+  }
+  return wasRun;
+}
+
+std::optional<IndexedMetadataIndex::Refusal> IndexedMetadataIndex::answerFromIndex(
+    IndexedQuery& query) {
+  const LiveQuery& live = *query.live;
+  const std::optional<Credentials> who = live_->callersCredentials();
+  if (!who) return Refusal{};
+  const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+  const query::EvaluationContext context{now, query::Calendar()};
+  if (query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
+    return Refusal{live.scopes, "the index holds no text"};
+  }
+  const AccessJudge judge(*who);
+  const PrivilegedMoment moment(*identity_);
+  source_->refresh();
+  std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
+  if (!index) return Refusal{live.scopes, source_->whyNotAt(now)};
+
+  SearchScopes scopes = findSearchScopes(live.scopes, judge);
+  std::vector<IndexedScope> indexed;
+  Refusal refusal{{}, "the index does not hold all of it"};
+  for (SearchScope& scope : scopes.usable) {
+    const auto folder = indexedFolderAt(index->segment, scope.canonicalPath);
+    if (folder) {
+      indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
+    } else {
+      refusal.scopes.push_back(std::move(scope.given));
+    }
+  }
+  if (!refusal.scopes.empty()) return refusal;
+
+  auto hits = std::make_shared<IndexHits>(std::move(index), live_->tables(), std::move(indexed),
+                                          judge, live.parsed, live_->schema(), context);
+  const auto valueOfHit = [&](std::size_t at, LiveAttribute attribute, Value& value) {
+    // As a walk has it, which counts entries only for who asks that of an item.
+    return attribute != LiveAttribute::kEntryCount &&
+           hits->files().tell(attribute, hits->rowAt(at), value);
+  };
+  const auto wanted = live.order.orderOfHits(hits->size(), valueOfHit);
+  if (wanted) hits->reorder(*wanted);
+  query.hits = std::move(hits);
+  query.notes = live.notes;
+  query.notes.hasNoAccount = false;
+  query.notes.unusableScopes = std::move(scopes.unusable);
+  return std::nullopt;
+}
+
+MDQueryNotes IndexedMetadataIndex::MDQueryCopyNotes(const MDQuery& query) {
+  return ours(query).notes;
+}
+
+void IndexedMetadataIndex::MDQueryDisableUpdates(MDQuery& /*query*/) {}
+
+std::int32_t IndexedMetadataIndex::MDQueryGetResultCount(const MDQuery& query) {
+  if (!ours(query).hits) return live_->MDQueryGetResultCount(*ours(query).live);
+  constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::int32_t>(std::min(ours(query).hits->size(), kMost));
+}
+
+std::shared_ptr<MDItem> IndexedMetadataIndex::MDQueryGetResultAtIndex(MDQuery& query,
+                                                                      std::int32_t index) {
+  const std::shared_ptr<const IndexHits>& hits = ours(query).hits;
+  if (!hits) return live_->MDQueryGetResultAtIndex(*ours(query).live, index);
+  const auto at = static_cast<std::size_t>(index);
+  hits->prefetchAfter(at);
+  return std::make_shared<IndexedMDItem>(hits, hits->rowAt(at));
+}
+
+std::optional<Value> IndexedMetadataIndex::MDQueryGetAttributeValueOfResultAtIndex(
+    MDQuery& query, std::string_view attribute, std::int32_t index) {
+  const IndexedQuery& asked = ours(query);
+  if (!asked.hits) {
+    return live_->MDQueryGetAttributeValueOfResultAtIndex(*asked.live, attribute, index);
+  }
+  const std::vector<NamedAttribute>& list = asked.live->valueList;
+  const auto named = std::ranges::find(list, attribute, &NamedAttribute::name);
+  if (named == list.end() || !named->attribute) return std::nullopt;
+  return valueOf(*asked.hits, asked.hits->rowAt(static_cast<std::size_t>(index)),
+                 *named->attribute);
+}
+
+std::shared_ptr<MDItem> IndexedMetadataIndex::MDItemCreate(const std::string& path) {
+  return live_->MDItemCreate(path);
+}
+
+std::optional<Value> IndexedMetadataIndex::MDItemCopyAttribute(MDItem& item,
+                                                               std::string_view attribute) {
+  // An item of either index may come: one that was made of a path is the live index's.
+  const auto* const indexed = dynamic_cast<const IndexedMDItem*>(&item);
+  if (indexed == nullptr) return live_->MDItemCopyAttribute(item, attribute);
+  const std::optional<LiveAttribute> live = liveAttributeNamed(attribute);
+  return live ? valueOf(*indexed->hits, indexed->row, *live) : std::nullopt;
+}
+
+std::vector<std::string> IndexedMetadataIndex::MDItemCopyAttributeNames(MDItem& item) {
+  if (dynamic_cast<const IndexedMDItem*>(&item) == nullptr) {
+    return live_->MDItemCopyAttributeNames(item);
+  }
+  std::vector<std::string> names;
+  for (std::string& name : live_->MDSchemaCopyAllAttributes()) {
+    if (MDItemCopyAttribute(item, name)) names.push_back(std::move(name));
+  }
+  return names;
+}
+
+std::vector<std::string> IndexedMetadataIndex::MDSchemaCopyAllAttributes() {
+  return live_->MDSchemaCopyAllAttributes();
+}
+
+std::optional<std::string> IndexedMetadataIndex::MDSchemaCopyDisplayNameForAttribute(
+    std::string_view attribute) {
+  return live_->MDSchemaCopyDisplayNameForAttribute(attribute);
+}
+
+}  // namespace vt

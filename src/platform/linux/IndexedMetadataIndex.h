@@ -1,0 +1,75 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/MetadataIndex.h"
+#include "platform/linux/IndexSource.h"
+#include "platform/linux/LiveMetadataIndex.h"
+
+namespace vt {
+
+class Identity;
+class IndexedQuery;
+
+/// The metadata index as the indexer left it in a folder, for what that covers, and the live index
+/// for the rest: both give the same answers, the one in milliseconds.
+///
+/// A query is answered from the index when that is fresh, holds every folder of the scope, and the
+/// query asks for no text content; else its files are walked and the notes say why. Single items
+/// are always those of the live index. One thread at a time.
+class IndexedMetadataIndex final : public MetadataIndex {
+ public:
+  IndexedMetadataIndex(std::shared_ptr<LiveMetadataIndex> live, std::shared_ptr<Identity> identity,
+                       std::shared_ptr<IndexSource> source);
+
+  /// Opens the newest generation, which only the owner of the index folder may.
+  void prepare() override;
+
+  std::shared_ptr<MDQuery> MDQueryCreate(const std::string& queryString,
+                                         const std::vector<std::string>& valueListAttributes,
+                                         const std::vector<std::string>& sortingAttributes,
+                                         MDQueryRejection* rejection = nullptr) override;
+  void MDQuerySetSortComparator(MDQuery& query, MDQuerySortComparatorFunction comparator,
+                                const void* context,
+                                const std::optional<MDQueryDeclaredOrder>& declared) override;
+  void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,
+                             std::uint32_t options) override;
+  /// True also when nothing could be found. Executing again looks again.
+  bool MDQueryExecute(MDQuery& query, std::uint32_t options) override;
+  MDQueryNotes MDQueryCopyNotes(const MDQuery& query) override;
+  /// Only walks report.
+  void setProgress(MDQueryProgress progress) override { live_->setProgress(std::move(progress)); }
+  /// Does nothing: hits stay as they were found.
+  void MDQueryDisableUpdates(MDQuery& query) override;
+  std::int32_t MDQueryGetResultCount(const MDQuery& query) override;
+  std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) override;
+  std::optional<Value> MDQueryGetAttributeValueOfResultAtIndex(MDQuery& query,
+                                                               std::string_view attribute,
+                                                               std::int32_t index) override;
+  std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
+  std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
+  std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) override;
+  std::vector<std::string> MDSchemaCopyAllAttributes() override;
+  std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
+      std::string_view attribute) override;
+
+ private:
+  /// Answers from the index; the reason why not when it cannot, with the scope folders that are in
+  /// the way.
+  struct Refusal {
+    std::vector<std::string> scopes;
+    std::string reason;
+  };
+  std::optional<Refusal> answerFromIndex(IndexedQuery& query);
+
+  std::shared_ptr<LiveMetadataIndex> live_;
+  std::shared_ptr<Identity> identity_;
+  std::shared_ptr<IndexSource> source_;
+};
+
+}  // namespace vt

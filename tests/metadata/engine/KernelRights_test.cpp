@@ -1,0 +1,104 @@
+#include <fcntl.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "metadata/engine/IndexHits.h"
+#include "metadata/engine/RandomFiles.h"
+#include "metadata/engine/WalkedIndex.h"
+#include "metadata/live/ShippedSchema.h"
+#include "metadata/query/QueryParser.h"
+#include "metadata/types/ShippedTypes.h"
+
+namespace vt {
+namespace {
+
+constexpr std::uint32_t kSeed = 20261121;
+constexpr std::uint32_t kTrees = 10;
+
+/// One byte for each path: '1' where the kernel lets the real user read the item itself.
+std::string verdictsOfTheKernel(const std::vector<std::string>& paths, const Credentials& who) {
+  int ends[2];
+  if (pipe2(ends, O_CLOEXEC) != 0) return {};
+  const pid_t child = fork();
+  if (child == 0) {
+    const std::vector<gid_t> groups(who.groups().begin(), who.groups().end());
+    if (setgroups(groups.size(), groups.data()) != 0 || setgid(who.gid()) != 0 ||
+        setuid(who.uid()) != 0 || setuid(0) == 0) {
+      _exit(1);
+    }
+    for (const std::string& path : paths) {
+      char byte;
+      const int file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+      const bool isAllowed = file >= 0 || readlink(path.c_str(), &byte, 1) >= 0;
+      if (file >= 0) close(file);
+      if (write(ends[1], isAllowed ? "1" : "0", 1) != 1) _exit(1);
+    }
+    _exit(0);
+  }
+  close(ends[1]);
+  std::string verdicts;
+  char buffer[4096];
+  for (ssize_t got; (got = read(ends[0], buffer, sizeof buffer)) > 0;) {
+    verdicts.append(buffer, static_cast<std::size_t>(got));
+  }
+  close(ends[0]);
+  int status = 1;
+  waitpid(child, &status, 0);
+  return status == 0 ? verdicts : std::string();
+}
+
+TEST(KernelRights, AreTheEngines) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become other users";
+  const ContentTypes types = shippedTypes();
+  const ResultGroups groups(types);
+  const query::AttributeSchema schema = shippedSchema();
+  const auto everything = query::parseQuery("true", schema);
+  std::size_t verdicts = 0;
+  std::size_t allowed = 0;
+  for (std::uint32_t tree = 0; tree < kTrees; ++tree) {
+    RandomFiles files(kSeed + tree, 250);
+    const std::shared_ptr<const OpenIndex> index = WalkedIndex(files.path(), types).index();
+    const std::uint32_t folder = indexedFolderAt(index->segment, files.path()).value();
+    const auto pathsFor = [&](const AccessJudge& judge) {
+      const IndexHits hits(index, {types, groups}, {{folder, files.path(), files.path()}}, judge,
+                           *everything, schema, {Date(), query::Calendar()});
+      std::vector<std::string> paths;
+      for (std::size_t i = 0; i < hits.size(); ++i) {
+        Value path;
+        hits.files().tell(LiveAttribute::kPath, hits.rowAt(i), path);
+        paths.push_back(*path.get<std::string>());
+      }
+      return paths;
+    };
+    const std::vector<std::string> all = pathsFor(AccessJudge(Credentials(0, 0, {})));
+    for (std::uint32_t user = 0; user < RandomFiles::kUsers; ++user) {
+      const auto group = [&] { return RandomFiles::kFirstGid + files.pick(RandomFiles::kGroups); };
+      const Credentials who(RandomFiles::kFirstUid + user, group(), {group()});
+      const std::vector<std::string> found = pathsFor(AccessJudge(who));
+      const std::set<std::string> readable(found.begin(), found.end());
+      const std::string kernel = verdictsOfTheKernel(all, who);
+      ASSERT_EQ(kernel.size(), all.size()) << "the child could not become user " << user;
+      for (std::size_t i = 0; i < all.size(); ++i) {
+        ASSERT_EQ(readable.contains(all[i]), kernel[i] == '1')
+            << "seed " << kSeed + tree << ", user " << user << ", " << all[i];
+      }
+      verdicts += all.size();
+      allowed += found.size();
+    }
+  }
+  // The trees must not be so closed, or so open, that agreeing says nothing.
+  EXPECT_GT(allowed, verdicts / 10);
+  EXPECT_LT(allowed, verdicts * 9 / 10);
+  std::cout << verdicts << " verdicts, " << allowed << " allowed, seed " << kSeed << "\n";
+}
+
+}  // namespace
+}  // namespace vt

@@ -1,0 +1,263 @@
+#include "platform/linux/IndexedMetadataIndex.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <ctime>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "metadata/engine/WalkedIndex.h"
+#include "metadata/live/LiveTree.h"
+#include "metadata/live/ShippedSchema.h"
+#include "metadata/types/ShippedTypes.h"
+#include "platform/linux/ScriptedIdentity.h"
+
+namespace vt {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kStranger = 54321;
+
+const std::vector<std::string>& everyAttribute() {
+  static const std::vector<std::string> kList = {
+      "kMDItemPath",           "kMDItemFSName",         "kMDItemDisplayName",
+      "kMDItemFSInvisible",    "kMDItemContentType",    "kMDItemContentTypeTree",
+      "kMDItemKind",           "_kMDItemGroupId",       "kMDItemFSContentChangeDate",
+      "kMDItemFSCreationDate", "kMDItemLastUsedDate",   "kMDItemAttributeChangeDate",
+      "kMDItemFSSize",         "kMDItemPhysicalSize",   "kMDItemFSOwnerUserID",
+      "kMDItemFSNodeCount",    "kMDItemFSOwnerGroupID", "kMDItemAuthors"};
+  return kList;
+}
+
+int smallestFirst(const Value* const a[], const Value* const b[], const void* /*context*/) {
+  return compareNaturally(*a[0], *b[0]);
+}
+
+/// An index that is there when the test says so.
+class TestSource final : public IndexSource {
+ public:
+  explicit TestSource(const Identity& identity) : identity_(identity) {}
+
+  void refresh() override {
+    refreshedAs.push_back(identity_.geteuid());
+    open_ = index;
+  }
+  std::shared_ptr<const OpenIndex> freshAt(Date) override { return open_; }
+  std::string whyNotAt(Date) const override { return "there is no index"; }
+
+  std::shared_ptr<const OpenIndex> index;
+  std::vector<std::uint32_t> refreshedAs;
+
+ private:
+  const Identity& identity_;
+  std::shared_ptr<const OpenIndex> open_;
+};
+
+class IndexedMetadataIndexTest : public testing::Test {
+ protected:
+  IndexedMetadataIndexTest() {
+    make("old.txt", 1'000'000, 30);
+    make("sub/new.pdf", 3'000'000, 10);
+    make("sub/secret.txt", 2'000'000, 20);
+    make(".hidden", 500'000, 0);
+    make("sub/b\xFF.txt", 2'000'000, 5);
+    tree_.link("link", "nowhere");
+    chmod((tree_ / "sub/secret.txt").c_str(), 0600);
+  }
+
+  void buildIndex() { source_->index = WalkedIndex(tree_.path(), *types_).index(); }
+
+  std::shared_ptr<MDQuery> executed(MetadataIndex& index, const std::string& text,
+                                    const std::vector<std::string>& scopes,
+                                    const std::vector<std::string>& sorting = {}) const {
+    auto query = index.MDQueryCreate(text, everyAttribute(), sorting);
+    if (!query) throw std::runtime_error("query rejected: " + text);
+    if (!sorting.empty()) {
+      index.MDQuerySetSortComparator(*query, smallestFirst, nullptr, std::nullopt);
+    }
+    index.MDQuerySetSearchScope(*query, scopes, 0);
+    EXPECT_TRUE(index.MDQueryExecute(*query, kMDQuerySynchronous));
+    return query;
+  }
+  std::shared_ptr<MDQuery> executed(const std::string& text) {
+    return executed(index_, text, {tree_.path()});
+  }
+  std::vector<std::string> names(MetadataIndex& index, MDQuery& query) const {
+    std::vector<std::string> result;
+    for (std::int32_t i = 0; i < index.MDQueryGetResultCount(query); ++i) {
+      result.push_back(*index.MDQueryGetAttributeValueOfResultAtIndex(query, "kMDItemFSName", i)
+                            ->get<std::string>());
+    }
+    return result;
+  }
+  std::vector<std::string> names(MDQuery& query) { return names(index_, query); }
+
+  void make(const char* name, std::time_t modified, std::size_t size) {
+    const std::string path = tree_.file(name, std::string(size, 'x'));
+    const timespec times[2] = {{modified, 0}, {modified, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  }
+
+  LiveTree tree_;
+  std::shared_ptr<const ContentTypes> types_ = std::make_shared<const ContentTypes>(shippedTypes());
+  std::shared_ptr<ScriptedIdentity> identity_ = std::make_shared<ScriptedIdentity>();
+  std::shared_ptr<TestSource> source_ = std::make_shared<TestSource>(*identity_);
+  std::shared_ptr<LiveMetadataIndex> live_ = std::make_shared<LiveMetadataIndex>(
+      types_, std::make_shared<const query::AttributeSchema>(shippedSchema()), identity_,
+      [](std::uint32_t uid) -> std::optional<Credentials> {
+        if (uid != kStranger) return std::nullopt;
+        return Credentials(uid, uid, {});
+      });
+  IndexedMetadataIndex index_{live_, identity_, source_};
+};
+
+TEST_F(IndexedMetadataIndexTest, GivesTheHitsAndValuesOfTheLiveIndex) {
+  buildIndex();
+  const auto ours = executed("true");
+  const auto live = executed(*live_, "true", {tree_.path()});
+  ASSERT_EQ(names(*ours), names(*live_, *live));
+  EXPECT_THAT(index_.MDQueryCopyNotes(*ours).walkedScopes, IsEmpty());
+  for (std::int32_t i = 0; i < live_->MDQueryGetResultCount(*live); ++i) {
+    const auto ourItem = index_.MDQueryGetResultAtIndex(*ours, i);
+    const auto liveItem = live_->MDQueryGetResultAtIndex(*live, i);
+    for (const std::string& attribute : everyAttribute()) {
+      SCOPED_TRACE(std::to_string(i) + " " + attribute);
+      const auto expected = live_->MDItemCopyAttribute(*liveItem, attribute);
+      EXPECT_EQ(index_.MDItemCopyAttribute(*ourItem, attribute), expected);
+      EXPECT_EQ(index_.MDQueryGetAttributeValueOfResultAtIndex(*ours, attribute, i), expected);
+    }
+  }
+}
+
+TEST_F(IndexedMetadataIndexTest, AnswersFromTheIndexAndNotFromTheFiles) {
+  buildIndex();
+  make("later.txt", 9'000'000, 1);
+  EXPECT_EQ(index_.MDQueryGetResultCount(*executed("kMDItemFSName == \"later*\"")), 0);
+  buildIndex();
+  EXPECT_EQ(index_.MDQueryGetResultCount(*executed("kMDItemFSName == \"later*\"")), 1);
+}
+
+TEST_F(IndexedMetadataIndexTest, GivesEachTypesHitsOneArray) {
+  buildIndex();
+  const auto query = executed("kMDItemFSName == \"*.txt\"");
+  const auto tree = [&](std::int32_t i) {
+    return index_.MDQueryGetAttributeValueOfResultAtIndex(*query, "kMDItemContentTypeTree", i)
+        ->array();
+  };
+  EXPECT_EQ(tree(0), tree(1));
+}
+
+TEST_F(IndexedMetadataIndexTest, ShowsAUserWhatHeMayReadAlone) {
+  buildIndex();
+  identity_->uid = kStranger;
+  const auto query = executed("kMDItemFSName == \"*.txt\"c");
+  EXPECT_THAT(names(*query), ElementsAre("b\uFFFD.txt", "old.txt"));
+  EXPECT_EQ(identity_->uid, kStranger);
+  EXPECT_THAT(source_->refreshedAs, ElementsAre(0U)) << "the index folder is its owner's";
+}
+
+TEST_F(IndexedMetadataIndexTest, OpensTheIndexAsItsOwnerBeforehand) {
+  identity_->uid = kStranger;
+  index_.prepare();
+  EXPECT_THAT(source_->refreshedAs, ElementsAre(0U));
+}
+
+TEST_F(IndexedMetadataIndexTest, WalksAndSaysSoWhenThereIsNoIndex) {
+  const auto query = executed("kMDItemFSName == \"new.pdf\"");
+  EXPECT_THAT(names(*query), ElementsAre("new.pdf"));
+  const MDQueryNotes notes = index_.MDQueryCopyNotes(*query);
+  EXPECT_THAT(notes.walkedScopes, ElementsAre(tree_.path()));
+  EXPECT_EQ(notes.walkedBecause, "there is no index");
+}
+
+TEST_F(IndexedMetadataIndexTest, WalksForText) {
+  buildIndex();
+  const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
+  EXPECT_THAT(names(*query), ElementsAre("secret.txt", "old.txt"));
+  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "the index holds no text");
+}
+
+TEST_F(IndexedMetadataIndexTest, WalksFoldersThatTheIndexDoesNotHold) {
+  buildIndex();
+  tree_.file("young/file.txt");
+  const LiveTree other;
+  const std::string above = tree_.path().substr(0, tree_.path().rfind('/'));
+  struct Case {
+    const char* what;
+    std::string scope;
+    bool isWalked;
+  };
+  const Case cases[] = {
+      {"all of it", tree_.path(), false},
+      {"a part of it", tree_ / "sub", false},
+      {"another way to a part", tree_ / "sub/../sub", false},
+      {"made later", tree_ / "young", true},
+      {"elsewhere", other.path(), true},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    const auto query = executed(index_, "kMDItemFSName == \"no such\"", {c.scope});
+    EXPECT_EQ(!index_.MDQueryCopyNotes(*query).walkedScopes.empty(), c.isWalked);
+  }
+  EXPECT_FALSE(indexedFolderAt(source_->index->segment, above)) << "only on the way to it";
+}
+
+TEST_F(IndexedMetadataIndexTest, CallsHitsByThePathOfTheScopeAsItWasGiven) {
+  buildIndex();
+  const LiveTree other;
+  other.link("way", tree_.path());
+  const auto query = executed(index_, "kMDItemFSName == \"new.pdf\"", {other / "way"});
+  const auto path = index_.MDQueryGetAttributeValueOfResultAtIndex(*query, "kMDItemPath", 0);
+  EXPECT_EQ(path, Value(other / "way/sub/new.pdf"));
+}
+
+TEST_F(IndexedMetadataIndexTest, NotesScopesThatCannotBeUsed) {
+  buildIndex();
+  const auto query =
+      executed(index_, "true && kMDItemNoSuchThing == 1", {tree_.path(), tree_ / "missing"});
+  const MDQueryNotes notes = index_.MDQueryCopyNotes(*query);
+  EXPECT_THAT(notes.unusableScopes, ElementsAre(tree_ / "missing"));
+  EXPECT_THAT(notes.unknownAttributes, ElementsAre("kMDItemNoSuchThing"));
+  EXPECT_THAT(notes.walkedScopes, IsEmpty());
+}
+
+TEST_F(IndexedMetadataIndexTest, FindsNothingForAnUnknownAccount) {
+  buildIndex();
+  identity_->uid = 777;
+  const auto query = executed("true");
+  EXPECT_EQ(index_.MDQueryGetResultCount(*query), 0);
+  EXPECT_TRUE(index_.MDQueryCopyNotes(*query).hasNoAccount);
+  EXPECT_THAT(index_.MDQueryCopyNotes(*query).walkedScopes, IsEmpty());
+}
+
+TEST_F(IndexedMetadataIndexTest, SortsByTheComparator) {
+  buildIndex();
+  const auto query =
+      executed(index_, "kMDItemFSName == \"*.*\"", {tree_ / "sub"}, {"kMDItemFSSize"});
+  EXPECT_THAT(names(*query), ElementsAre("b\uFFFD.txt", "new.pdf", "secret.txt"));
+}
+
+TEST_F(IndexedMetadataIndexTest, TellsItemsThatWereMadeOfPaths) {
+  buildIndex();
+  const auto item = index_.MDItemCreate(tree_ / "old.txt");
+  ASSERT_TRUE(item);
+  EXPECT_EQ(index_.MDItemCopyAttribute(*item, "kMDItemFSSize"), Value(30));
+}
+
+TEST_F(IndexedMetadataIndexTest, KeepsTheHitsOfAGenerationThatWasReplaced) {
+  buildIndex();
+  const auto query = executed("kMDItemFSName == \"new.pdf\"");
+  source_->index = nullptr;
+  index_.prepare();
+  EXPECT_THAT(names(*query), ElementsAre("new.pdf"));
+}
+
+}  // namespace
+}  // namespace vt
