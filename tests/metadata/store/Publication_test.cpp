@@ -1,0 +1,240 @@
+// What is left of an index when its disk is full, its writer is killed, or any of its system calls
+// fails.
+
+#include <errno.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <time.h>
+
+#include <filesystem>
+#include <optional>
+#include <random>
+
+#include "metadata/store/IndexFolder.h"
+#include "metadata/store/SegmentVerifier.h"
+#include "metadata/store/StoredFiles.h"
+
+namespace vt {
+namespace {
+
+using testing::HasSubstr;
+using Kind = StoreError::Kind;
+
+std::size_t countFiles(const std::string& folder) {
+  std::size_t count = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder)) ++count;
+  return count;
+}
+
+/// The system's calls, of which one fails.
+class FailingCalls final : public StoreCalls {
+ public:
+  /// The call that fails: counted from 0 over all that are made.
+  std::optional<int> failsAt;
+  int error = EIO;
+  bool writesHalf = false;  ///< a write that fails has written half before
+  int calls = 0;
+  const char* failed = "";
+
+  int create(int folder, const char* name) override {
+    return fails("create") ? -1 : StoreCalls::create(folder, name);
+  }
+  ssize_t write(int file, const void* bytes, std::size_t count, std::uint64_t offset) override {
+    if (!fails("write")) return StoreCalls::write(file, bytes, count, offset);
+    if (writesHalf) StoreCalls::write(file, bytes, count / 2, offset);
+    errno = error;
+    return -1;
+  }
+  int sync(int file) override { return fails("sync") ? -1 : StoreCalls::sync(file); }
+  int rename(int folder, const char* from, const char* to) override {
+    return fails("rename") ? -1 : StoreCalls::rename(folder, from, to);
+  }
+
+ private:
+  bool fails(const char* what) {
+    if (calls++ != failsAt) return false;
+    failed = what;
+    errno = error;
+    return true;
+  }
+};
+
+TEST(Publication, LeavesTheOldGenerationWhicheverCallFails) {
+  struct Case {
+    int error;
+    Kind kind;
+    const char* reason;
+  };
+  const Case cases[] = {
+      {EIO, Kind::kFailed, "Input/output error"},
+      {ENOSPC, Kind::kNoSpace, "No space left on device"},
+      {EDQUOT, Kind::kNoSpace, "Disk quota exceeded"},
+      {EROFS, Kind::kReadOnly, "Read-only file system"},
+  };
+  const StoredFiles first = randomFiles(1, 50);
+  const StoredFiles second = randomFiles(2, 6000);
+  for (const Case& c : cases) {
+    bool isDone = false;
+    int failures = 0;
+    for (int at = 0; !isDone; ++at) {
+      SCOPED_TRACE(testing::Message() << c.reason << " at call " << at);
+      const TemporaryFolder place;
+      FailingCalls calls;
+      const IndexFolder folder = IndexFolder::make(place / "index", calls).value();
+      const auto lock = folder.lock();
+      ASSERT_TRUE(lock);
+      const Manifest old = folder.publish(*lock, first.built, {}).value();
+      calls.calls = 0;
+      calls.failsAt = at;
+      calls.error = c.error;
+      calls.writesHalf = at % 2 == 0;
+      const auto published = folder.publish(*lock, second.built, {});
+      isDone = published.hasValue();
+      const bool wasLastSync = calls.failed == std::string("sync") && calls.calls == at + 1 &&
+                               folder.manifest()->generation == 2;
+      if (!isDone) {
+        ++failures;
+        EXPECT_EQ(published.error().kind, c.kind);
+        EXPECT_THAT(published.error().reason, HasSubstr(c.reason));
+        EXPECT_THAT(published.error().reason, HasSubstr(place / "index"));
+      }
+      const auto current = folder.current();
+      ASSERT_TRUE(current) << current.error().reason;
+      EXPECT_EQ(current->manifest.generation, isDone || wasLastSync ? 2U : 1U);
+      const auto damage = verifySegment(*current->segment);
+      EXPECT_FALSE(damage) << damage->reason;
+      // Lock, manifest and segment; the old segment too when the new one may still be lost.
+      EXPECT_EQ(countFiles(place / "index"), wasLastSync ? 4U : 3U);
+      // And the next one comes through.
+      calls.failsAt.reset();
+      EXPECT_TRUE(folder.publish(*lock, first.built, {}));
+      EXPECT_EQ(countFiles(place / "index"), 3U);
+    }
+    // Two files made, synced and renamed, the folder synced twice, and several writes.
+    EXPECT_GE(failures, 11);
+  }
+}
+
+TEST(Publication, GoesOnAfterAnInterruptedWrite) {
+  const TemporaryFolder place;
+  for (int at = 0; at < 6; ++at) {
+    SCOPED_TRACE(at);
+    FailingCalls calls;
+    calls.failsAt = at;
+    calls.error = EINTR;
+    const IndexFolder folder = IndexFolder::make(place / "index", calls).value();
+    const auto published = folder.publish(*folder.lock(), randomFiles(1, 200).built, {});
+    EXPECT_EQ(published.hasValue(), calls.failed == std::string("write"));
+  }
+}
+
+TEST(Publication, LeavesTheOldGenerationOnAFullDisk) {
+  const TemporaryFolder place;
+  const std::string path = place / "index";
+  ASSERT_EQ(::mkdir(path.c_str(), 0700), 0);
+  if (::mount("tmpfs", path.c_str(), "tmpfs", 0, "size=600k,mode=0700") != 0) {
+    GTEST_SKIP() << "only root can mount a small file system";
+  }
+  {
+    const IndexFolder folder = IndexFolder::open(path).value();
+    const auto lock = folder.lock();
+    ASSERT_TRUE(lock);
+    ASSERT_TRUE(folder.publish(*lock, randomFiles(1, 300).built, {}));
+    const auto published = folder.publish(*lock, randomFiles(2, 8000).built, {});
+    ASSERT_FALSE(published);
+    EXPECT_EQ(published.error().kind, Kind::kNoSpace);
+    EXPECT_THAT(published.error().reason, HasSubstr("No space left on device"));
+    EXPECT_EQ(countFiles(path), 3U);
+    const auto current = folder.current();
+    ASSERT_TRUE(current) << current.error().reason;
+    EXPECT_EQ(current->manifest.generation, 1U);
+    EXPECT_FALSE(verifySegment(*current->segment));
+    EXPECT_TRUE(folder.publish(*lock, randomFiles(3, 300).built, {}));
+  }
+  EXPECT_EQ(::umount2(path.c_str(), MNT_DETACH), 0);
+}
+
+TEST(Publication, LeavesTheOldGenerationWhenThereIsTooMuch) {
+  const TemporaryFolder place;
+  const IndexFolder folder = IndexFolder::make(place / "index").value();
+  const auto lock = folder.lock();
+  ASSERT_TRUE(folder.publish(*lock, randomFiles(1, 30).built, {}));
+  SegmentBuilder tooMuch(storedTypes(), {.rows = 0});
+  tooMuch.addFolder(kNoFolder, "", tooMuch.addClass({}, AclPresence::kNone, {}));
+  ASSERT_FALSE(tooMuch.addRow({.name = "a", .status = {}, .folder = 0}));
+  const auto published = folder.publish(*lock, tooMuch, {});
+  ASSERT_FALSE(published);
+  EXPECT_EQ(published.error().kind, Kind::kTooLarge);
+  EXPECT_EQ(countFiles(place / "index"), 3U);
+  EXPECT_EQ(folder.current()->manifest.generation, 1U);
+}
+
+/// Calls whose syncs wait for nothing: what a killed process had written is the kernel's. They wait
+/// as long as a fast disk would take, so that many a kill falls between two steps.
+class FastCalls final : public StoreCalls {
+ public:
+  int sync(int) override {
+    const timespec moment{0, 300'000};
+    ::nanosleep(&moment, nullptr);
+    return 0;
+  }
+};
+
+[[noreturn]] void publishForEver(const std::string& path, const SegmentBuilder& even,
+                                 const SegmentBuilder& odd) {
+  FastCalls calls;
+  const IndexFolder folder = IndexFolder::open(path, calls).value();
+  const auto lock = folder.lock();
+  if (!lock) ::_exit(1);
+  for (int round = 0;; ++round) {
+    if (!folder.publish(*lock, round % 2 == 0 ? even : odd, {})) ::_exit(2);
+  }
+}
+
+TEST(Publication, LeavesOneWholeGenerationWheneverItsWriterIsKilled) {
+  constexpr int kKills = 200;
+  constexpr unsigned kSeed = 20261121;
+  const TemporaryFolder place;
+  const std::string path = place / "index";
+  const StoredFiles even = randomFiles(1, 200);
+  const StoredFiles odd = randomFiles(2, 300);
+  {
+    const IndexFolder folder = IndexFolder::make(path).value();
+    ASSERT_TRUE(folder.publish(*folder.lock(), even.built, {}));
+  }
+  std::mt19937 random(kSeed);
+  std::uniform_int_distribution<long> nanoseconds(0, 6'000'000);
+  int killedInOne = 0;
+  int killedAfterOne = 0;
+  std::uint64_t generation = 1;
+  for (int kill = 0; kill < kKills; ++kill) {
+    SCOPED_TRACE(testing::Message() << "kill " << kill << ", seed " << kSeed);
+    const pid_t writer = ::fork();
+    ASSERT_GE(writer, 0);
+    if (writer == 0) publishForEver(path, even.built, odd.built);
+    const timespec moment{0, nanoseconds(random)};
+    ::nanosleep(&moment, nullptr);
+    ASSERT_EQ(::kill(writer, SIGKILL), 0);
+    int status = 0;
+    ASSERT_EQ(::waitpid(writer, &status, 0), writer);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "ended by itself with " << WEXITSTATUS(status);
+    const auto current = IndexFolder::open(path)->current();
+    ASSERT_TRUE(current) << current.error().reason;
+    ASSERT_GE(current->manifest.generation, generation);
+    killedAfterOne += current->manifest.generation > generation ? 1 : 0;
+    generation = current->manifest.generation;
+    const auto damage = verifySegment(*current->segment);
+    ASSERT_FALSE(damage) << damage->reason;
+    const std::size_t rows = current->segment->columns().rowCount();
+    ASSERT_TRUE(rows == even.files.size() || rows == odd.files.size());
+    killedInOne += countFiles(path) > 3 ? 1 : 0;
+  }
+  EXPECT_GT(killedInOne, kKills / 10) << "hardly a publication was under way when it was killed";
+  EXPECT_GT(killedAfterOne, kKills / 10) << "hardly one came to its end";
+}
+
+}  // namespace
+}  // namespace vt
