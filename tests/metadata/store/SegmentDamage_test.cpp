@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstring>
 #include <random>
 
+#include "metadata/store/ResealedSegment.h"
 #include "metadata/store/Segment.h"
 #include "metadata/store/SegmentVerifier.h"
 #include "metadata/store/StoredFiles.h"
@@ -41,23 +41,6 @@ TEST(SegmentDamage, IsFoundWhereverTheFileEnds) {
   }
   file.replace(file.bytes + '\0');
   EXPECT_FALSE(file.open());
-}
-
-/// The segment with `change` made to it and all checksums put right again, as by a wrong writer.
-template <class Change>
-std::string resealed(std::string bytes, Change change) {
-  SegmentHead head;
-  std::memcpy(&head, bytes.data(), sizeof head);
-  change(bytes, head);
-  for (ColumnPlace& place : head.columns) {
-    if (place.offset > bytes.size() || place.bytes > bytes.size() - place.offset) continue;
-    place.checksum = checksumOf(std::string_view(bytes).substr(place.offset, place.bytes));
-  }
-  const auto view = [&] {
-    return std::string_view(reinterpret_cast<const char*>(&head), sizeof head);
-  };
-  head.checksum = checksumOf(view().substr(0, offsetof(SegmentHead, checksum)));
-  return bytes.replace(0, sizeof head, view());
 }
 
 TEST(SegmentDamage, OfAWrongWriterGivesWrongAnswersAtWorst) {
