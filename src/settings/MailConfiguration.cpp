@@ -88,7 +88,7 @@ std::optional<std::string> VTSettings::smtpServerPassword() const {
   return crypto->decrypt(kPasswordCipher) ? crypto->clearTextAsString() : std::nullopt;
 }
 
-void VTSettings::setSmtpServerPassword(std::optional<std::string> password) {
+void VTSettings::setSmtpServerPassword(const std::optional<std::string>& password) {
   std::optional<Value> cipherText;
   if (password) {
     std::optional<Data> key = bytesOf(setting(kPasswordKeySetting));

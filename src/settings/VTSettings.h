@@ -141,7 +141,7 @@ class VTSettings final : public VTObject {
   /// `setSmtpServerPassword:`
   /// Stores the password enciphered, with a key that the first one makes and all later ones use
   /// (docs/mail-password.md). Nil and "" remove it.
-  void setSmtpServerPassword(std::optional<std::string> password);
+  void setSmtpServerPassword(const std::optional<std::string>& password);
   /// Zero or unset: the mode that goes with port 465; else the one that goes with 587.
   std::optional<Value> smtpServerAuthenticationMode() const;
   void setSmtpServerAuthenticationMode(std::optional<Value> mode);
