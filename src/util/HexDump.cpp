@@ -44,7 +44,9 @@ bool isAsciiLetterOrDigit(std::uint8_t byte) {
 
 }  // namespace
 
-std::string encodeBase64(const Data& bytes) { return encodeBase64WithNewlines(bytes, true); }
+std::string encodeBase64(const Data& bytes) {
+  return encodeBase64WithNewlines(bytes, /*newlines=*/true);
+}
 
 std::string encodeBase64WithNewlines(const Data& bytes, bool newlines) {
   const OpenSSLErrorsKept errors;
@@ -62,7 +64,7 @@ std::string encodeBase64WithNewlines(const Data& bytes, bool newlines) {
   return length > 0 ? std::string(text, static_cast<std::size_t>(length)) : std::string();
 }
 
-Data decodeBase64(const Data& text) { return decodeBase64WithNewLines(text, true); }
+Data decodeBase64(const Data& text) { return decodeBase64WithNewLines(text, /*newLines=*/true); }
 
 Data decodeBase64WithNewLines(const Data& text, bool newLines) {
   const std::string_view characters(reinterpret_cast<const char*>(text.bytes().data()),

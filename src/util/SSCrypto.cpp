@@ -2,6 +2,7 @@
 
 #include <openssl/rand.h>
 
+#include <exception>
 #include <limits>
 #include <new>
 
@@ -30,10 +31,9 @@ CipherHandle cipherFor(const CryptoLibrary& library, const std::optional<std::st
 std::vector<std::uint8_t> keyBuffer(std::uint64_t length) {
   try {
     return std::vector<std::uint8_t>(length);
-  } catch (const std::length_error&) {
-  } catch (const std::bad_alloc&) {
+  } catch (const std::exception&) {  // a length that no vector has, or that memory has not
+    throw AssertionError("SSCrypto: Cannot calloc memory for buffer.");
   }
-  throw AssertionError("SSCrypto: Cannot calloc memory for buffer.");
 }
 
 std::optional<std::string> asUTF8(const std::optional<Data>& data) {

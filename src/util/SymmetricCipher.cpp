@@ -93,7 +93,7 @@ std::optional<Data> encipher(const CryptoLibrary& library, const EVP_CIPHER* cip
                              const Data& keyMaterial, const Data& clearText) {
   const OpenSSLErrorsKept errors;
   DerivedKey derived;
-  if (!derive(derived, library, cipher, keyMaterial, nullptr)) {
+  if (!derive(derived, library, cipher, keyMaterial, /*salt=*/nullptr)) {
     NSLog(kEncryptTexts.init);
     return std::nullopt;
   }
