@@ -46,9 +46,11 @@ std::vector<ListedAttribute> listedAttributes(const VTSettings& settings,
   if (!shortName) {
     names = Platform::current().metadataIndex().MDSchemaCopyAllAttributes();
   } else if (const std::shared_ptr<Array> found = settings.attributesForShortName(*shortName)) {
+    names.reserve(found->size());
     for (const Value& attribute : *found) names.push_back(*attribute.get<std::string>());
   }
   std::vector<ListedAttribute> listed;
+  listed.reserve(names.size());
   for (std::string& name : names) {
     listed.push_back(
         {name, settings.displayNameForAttributeKey(name).value_or(""), shortNames[name]});

@@ -45,8 +45,10 @@ CommandOutline outlineOf(const CLI::App& app, const std::string& path) {
   for (const CLI::Option* option : app.get_options()) outline.options.push_back(outlineOf(*option));
   for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
     if (command->get_group().empty()) continue;  // hidden
-    const std::string name = command->get_name();
-    outline.commands.push_back(outlineOf(*command, path.empty() ? name : path + " " + name));
+    std::string inner = path;
+    if (!inner.empty()) inner += ' ';
+    inner += command->get_name();
+    outline.commands.push_back(outlineOf(*command, inner));
   }
   return outline;
 }

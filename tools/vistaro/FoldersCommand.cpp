@@ -39,7 +39,7 @@ Json describe(const VTSearchFolder& folder) {
   return entry;
 }
 
-void show(const Json& entries, int depth, const Terminal& terminal) {
+void show(const Json& entries, std::size_t depth, const Terminal& terminal) {
   for (const Json& entry : entries) {
     const std::string title = printable(entry["title"].get<std::string>());
     std::string line = std::string(2 * depth, ' ') + terminal.bold(title);

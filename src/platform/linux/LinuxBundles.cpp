@@ -39,6 +39,7 @@ LinuxBundles::Tables LinuxBundles::readTables(const std::string& path,
   Tables tables;
   if (table.find('/') != std::string::npos) return tables;
   std::vector<std::string> folders;
+  folders.reserve(languages_.size() + 4);
   for (const std::string& language : languages_) folders.push_back(language + ".lproj/");
   for (const char* folder : {"en.lproj/", "English.lproj/", "Base.lproj/", ""}) {
     folders.emplace_back(folder);

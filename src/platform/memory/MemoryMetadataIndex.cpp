@@ -188,6 +188,7 @@ std::shared_ptr<Dictionary> MemoryMetadataIndex::MDItemCopyAttributes(
 std::vector<std::string> MemoryMetadataIndex::MDSchemaCopyAllAttributes() {
   record("MDSchemaCopyAllAttributes");
   std::vector<std::string> names;
+  names.reserve(attributes_.size());
   for (const auto& [name, displayName] : attributes_) names.push_back(name);
   return names;
 }
