@@ -144,16 +144,13 @@ Result<IndexLock, StoreError> IndexFolder::lock() const {
   if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK) return systemError(errno, "lock", path);
     const Result<std::string, StoreError> text = readSmall(folder_.get(), kLockName, path);
-    const std::string holder = text ? text->substr(0, text->find('\n')) : "";
-    return StoreError{StoreError::Kind::kLocked,
-                      fmt::format("process {} is writing to {}", holder, path_)};
+    const std::string number = text ? text->substr(0, text->find('\n')) : "";
+    const std::string holder = number.empty() ? "another process" : "process " + number;
+    return StoreError{StoreError::Kind::kLocked, fmt::format("{} is writing to {}", holder, path_)};
   }
-  // For whoever comes second; the lock itself needs no text.
+  // For whoever comes second. The lock itself needs no text, so a full disk is no matter here.
   const std::string text = fmt::format("{}\n", ::getpid());
-  if (::ftruncate(file.get(), 0) != 0 ||
-      ::pwrite(file.get(), text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
-    return systemError(errno, "write", path);
-  }
+  if (::ftruncate(file.get(), 0) == 0) calls_->write(file.get(), text.data(), text.size(), 0);
   return IndexLock(std::move(file));
 }
 
@@ -197,7 +194,8 @@ Result<SegmentIdentity, StoreError> IndexFolder::writeSegment(const std::string&
   });
   if (error) return *std::move(error);
   // The name must have reached the disk before a manifest does that speaks of it.
-  if ((error = syncFolder())) {
+  error = syncFolder();
+  if (error) {
     calls_->unlink(folder_.get(), name.c_str());
     return *std::move(error);
   }

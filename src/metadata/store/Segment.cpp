@@ -1,5 +1,7 @@
 #include "metadata/store/Segment.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -75,13 +77,9 @@ ColumnShape shapeOf(ColumnId id) {
   return {1, Per::kNothing};
 }
 
-/// The columns that opening reads whole: what rights are judged by must be as it was written.
-constexpr ColumnId kReadAtOpen[] = {
-    ColumnId::kClassUids,       ColumnId::kClassGids,
-    ColumnId::kClassModes,      ColumnId::kClassAclPresences,
-    ColumnId::kClassAcls,       ColumnId::kClassAclOffsets,
-    ColumnId::kTypeIdentifiers, ColumnId::kTypeIdentifierOffsets,
-};
+/// The first of the columns that opening reads whole: all but those of the rows, being few bytes
+/// next to them. Rights are judged by these, folder by folder and class by class.
+constexpr ColumnId kFirstReadAtOpen = ColumnId::kFolderNames;
 
 }  // namespace
 
@@ -92,9 +90,10 @@ Result<std::shared_ptr<const Segment>, StoreError> Segment::open(int folder,
   if (!file) return file.error();
   std::shared_ptr<Segment> segment(new Segment(std::move(file).value(), std::move(shownPath)));
   if (std::optional<StoreError> error = segment->takeHead()) return *std::move(error);
-  const auto isAsWritten = [&](ColumnId id) { return segment->isAsWritten(id); };
-  if (!std::ranges::all_of(kReadAtOpen, isAsWritten)) {
-    return damageError(segment->shownPath_, "its access classes or types are not as written");
+  for (auto at = static_cast<std::size_t>(kFirstReadAtOpen); at < kColumnCount; ++at) {
+    if (!segment->isAsWritten(static_cast<ColumnId>(at))) {
+      return damageError(segment->shownPath_, fmt::format("column {} is not as written", at));
+    }
   }
   segment->takeColumns();
   if (!segment->takeClasses()) {
@@ -155,12 +154,6 @@ bool Segment::countsAreSound() const {
 
 bool Segment::isAsWritten(ColumnId id) const {
   return checksumOf(bytesOf(id)) == placeOf(id).checksum;
-}
-
-template <class Number>
-std::span<const Number> Segment::numbersOf(ColumnId id) const {
-  const std::string_view bytes = bytesOf(id);
-  return {reinterpret_cast<const Number*>(bytes.data()), bytes.size() / sizeof(Number)};
 }
 
 void Segment::takeColumns() {

@@ -116,9 +116,10 @@ class SegmentVerifier {
     std::size_t at = 0;
     for (std::size_t row = 0; row < columns_.rowCount(); ++row) {
       if (columns_.allocatedBlocks[row] != kNotInBlocks) continue;
-      if (at == rows.size() || rows[at++] != row) {
+      if (at == rows.size() || rows[at] != row) {
         return fmt::format("the allocated space of row {} is missing", row);
       }
+      ++at;
     }
     return at == rows.size() ? "" : "there is allocated space of no row";
   }

@@ -170,6 +170,14 @@ TEST(IndexFolder, HasOneWriterAtATime) {
   EXPECT_TRUE(folder.lock());
 }
 
+TEST(IndexFolder, IsLockedByWhoCouldNotLeaveANumber) {
+  const TemporaryFolder place;
+  const IndexFolder folder = made(place / "index");
+  const auto first = folder.lock();
+  writeFile(place / "index/lock", "");
+  EXPECT_EQ(folder.lock().error().reason, "another process is writing to " + (place / "index"));
+}
+
 TEST(IndexFolder, RemovesWhatKilledWritersLeft) {
   const TemporaryFolder place;
   const IndexFolder folder = made(place / "index");
