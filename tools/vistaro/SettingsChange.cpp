@@ -54,10 +54,10 @@ SettingsChange::SettingsChange() : lock_(lockForChange()) {
   needReadableFile();
   settings_ = VTSettings::sharedInstance();
   settings_->reloadConfig();
-  settings_->setSaveSettingsOnChanges(false);
+  settings_->setSaveSettingsOnChanges(/*save=*/false);
 }
 
-SettingsChange::~SettingsChange() { settings_->setSaveSettingsOnChanges(true); }
+SettingsChange::~SettingsChange() { settings_->setSaveSettingsOnChanges(/*save=*/true); }
 
 void SettingsChange::save() {
   if (!settings_->saveStorage()) throw CommandError{kFailure, "the settings were not changed"};
