@@ -56,8 +56,8 @@ struct MDQueryNotes {
   bool hasNoAccount = false;
   /// Folders of the scope, as they were given, whose files had to be walked, for which
   /// `walkedBecause` gives the reason as the end of a sentence: "there is no index".
-  std::vector<std::string> walkedScopes;
-  std::string walkedBecause;
+  std::vector<std::string> walkedScopes{};
+  std::string walkedBecause{};
 };
 
 /// Is told, now and then within an execution, how much has been looked at since it began. The
