@@ -25,7 +25,7 @@
 #include "foundation/NSLog.h"
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/SubstringScanner.h"
-#include "metadata/engine/WalkedIndex.h"
+#include "metadata/indexing/IndexedTree.h"
 #include "platform/Platform.h"
 #include "platform/linux/AccountRecords.h"
 #include "platform/linux/FolderResources.h"
@@ -100,7 +100,7 @@ class Corpus {
             ContentTypes::parse(*resources_->resource("types", "tsv")).value())),
         schema_(std::make_shared<const query::AttributeSchema>(
             query::AttributeSchema::parse(*resources_->resource("attributes", "tsv")).value())) {
-    index = WalkedIndex(tree, *types_).index();
+    index = IndexedTree(tree, *types_).index();
     const auto identity = std::make_shared<LinuxIdentity>(accounts_);
     const auto records = std::make_shared<const AccountRecords>(accounts_, passwordsUnder(root_));
     const auto credentials = [accounts = accounts_](std::uint32_t uid) {

@@ -54,9 +54,8 @@ struct MDQueryNotes {
   std::vector<std::string> unusableScopes;
   /// The effective user is not known here, or not the wanted one: nothing was searched.
   bool hasNoAccount = false;
-  /// Folders of the scope, as they were given, whose files had to be walked, for which
-  /// `walkedBecause` gives the reason as the end of a sentence: "there is no index".
-  std::vector<std::string> walkedScopes{};
+  /// Why the files had to be walked, as the end of a sentence: "there is no index". "" when they had
+  /// not.
   std::string walkedBecause{};
 };
 

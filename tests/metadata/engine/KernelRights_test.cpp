@@ -12,7 +12,7 @@
 
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/RandomFiles.h"
-#include "metadata/engine/WalkedIndex.h"
+#include "metadata/indexing/IndexedTree.h"
 #include "metadata/live/ShippedSchema.h"
 #include "metadata/query/QueryParser.h"
 #include "metadata/types/ShippedTypes.h"
@@ -65,7 +65,7 @@ TEST(KernelRights, AreTheEngines) {
   std::size_t allowed = 0;
   for (std::uint32_t tree = 0; tree < kTrees; ++tree) {
     RandomFiles files(kSeed + tree, 250);
-    const std::shared_ptr<const OpenIndex> index = WalkedIndex(files.path(), types).index();
+    const std::shared_ptr<const OpenIndex> index = IndexedTree(files.path(), types).index();
     const std::uint32_t folder = indexedFolderAt(index->segment, files.path()).value();
     const auto pathsFor = [&](const AccessJudge& judge) {
       const IndexHits hits(index, {types, groups}, {{folder, files.path(), files.path()}}, judge,
