@@ -53,6 +53,7 @@ int main(int argc, char** argv) {
   addKindsCommand(app, status);
   addMimeCommand(app, status);
   addMetadataCommand(app, status);
+  addIndexCommand(app, status);
   addFoldersCommand(app, status);
   addSavedCommand(app, status);
   addSettingsCommand(app, status);
