@@ -10,11 +10,10 @@
 #include <optional>
 #include <utility>
 
-#include "foundation/Array.h"
 #include "metadata/indexing/Indexer.h"
 #include "platform/Platform.h"
 #include "platform/linux/ContentTypeTable.h"
-#include "scopes/VTSearchFolder.h"
+#include "scopes/FolderPaths.h"
 #include "vistaro/CanonicalFolder.h"
 #include "vistaro/CommandError.h"
 #include "vistaro/IndexingLine.h"
@@ -41,17 +40,11 @@ std::vector<std::string> foldersOfSettings() {
   const std::shared_ptr<VTSettings> settings = readableSettings();
   settings->reloadConfig();
   std::vector<std::string> folders;
-  for (const auto& folder : *settings->searchFolders()) {
-    const std::shared_ptr<Array> paths = folder->paths();
-    if (!paths) continue;
-    for (const Value& path : *paths) {
-      const std::string* text = path.get<std::string>();
-      if (text == nullptr) continue;
-      try {
-        folders.push_back(canonicalFolder(*text));
-      } catch (const CommandError& error) {
-        printError("note: " + error.text);
-      }
+  for (const std::string& path : pathsCoveredBy(*settings->searchFolders())) {
+    try {
+      folders.push_back(canonicalFolder(path));
+    } catch (const CommandError& error) {
+      printError("note: " + error.text);
     }
   }
   return folders;

@@ -69,7 +69,7 @@ bool IndexedMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options)
   std::optional<std::string> refusal;
   // An unknown account is the live index's to refuse.
   if (const std::optional<Credentials> who = live_->callersCredentials()) {
-    refusal = answerFromIndex(asked, AccessJudge(*who));
+    refusal = answerFromIndex(asked, AccessJudge(*who), options);
     if (!refusal) return true;
   }
   const bool wasRun = live_->MDQueryExecute(*asked.live, options);
@@ -79,7 +79,8 @@ bool IndexedMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options)
 }
 
 std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& query,
-                                                                 const AccessJudge& judge) {
+                                                                 const AccessJudge& judge,
+                                                                 std::uint32_t options) {
   const LiveQuery& live = *query.live;
   const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
   const PrivilegedMoment moment(*identity_);
@@ -98,8 +99,11 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
     indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
   }
 
+  std::vector<IndexHits::Step> steps;
+  const bool countsSteps = (options & kMDQueryCountsSteps) != 0;
   auto hits = std::make_shared<IndexHits>(std::move(index), live_->tables(), std::move(indexed),
-                                          judge, live.parsed, live_->schema(), context);
+                                          judge, live.parsed, live_->schema(), context,
+                                          countsSteps ? &steps : nullptr);
   const auto valueOfHit = [&](std::size_t at, LiveAttribute attribute, Value& value) {
     // As a walk has it, which counts entries only for who asks that of an item.
     return attribute != LiveAttribute::kEntryCount &&
@@ -111,6 +115,10 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   query.notes = live.notes;
   query.notes.hasNoAccount = false;
   query.notes.unusableScopes = std::move(scopes.unusable);
+  query.notes.steps.clear();
+  for (IndexHits::Step& step : steps) {
+    query.notes.steps.push_back({std::move(step.text), step.asked, step.left});
+  }
   return std::nullopt;
 }
 

@@ -61,7 +61,8 @@ class IndexedMetadataIndex final : public MetadataIndex {
 
  private:
   /// Answers from the index; the reason why not when it can't. The account must be known.
-  std::optional<std::string> answerFromIndex(IndexedQuery& query, const AccessJudge& judge);
+  std::optional<std::string> answerFromIndex(IndexedQuery& query, const AccessJudge& judge,
+                                             std::uint32_t options);
 
   std::shared_ptr<LiveMetadataIndex> live_;
   std::shared_ptr<Identity> identity_;

@@ -177,6 +177,22 @@ TEST_F(IndexedMetadataIndexTest, WalksAndSaysSoWhenThereIsNoIndex) {
   EXPECT_EQ(notes.walkedBecause, "there is no index");
 }
 
+TEST_F(IndexedMetadataIndexTest, CountsWhatEachStepLeavesWhenItIsAsked) {
+  buildIndex();
+  const auto query = index_.MDQueryCreate("kMDItemFSName == \"*.txt\"", {}, {});
+  index_.MDQuerySetSearchScope(*query, {tree_ / "sub"}, 0);
+  index_.MDQueryExecute(*query, kMDQuerySynchronous);
+  EXPECT_THAT(index_.MDQueryCopyNotes(*query).steps, IsEmpty());
+  index_.MDQueryExecute(*query, kMDQuerySynchronous | kMDQueryCountsSteps);
+  const std::vector<MDQueryStep> steps = index_.MDQueryCopyNotes(*query).steps;
+  ASSERT_EQ(steps.size(), 2U);
+  EXPECT_EQ(steps[0].text, "kMDItemFSName == \"*.txt\"");
+  EXPECT_EQ(steps[0].asked, 7U);
+  EXPECT_EQ(steps[0].left, 3U);
+  EXPECT_EQ(steps[1].asked, 3U);
+  EXPECT_EQ(steps[1].left, 2U);
+}
+
 TEST_F(IndexedMetadataIndexTest, WalksForText) {
   buildIndex();
   const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
