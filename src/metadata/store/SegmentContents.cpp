@@ -114,12 +114,23 @@ Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
   return SegmentIdentity{written.fileBytes, written.checksum};
 }
 
+void SegmentContents::prefetchAfter(std::size_t at, bool withName) const {
+  constexpr std::size_t kNamesAhead = 12;
+  constexpr std::size_t kRowsAhead = 24;  // which tell where their names are
+  if (at + kRowsAhead >= order_.size()) return;
+  __builtin_prefetch(&built_.rows_[order_[at + kRowsAhead]]);
+  if (withName) {
+    __builtin_prefetch(built_.names_[built_.rows_[order_[at + kNamesAhead]].name].data());
+  }
+}
+
 void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextBytes) const {
   std::vector<bool> differs;
   differs.reserve(order_.size());
   NameFolder folder;
   writer.texts(ColumnId::kFoldedNames, ColumnId::kFoldedNameOffsets, order_, mostTextBytes,
                [&](std::uint32_t row) {
+                 prefetchAfter(differs.size(), /*withName=*/true);
                  const std::string_view name = built_.names_[built_.rows_[row].name];
                  const std::string_view folded = folder.fold(name);
                  differs.push_back(folded != name);
@@ -131,7 +142,11 @@ void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextByt
                  return differs[at++] ? built_.names_[built_.rows_[row].name] : std::string_view();
                });
   const auto column = [&]<class Number>(ColumnId id, Number BuiltRow::* field) {
-    writer.numbers<Number>(id, order_, [&](std::uint32_t row) { return built_.rows_[row].*field; });
+    at = 0;
+    writer.numbers<Number>(id, order_, [&](std::uint32_t row) {
+      prefetchAfter(at++, /*withName=*/false);
+      return built_.rows_[row].*field;
+    });
   };
   column(ColumnId::kModified, &BuiltRow::modified);
   column(ColumnId::kCreated, &BuiltRow::created);
@@ -150,6 +165,7 @@ void SegmentContents::writeOddAllocations(SegmentWriter& writer) const {
   std::vector<std::uint32_t> rows;
   std::vector<std::uint64_t> allocations;
   for (std::uint32_t at = 0; at < order_.size(); ++at) {
+    prefetchAfter(at, /*withName=*/false);
     const std::uint64_t bytes = built_.rows_[order_[at]].allocatedBytes;
     if (blocksOf(bytes) != kNotInBlocks) continue;
     rows.push_back(at);
@@ -174,6 +190,7 @@ void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostText
   column(ColumnId::kAreListed, &Built::isListed);
   std::vector<std::uint32_t> rows(folders.size(), kNoRow);
   for (std::uint32_t at = 0; at < order_.size(); ++at) {
+    prefetchAfter(at, /*withName=*/false);
     const Folder own = built_.rows_[order_[at]].ownFolder;
     if (own != kNoFolder) rows[own] = at;
   }
@@ -189,8 +206,9 @@ void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostText
 
 void SegmentContents::writeFoldersByRow(SegmentWriter& writer) const {
   writer.column(ColumnId::kFoldersByRow, [&](FileWriter& file) {
-    for (const std::uint32_t row : order_) {
-      const Folder own = built_.rows_[row].ownFolder;
+    for (std::size_t at = 0; at < order_.size(); ++at) {
+      prefetchAfter(at, /*withName=*/false);
+      const Folder own = built_.rows_[order_[at]].ownFolder;
       if (own != kNoFolder) file.appendNumber(own);
     }
   });
