@@ -20,6 +20,7 @@ std::optional<SegmentMemory> remember(const IndexFolder& folder, std::optional<S
     return std::nullopt;
   }
   why = verifySegment(*earlier->segment);
+  earlier->segment->dropPages();
   if (why) return std::nullopt;
   return std::optional<SegmentMemory>(std::in_place, std::move(earlier).value());
 }
@@ -40,11 +41,13 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
   const auto tell = [&](const CrawlCounts& counts) {
     shown.crawled = counts;
     shown.elapsed = Clock::now() - start;
+    if (memory) memory->dropPages();
     return progress(shown);
   };
   if (!tell({})) return std::optional<IndexingReport>();
   CrawledSegment segment(types_);
   std::vector<CrawlRoot> begins;
+  begins.reserve(manifest.roots.size());
   for (const std::string& root : manifest.roots) begins.push_back({root, segment.addRoot(root)});
   TreeCrawl crawl(types_, memory ? &*memory : nullptr, segment);
   // A segment that is full says so itself when it is to be written.

@@ -22,6 +22,9 @@ class SegmentMemory final : public CrawlMemory {
                  FunctionRef<void(const RememberedEntry&)> visit) const override;
   Date seenUntil() const override;
 
+  /// Keeps the memory of the process small while much is asked.
+  void dropPages() const { earlier_.segment->dropPages(); }
+
   std::size_t rowCount() const { return earlier_.segment->columns().rowCount(); }
 
  private:
