@@ -7,9 +7,9 @@
 
 #include "foundation/UTF8.h"
 #include "metadata/store/IndexFolder.h"
-#include "metadata/store/IndexFreshness.h"
 #include "metadata/store/SegmentVerifier.h"
 #include "vistaro/CommandError.h"
+#include "vistaro/IndexState.h"
 #include "vistaro/LocalTime.h"
 #include "vistaro/Terminal.h"
 
@@ -18,56 +18,16 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// What there is to tell of an index.
-struct IndexState {
-  std::optional<IndexGeneration> generation;
-  std::optional<StoreError> error;  ///< why there is none
-  std::optional<StoreError> lock;   ///< whose it is, while an indexer has it
-};
-
-IndexState stateOf(const std::string& indexFolder) {
-  IndexState state;
-  const Result<IndexFolder, StoreError> folder = IndexFolder::open(indexFolder);
-  if (!folder) {
-    state.error = folder.error();
-    return state;
-  }
-  Result<IndexGeneration, StoreError> generation = folder->current();
-  if (generation) {
-    state.generation = std::move(generation).value();
-  } else {
-    state.error = generation.error();
-  }
-  const Result<IndexLock, StoreError> lock = folder->lock();
-  if (!lock && lock.error().kind == StoreError::Kind::kLocked) state.lock = lock.error();
-  return state;
-}
-
-const char* wordFor(const IndexState& state, Date now) {
-  if (state.error) {
-    return state.error->kind == StoreError::Kind::kMissing ? "missing" : "unreadable";
-  }
-  switch (freshnessOf(state.generation->manifest, now)) {
-    case IndexFreshness::kFresh:
-      return "fresh";
-    case IndexFreshness::kOld:
-      return "old";
-    case IndexFreshness::kOfTheFuture:
-      return "of the future";
-  }
-  return "";
-}
-
 double bytesPerFile(const IndexGeneration& generation) {
   const std::size_t rows = generation.segment->columns().rowCount();
   const auto bytes = static_cast<double>(generation.segment->identity().bytes);
   return rows == 0 ? 0 : bytes / static_cast<double>(rows);
 }
 
-void printAsJson(const IndexState& state, const std::string& indexFolder, Date now) {
+void printAsJson(const IndexState& state, const std::string& indexFolder) {
   Json report;
   report["folder"] = displayText(indexFolder);
-  report["state"] = wordFor(state, now);
+  report["state"] = wordFor(state);
   report["indexing"] = state.lock.has_value();
   if (state.error) report["error"] = displayText(state.error->reason);
   if (state.generation) {
@@ -87,17 +47,17 @@ void printAsJson(const IndexState& state, const std::string& indexFolder, Date n
   fmt::print("{}\n", report.dump(2));
 }
 
-void printAsText(const IndexState& state, const std::string& indexFolder, Date now) {
+void printAsText(const IndexState& state, const std::string& indexFolder) {
   const auto show = [](std::string_view label, const std::string& text) {
     fmt::print("{:<12}{}\n", label, text);
   };
   show("Index", printable(indexFolder));
   if (state.error) {
-    show("State", fmt::format("{}: {}", wordFor(state, now), printable(state.error->reason)));
+    show("State", fmt::format("{}: {}", wordFor(state), printable(state.error->reason)));
   } else {
     const Manifest& manifest = state.generation->manifest;
     const SegmentColumns& segment = state.generation->segment->columns();
-    show("State", wordFor(state, now));
+    show("State", wordFor(state));
     show("Generation", fmt::format("{}", manifest.generation));
     for (const std::string& root : manifest.roots) show("Holds", printable(root));
     show("Files", fmt::format("{} in {} folders, {} access classes", segment.rowCount(),
@@ -114,18 +74,14 @@ void printAsText(const IndexState& state, const std::string& indexFolder, Date n
 }  // namespace
 
 int reportIndex(const std::string& indexFolder, bool asJson) {
-  const IndexState state = stateOf(indexFolder);
-  const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+  const IndexState state = indexStateAt(indexFolder);
   if (asJson) {
-    printAsJson(state, indexFolder, now);
+    printAsJson(state, indexFolder);
   } else {
-    printAsText(state, indexFolder, now);
+    printAsText(state, indexFolder);
   }
-  if (state.error) {
-    return state.error->kind == StoreError::Kind::kMissing ? kNothingFound : kFailure;
-  }
-  const bool isFresh = freshnessOf(state.generation->manifest, now) == IndexFreshness::kFresh;
-  return isFresh ? kFound : kNothingFound;
+  if (state.error && !state.isMissing()) return kFailure;
+  return state.isFresh() ? kFound : kNothingFound;
 }
 
 int verifyIndex(const std::string& indexFolder) {
