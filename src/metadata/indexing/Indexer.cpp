@@ -30,7 +30,7 @@ std::optional<SegmentMemory> remember(const IndexFolder& folder, std::optional<S
 Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::string> roots,
                                                                Progress progress) const {
   IndexingReport report;
-  const std::optional<SegmentMemory> memory = remember(folder_, report.distrusted);
+  std::optional<SegmentMemory> memory = remember(folder_, report.distrusted);
   Manifest& manifest = report.manifest;
   manifest.roots = outermostRoots(std::move(roots));
   manifest.began = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
@@ -58,6 +58,7 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
   const Clock::time_point crawled = Clock::now();
   manifest.ended = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
   manifest.duration = std::chrono::duration_cast<std::chrono::microseconds>(crawled - start);
+  memory.reset();  // which is as large as what publishing needs
   shown.isPublishing = true;
   tell(crawl.counts());
   Result<Manifest, StoreError> published =

@@ -31,12 +31,6 @@ class NameFolder {
   std::string folded_;
 };
 
-std::uint32_t blocksOf(std::uint64_t bytes) {
-  const std::uint64_t blocks = bytes / kAllocationBlockBytes;
-  const bool fits = bytes % kAllocationBlockBytes == 0 && blocks < kNotInBlocks;
-  return fits ? static_cast<std::uint32_t>(blocks) : kNotInBlocks;
-}
-
 constexpr auto kItself = [](auto number) { return number; };
 
 }  // namespace
@@ -88,8 +82,8 @@ void SegmentContents::sortTies(std::size_t first, std::size_t last, const PathOr
                    [&](std::uint32_t a, std::uint32_t b) {
                      const BuiltRow& left = built_.rows_[a];
                      const BuiltRow& right = built_.rows_[b];
-                     return order.isBefore(left.folder, built_.names_[left.name], right.folder,
-                                           built_.names_[right.name], folderName);
+                     return order.isBefore(left.folder, built_.names_[left.name()], right.folder,
+                                           built_.names_[right.name()], folderName);
                    });
 }
 
@@ -120,7 +114,7 @@ void SegmentContents::prefetchAfter(std::size_t at, bool withName) const {
   if (at + kRowsAhead >= order_.size()) return;
   __builtin_prefetch(&built_.rows_[order_[at + kRowsAhead]]);
   if (withName) {
-    __builtin_prefetch(built_.names_[built_.rows_[order_[at + kNamesAhead]].name].data());
+    __builtin_prefetch(built_.names_[built_.rows_[order_[at + kNamesAhead]].name()].data());
   }
 }
 
@@ -131,7 +125,7 @@ void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextByt
   writer.texts(ColumnId::kFoldedNames, ColumnId::kFoldedNameOffsets, order_, mostTextBytes,
                [&](std::uint32_t row) {
                  prefetchAfter(differs.size(), /*withName=*/true);
-                 const std::string_view name = built_.names_[built_.rows_[row].name];
+                 const std::string_view name = built_.names_[built_.rows_[row].name()];
                  const std::string_view folded = folder.fold(name);
                  differs.push_back(folded != name);
                  return folded;
@@ -139,7 +133,8 @@ void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextByt
   std::size_t at = 0;
   writer.texts(ColumnId::kOtherNames, ColumnId::kOtherNameOffsets, order_, mostTextBytes,
                [&](std::uint32_t row) {
-                 return differs[at++] ? built_.names_[built_.rows_[row].name] : std::string_view();
+                 return differs[at++] ? built_.names_[built_.rows_[row].name()]
+                                      : std::string_view();
                });
   const auto column = [&]<class Number>(ColumnId id, Number BuiltRow::* field) {
     at = 0;
@@ -153,9 +148,7 @@ void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextByt
   column(ColumnId::kAttributesChanged, &BuiltRow::attributesChanged);
   column(ColumnId::kAccessed, &BuiltRow::accessed);
   column(ColumnId::kSizes, &BuiltRow::sizeInBytes);
-  writer.numbers<std::uint32_t>(ColumnId::kAllocatedBlocks, order_, [&](std::uint32_t row) {
-    return blocksOf(built_.rows_[row].allocatedBytes);
-  });
+  column(ColumnId::kAllocatedBlocks, &BuiltRow::allocatedBlocks);
   column(ColumnId::kTypes, &BuiltRow::type);
   column(ColumnId::kFolders, &BuiltRow::folder);
   column(ColumnId::kAccessClasses, &BuiltRow::accessClass);
@@ -166,10 +159,12 @@ void SegmentContents::writeOddAllocations(SegmentWriter& writer) const {
   std::vector<std::uint64_t> allocations;
   for (std::uint32_t at = 0; at < order_.size(); ++at) {
     prefetchAfter(at, /*withName=*/false);
-    const std::uint64_t bytes = built_.rows_[order_[at]].allocatedBytes;
-    if (blocksOf(bytes) != kNotInBlocks) continue;
+    const std::uint32_t row = order_[at];
+    if (built_.rows_[row].allocatedBlocks != kNotInBlocks) continue;
+    const auto odd = std::ranges::lower_bound(built_.oddAllocations_, row, {},
+                                              &std::pair<std::uint32_t, std::uint64_t>::first);
     rows.push_back(at);
-    allocations.push_back(bytes);
+    allocations.push_back(odd->second);
   }
   writer.numbers<std::uint32_t>(ColumnId::kOddlyAllocatedRows, rows, kItself);
   writer.numbers<std::uint64_t>(ColumnId::kOddAllocations, allocations, kItself);
