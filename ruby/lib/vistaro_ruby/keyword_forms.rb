@@ -4,15 +4,19 @@ module VistaroRuby
   # Lets a message of several keywords be sent with keywords of Ruby's:
   # `folder.smbURLforPath(path, windowsClient: true)` for `smbURLforPath_windowsClient(path, true)`.
   module KeywordForms
-    # Defines these forms of all messages that the class or module lists.
+    # Defines these forms of all messages that the class or module lists, inherited ones included.
     def self.define(constant)
-      define_for(constant, constant.instance_variable_get(:@keyed_messages))
-      define_for(constant.singleton_class, constant.instance_variable_get(:@keyed_class_messages))
+      define_for(constant, listed(constant, :@keyed_messages))
+      define_for(constant.singleton_class, listed(constant, :@keyed_class_messages))
+    end
+
+    def self.listed(constant, list)
+      constant.ancestors.flat_map { |ancestor| ancestor.instance_variable_get(list) || [] }
     end
 
     # Keeps apart the messages that begin alike: the first keyword to {later keywords => name}.
     def self.define_for(owner, messages)
-      keyed = (messages || []).map { |message| message.split(":") }.select { |parts| parts.size > 1 }
+      keyed = messages.map { |message| message.split(":") }.select { |parts| parts.size > 1 }
       return if keyed.empty?
 
       forms = Module.new
@@ -35,6 +39,6 @@ module VistaroRuby
         __send__(name, *arguments, *keywords.values_at(*later))
       end
     end
-    private_class_method :define_for, :define_form
+    private_class_method :listed, :define_for, :define_form
   end
 end
