@@ -13,9 +13,9 @@ using Body = void (*)(Outcome& outcome, const VALUE* arguments, VALUE self);
 template <Body Work, int Count>
 VALUE callContainer(int count, VALUE* arguments, VALUE self) {
   rb_check_arity(count, Count, Count);
-  waitForLibrary();
   Outcome outcome;
-  contain(outcome, [&](Outcome& result) { Work(result, arguments, self); });
+  if (waitForLibrary(outcome))
+    contain(outcome, [&](Outcome& result) { Work(result, arguments, self); });
   RB_GC_GUARD(self);
   return outcome.finish();
 }

@@ -12,12 +12,12 @@ namespace {
 
 template <void (*Work)()>
 VALUE callWork(VALUE) {
-  waitForLibrary();
   Outcome outcome;
-  contain(outcome, [](Outcome& result) {
-    const RunningOutcome running(result);
-    Work();
-  });
+  if (waitForLibrary(outcome))
+    contain(outcome, [](Outcome& result) {
+      const RunningOutcome running(result);
+      Work();
+    });
   return outcome.finish();
 }
 

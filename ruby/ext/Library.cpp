@@ -21,15 +21,26 @@ void emptyWaitingToGo() noexcept {
   }
 }
 
+VALUE waitForHolder(VALUE) {
+  rb_mutex_lock(mutex);
+  holder = Qnil;  // it is already, unless a fork left the thread that held the library behind
+  rb_mutex_unlock(mutex);
+  return Qnil;
+}
+
 }  // namespace
 
-void waitForLibrary() {
+bool waitForLibrary(Outcome& outcome) noexcept {
   while (holder != Qnil && holder != rb_thread_current()) {
-    rb_mutex_lock(mutex);
-    holder = Qnil;  // it is already, unless a fork left the thread that held the library behind
-    rb_mutex_unlock(mutex);
+    int state = 0;
+    rb_protect(waitForHolder, Qnil, &state);
+    if (state != 0) {
+      outcome.keepStopped(state);
+      return false;
+    }
   }
   if (holder == Qnil && !waitingToGo().empty()) emptyWaitingToGo();
+  return true;
 }
 
 LibraryHold::LibraryHold() : isOutermost_(holder == Qnil) {

@@ -14,9 +14,9 @@ namespace vt::ruby {
 // block that is told of a change: meanwhile the call holds the library, and other threads wait for
 // it. The thread that holds it may call in again.
 
-/// Waits until no other thread holds the library. Raises what interrupts the wait; to be called
-/// where nothing is to be destroyed.
-void waitForLibrary();
+/// Waits until no other thread holds the library. False when the wait was interrupted; the outcome
+/// then knows by what, and the call is not to be begun.
+bool waitForLibrary(Outcome& outcome) noexcept;
 
 /// Holds the library against other threads while it lives. No other thread may hold it.
 class LibraryHold {

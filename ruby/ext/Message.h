@@ -152,9 +152,8 @@ template <auto Function, Trait Traits>
 VALUE callInstance(int count, VALUE* arguments, VALUE self) {
   constexpr int kCount = InstanceSignature<decltype(Function)>::kCount;
   rb_check_arity(count, kCount, kCount);
-  waitForLibrary();
   Outcome outcome;
-  answerAsInstance<Function, Traits>(outcome, arguments, self);
+  if (waitForLibrary(outcome)) answerAsInstance<Function, Traits>(outcome, arguments, self);
   RB_GC_GUARD(self);
   return outcome.finish();
 }
@@ -163,9 +162,8 @@ template <auto Function, Trait Traits>
 VALUE callClass(int count, VALUE* arguments, VALUE) {
   constexpr int kCount = Signature<decltype(Function)>::kCount;
   rb_check_arity(count, kCount, kCount);
-  waitForLibrary();
   Outcome outcome;
-  answerAsClass<Function, Traits>(outcome, arguments);
+  if (waitForLibrary(outcome)) answerAsClass<Function, Traits>(outcome, arguments);
   return outcome.finish();
 }
 
@@ -173,9 +171,8 @@ template <auto Function>
 VALUE callInitialiser(int count, VALUE* arguments, VALUE self) {
   constexpr int kCount = Signature<decltype(Function)>::kCount;
   rb_check_arity(count, kCount, kCount);
-  waitForLibrary();
   Outcome outcome;
-  initialise<Function>(outcome, arguments, self);
+  if (waitForLibrary(outcome)) initialise<Function>(outcome, arguments, self);
   RB_GC_GUARD(self);
   return outcome.finish();
 }

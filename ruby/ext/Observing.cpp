@@ -41,9 +41,8 @@ class ObserverBlock {
     const VALUE block = block_;
     contain(*outcome, [&](Outcome&) {
       protect([&] {
-        const VALUE arguments[] = {textToRuby(key),
-                                   ID2SYM(rb_intern(phase == ChangePhase::kWill ? "will" : "did"))};
-        rb_proc_call_kw(block, rb_ary_new_from_values(2, arguments), RB_NO_KEYWORDS);
+        const VALUE symbol = ID2SYM(rb_intern(phase == ChangePhase::kWill ? "will" : "did"));
+        rb_proc_call(block, rb_ary_new_from_args(2, textToRuby(key), symbol));
         return Qnil;
       });
     });
@@ -95,21 +94,21 @@ std::uint64_t observe(VTObject& object, std::string_view key, VALUE block) {
 }
 
 VALUE callObserve(VALUE self, VALUE key, VALUE block) {
-  waitForLibrary();
   Outcome outcome;
-  contain(outcome, [&](Outcome& result) {
-    const std::string text = textFromRuby(key);
-    const std::uint64_t number = observe(message_detail::selfOf<VTObject>(self), text, block);
-    result.value = protect([&] { return ULL2NUM(number); });
-  });
+  if (waitForLibrary(outcome))
+    contain(outcome, [&](Outcome& result) {
+      const std::string text = textFromRuby(key);
+      const std::uint64_t number = observe(message_detail::selfOf<VTObject>(self), text, block);
+      result.value = protect([&] { return ULL2NUM(number); });
+    });
   RB_GC_GUARD(block);
   return outcome.finish();
 }
 
 VALUE callEndObservation(VALUE, VALUE number) {
-  waitForLibrary();
   Outcome outcome;
-  contain(outcome, [&](Outcome&) { endObservation(unsignedFromRuby(number)); });
+  if (waitForLibrary(outcome))
+    contain(outcome, [&](Outcome&) { endObservation(unsignedFromRuby(number)); });
   return outcome.finish();
 }
 

@@ -49,7 +49,7 @@ class ErrorsTest < WorldTest
   end
 
   def test_memory_that_cannot_be_had_is_no_crash
-    assert_raises(NoMemoryError, ArgumentError, RuntimeError) { SSCrypto.getKeyDataWithLength(2**62) }
+    assert_raises(NoMemoryError, ArgumentError, RuntimeError) { SSCrypto.getKeyDataWithLength(2**63) }
   end
 
   def test_a_rejected_query_is_nil_and_says_why
