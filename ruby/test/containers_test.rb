@@ -28,8 +28,8 @@ class ContainersTest < WorldTest
     assert_nil storage["c"]
     assert_equal({ "b" => 1, "a" => 2 }, storage.to_h)
     assert_equal [["b", 1], ["a", 2]], storage.each.to_a
-    assert_equal({ "b" => 2, "a" => 4 }, storage.to_h { |key, value| [key, value * 2] })
-    assert_equal [["a", 2]], storage.select { |_, value| value > 1 }
+    assert_equal({ 1 => "b", 2 => "a" }, storage.to_h { |key, value| [value, key] })
+    assert_equal([["a", 2]], storage.select { |_, value| value > 1 })
     assert_equal 1, storage.fetch("b")
     assert_equal 7, storage.fetch("c", 7)
     assert_raises(KeyError) { storage.fetch("c") }

@@ -99,9 +99,20 @@ class ObservingTest < WorldTest
     assert_raises(ArgumentError) { settings.observe("serverName") }
   end
 
-  private
-
   Liveness = Struct.new(:alive)
+
+  # A block keeps all that can be seen where it is made: here that is no object of the library.
+  def self.block_that_tells(liveness)
+    block = proc {}
+    ObjectSpace.define_finalizer(block, end_of(liveness))
+    block
+  end
+
+  def self.end_of(liveness)
+    proc { liveness.alive = false }
+  end
+
+  private
 
   # Folders that nobody holds are made in a thread, so that no stack frame keeps one by chance.
   def watched_folder
@@ -112,16 +123,5 @@ class ObservingTest < WorldTest
 
   def watch(watched, liveness)
     watched.observe("title", &self.class.block_that_tells(liveness))
-  end
-
-  # A block keeps all that can be seen where it is made: here that is not the folder.
-  def self.block_that_tells(liveness)
-    block = proc {}
-    ObjectSpace.define_finalizer(block, end_of(liveness))
-    block
-  end
-
-  def self.end_of(liveness)
-    proc { liveness.alive = false }
   end
 end

@@ -11,8 +11,8 @@ class SearchTest < WorldTest
     container = search('kMDItemFSName == "*"')
     assert_equal container.count, container.results.size
     pdf = container.resultWithGroupName("PDF Documents")
-    assert_equal [File.join(@tree, "b.pdf")], (0...pdf.count).map { |i| pdf.pathForItemAtIndex(i) }
-    assert_same pdf, container.results.find { |group| group.title == "PDF Documents" }
+    assert_equal([File.join(@tree, "b.pdf")], (0...pdf.count).map { |i| pdf.pathForItemAtIndex(i) })
+    assert_same(pdf, container.results.find { |group| group.title == "PDF Documents" })
   end
 
   def test_only_what_the_user_may_read_is_found
@@ -136,7 +136,7 @@ class SearchTest < WorldTest
     group = VTSearchResult.alloc.initWithGroupKind(kind, results: records, searchFolders: [folder],
                                                          attributeKeys: ["kMDItemPath"], user: ann)
     container = VTSearchResultContainer.alloc.initWithUser(ann, results: [group])
-    assert_equal ["/a", "/b", nil], (0..2).map { |i| group.pathForItemAtIndex(i) }
+    assert_equal(["/a", "/b", nil], (0..2).map { |i| group.pathForItemAtIndex(i) })
     assert_equal 1, group.numberOfPages
     container.removeResultsWithContentType("only.one")
     assert_equal 0, container.count
