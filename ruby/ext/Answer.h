@@ -41,7 +41,8 @@ VALUE textsToRuby(const Texts& texts) {
 
 /// What an operation answered, in Ruby. Throws Stopped when Ruby cannot make it.
 template <class T>
-VALUE answerToRuby(T answer, bool frozen) {
+VALUE answerToRuby(T&& answer, bool frozen) {
+  static_assert(!std::is_reference_v<T>, "an answer is moved from");
   if constexpr (std::same_as<T, bool>) {
     return answer ? Qtrue : Qfalse;
   } else if constexpr (std::signed_integral<T> && sizeof(T) <= sizeof(std::int32_t)) {

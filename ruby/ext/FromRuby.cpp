@@ -102,6 +102,7 @@ struct HashReading {
 };
 
 int readEntry(VALUE key, VALUE value, VALUE argument) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): Ruby hands on an integer only.
   HashReading& reading = *reinterpret_cast<HashReading*>(argument);
   contain(reading.outcome, [&](Outcome&) {
     reading.dictionary.set(textFromRuby(key), nestedFromRuby(value, reading.depth));

@@ -85,7 +85,7 @@ void letGo(std::shared_ptr<void> object) noexcept {
   try {
     waitingToGo().push_back(std::move(object));
   } catch (...) {
-    // No memory to put it off: it goes now.
+    object.reset();  // no memory to put it off
   }
 }
 

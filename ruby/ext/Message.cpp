@@ -54,8 +54,10 @@ void defineMessages(VALUE rubyClass, std::span<const Message> messages) {
     const std::string assignment = assignmentName(message.keyed);
     if (!assignment.empty()) rb_define_method(owner, assignment.c_str(), message.call, -1);
   }
-  rb_ivar_set(rubyClass, rb_intern("@keyed_messages"), keyedNames(messages, false));
-  rb_ivar_set(rubyClass, rb_intern("@keyed_class_messages"), keyedNames(messages, true));
+  rb_ivar_set(rubyClass, rb_intern("@keyed_messages"),
+              keyedNames(messages, /*isClassLevel=*/false));
+  rb_ivar_set(rubyClass, rb_intern("@keyed_class_messages"),
+              keyedNames(messages, /*isClassLevel=*/true));
 }
 
 }  // namespace vt::ruby

@@ -13,20 +13,32 @@ namespace {
 
 VALUE undefinedKeyError = Qnil;
 
+/// What `make` gives, which may raise: then what was raised, since memory is short.
+template <class Make>
+VALUE newException(const Make& make) noexcept {
+  try {
+    return protect(make);
+  } catch (const Stopped&) {
+    const VALUE raised = rb_errinfo();
+    rb_set_errinfo(Qnil);
+    return raised;
+  }
+}
+
 VALUE newException(VALUE exceptionClass, const char* text) noexcept {
-  int state = 0;
-  std::pair<VALUE, const char*> arguments{exceptionClass, text};
-  const VALUE exception = rb_protect(
-      [](VALUE pointer) {
-        const auto& [wanted, message] = *reinterpret_cast<std::pair<VALUE, const char*>*>(pointer);
-        return rb_exc_new_str(wanted, rb_utf8_str_new_cstr(message));
-      },
-      reinterpret_cast<VALUE>(&arguments), &state);
-  if (state == 0) return exception;
-  // Memory is short. What Ruby raised says so.
-  const VALUE raised = rb_errinfo();
-  rb_set_errinfo(Qnil);
-  return raised;
+  return newException([=] { return rb_exc_new_str(exceptionClass, rb_utf8_str_new_cstr(text)); });
+}
+
+// So that KeyError#key answers.
+VALUE newUndefinedKeyError(const UndefinedKeyError& caught) noexcept {
+  return newException([&] {
+    const VALUE keywords = rb_hash_new();
+    const std::string& key = caught.key();
+    rb_hash_aset(keywords, ID2SYM(rb_intern("key")),
+                 rb_utf8_str_new(key.data(), static_cast<long>(key.size())));
+    VALUE arguments[] = {rb_utf8_str_new_cstr(caught.what()), keywords};
+    return rb_class_new_instance_kw(2, arguments, undefinedKeyError, RB_PASS_KEYWORDS);
+  });
 }
 
 }  // namespace
@@ -52,7 +64,7 @@ void Outcome::keepCurrentException() noexcept {
   try {
     throw;
   } catch (const UndefinedKeyError& caught) {
-    error = newException(undefinedKeyError, caught.what());
+    error = newUndefinedKeyError(caught);
   } catch (const std::out_of_range&) {
     error = newException(rb_eIndexError, "index out of range");  // what() names a C++ container
   } catch (const std::invalid_argument& caught) {

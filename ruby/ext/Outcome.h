@@ -40,6 +40,7 @@ VALUE protect(Body&& body) {
   int state = 0;
   const VALUE value = rb_protect(
       [](VALUE argument) -> VALUE {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): Ruby hands on an integer only.
         return (*reinterpret_cast<std::remove_reference_t<Body>*>(argument))();
       },
       reinterpret_cast<VALUE>(&body), &state);

@@ -18,7 +18,8 @@ VALUE dataToRuby(const Data& data) {
 }  // namespace
 
 VALUE textToRuby(std::string_view text) {
-  return rb_utf8_str_new(text.data(), static_cast<long>(text.size()));
+  const char* const bytes = text.data();
+  return rb_utf8_str_new(bytes, static_cast<long>(text.size()));
 }
 
 VALUE valueToRuby(const Value& value, bool frozen) {

@@ -2,6 +2,8 @@
 
 #include <memory>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/ServerPlatform.h"
 
@@ -19,7 +21,8 @@ void open() {
                              environment->resourceFolder + " cannot be read");
   }
   // Never taken down: Ruby lets go of its last objects, which may need it, at the very end.
-  new PlatformScope(std::move(platform));
+  static auto* worlds = new std::vector<std::unique_ptr<PlatformScope>>;
+  worlds->push_back(std::make_unique<PlatformScope>(std::move(platform)));
   isOpen = true;
 }
 

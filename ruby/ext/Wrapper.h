@@ -18,7 +18,7 @@ namespace vt::ruby {
 void registerClass(std::type_index type, VALUE rubyClass);
 
 /// Makes the classes that show containers.
-void registerContainers(VALUE dictionaryClass, VALUE arrayClass, VALUE objectArrayClass);
+void registerContainers(VALUE dictionaries, VALUE arrays, VALUE objectArrays);
 
 /// The Ruby object that shows the C++ object; nil for nullptr. What holds no property-list data of
 /// its own is shown `frozen`: it is then shared with the library, which relies on it. May raise: to

@@ -8,6 +8,7 @@ class ErrorsTest < WorldTest
     error = assert_raises(VistaroRuby::UndefinedKeyError) { folder.valueForKey("nope") }
     assert_kind_of KeyError, error
     assert_match(/nope/, error.message)
+    assert_equal "nope", error.key
     assert_raises(VistaroRuby::UndefinedKeyError) { folder.setValue(1, forKey: "nope") }
     assert_raises(VistaroRuby::UndefinedKeyError) { ann.setValue_forKey(1, "uid") }
     assert_raises(VistaroRuby::UndefinedKeyError) do
