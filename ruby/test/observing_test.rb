@@ -117,7 +117,7 @@ class ObservingTest < WorldTest
   # Folders that nobody holds are made in a thread, so that no stack frame keeps one by chance.
   def watched_folder
     liveness = Liveness.new(true)
-    Thread.new { 40.times { watch(folder, liveness) } }.join
+    Thread.new { 10.times { watch(folder, liveness) } }.join
     liveness
   end
 
