@@ -80,6 +80,16 @@ class ContainersTest < WorldTest
     assert_equal({ "x" => { "y" => [] } }, storage)
   end
 
+  def test_what_is_nested_without_end_can_go
+    skip "takes minutes" if ENV["GC_STRESS"]
+    inner = storage
+    200_000.times { inner = (inner["x"] = {}).then { inner["x"] } }
+    inner = nil
+    GC.start
+    settings.reloadConfig
+    assert_empty storage
+  end
+
   def test_what_is_deleted_stays_usable
     storage["x"] = { "a" => [1] }
     inner = storage["x"]["a"]
