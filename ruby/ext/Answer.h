@@ -51,7 +51,7 @@ VALUE answerToRuby(T&& answer, bool frozen) {
                        std::same_as<T, std::set<std::string>>) {
     return textsToRuby(answer);
   } else {
-    const std::optional<Value> value = valueOfAnswer(std::move(answer));
+    const std::optional<Value> value = valueOfAnswer(std::forward<T>(answer));
     if (!value) return Qnil;
     return protect([&] { return valueToRuby(*value, frozen); });
   }

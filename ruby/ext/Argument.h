@@ -223,9 +223,8 @@ struct Argument<const ObjectArray<T>&> {
   explicit Argument(VALUE ruby) : objects(objectsFromRuby<T>(ruby)) {
     if (!objects) refuseArgument(ruby, rb_cArray);
   }
-  operator const ObjectArray<T>&() const {
-    return *objects;
-  }  // NOLINT(google-explicit-constructor)
+  // NOLINTNEXTLINE(google-explicit-constructor): that is what an argument is for.
+  operator const ObjectArray<T>&() const { return *objects; }
   std::shared_ptr<ObjectArray<T>> objects;
 };
 template <class T>
