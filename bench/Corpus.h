@@ -1,7 +1,6 @@
 #pragma once
 
-#include <sys/stat.h>
-
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
