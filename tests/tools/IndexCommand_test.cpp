@@ -146,7 +146,7 @@ TEST_F(IndexCommand, TellsWhatTheIndexHolds) {
   const ProgramResult fresh = index({"--status"});
   EXPECT_EQ(fresh.exitCode, 0);
   EXPECT_THAT(fresh.output, HasSubstr("State       fresh\nGeneration  1\nHolds       " +
-                                      tree_.path().string() + "\nFiles       3 in "));
+                                      tree_.path().string() + "\nFiles       3 in 1 folders, "));
   EXPECT_THAT(fresh.output, HasSubstr("\nIndexer     not running\n"));
   const json report = status();
   EXPECT_EQ(report["state"], "fresh");

@@ -61,7 +61,7 @@ void printAsText(const IndexState& state, const std::string& indexFolder) {
     show("Generation", fmt::format("{}", manifest.generation));
     for (const std::string& root : manifest.roots) show("Holds", printable(root));
     show("Files", fmt::format("{} in {} folders, {} access classes", segment.rowCount(),
-                              segment.folderCount(), segment.classes.size()));
+                              segment.foldersByRow.size(), segment.classes.size()));
     show("Size",
          fmt::format("{} bytes, {:.1f} for each file", state.generation->segment->identity().bytes,
                      bytesPerFile(*state.generation)));

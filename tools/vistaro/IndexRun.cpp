@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -78,13 +77,14 @@ class IndexRun {
     const Indexer indexer(folder_, lock_, *types_);
     ProgressLine line(Clock::now());
     const bool shows = Terminal::obeysEscapes(STDERR_FILENO);
-    const auto report = orThrow(indexer.run(roots, [&](const IndexingProgress& progress) {
+    auto ended = indexer.run(roots, [&](const IndexingProgress& progress) {
       if (shows) {
         showOnTerminal(line.update(Clock::now(), [&] { return indexingLine(progress); }));
       }
       return !isEnded();
-    }));
+    });
     showOnTerminal(line.remove());
+    const std::optional<IndexingReport> report = orThrow(std::move(ended));
     if (report) tell(*report);
     return report.has_value();
   }
