@@ -88,6 +88,14 @@ TEST_F(ExplainedSearch, PointsAtTheMistakeInAQuery) {
   EXPECT_THAT(result.errors, HasSubstr("^"));
 }
 
+TEST_F(ExplainedSearch, SaysWhichFolderCannotBeSearched) {
+  const ProgramResult result = vistaro(
+      {"search", "--explain", "--user", "ann", "--path", tree_ / "missing", "--raw", "true"});
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_THAT(result.errors, HasSubstr("missing: no such folder, or ann may not search it"));
+  EXPECT_EQ(result.output, "");
+}
+
 TEST_F(ExplainedSearch, IsForRootAlone) {
   if (!canRunAs(2001)) GTEST_SKIP() << "nobody else can run the command";
   const ProgramResult result =

@@ -22,6 +22,7 @@
 #include "vistaro/CommandError.h"
 #include "vistaro/QueryOutline.h"
 #include "vistaro/SearchChoices.h"
+#include "vistaro/SearchNotes.h"
 #include "vistaro/Terminal.h"
 
 namespace vt::tool {
@@ -103,6 +104,8 @@ Explanation explain(const SearchOptions& options) {
   for (Hit& hit : hitsFor(user.get(), told.query, scope, notesOfUser)) {
     visible.insert(std::move(hit.path));
   }
+  notesOfUser.walkedBecause.clear();  // the explanation itself says it
+  tellNotes(options, user.get(), notesOfUser);
   AccessReason rights(user);
   std::int32_t visited = 0;
   for (const Hit& hit : all) {

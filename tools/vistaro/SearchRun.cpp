@@ -15,6 +15,7 @@
 #include "settings/VTSettings.h"
 #include "vistaro/CommandError.h"
 #include "vistaro/SearchChoices.h"
+#include "vistaro/SearchNotes.h"
 #include "vistaro/SearchProgress.h"
 #include "vistaro/SearchReport.h"
 #include "vistaro/Terminal.h"
@@ -34,38 +35,6 @@ std::string rejection(const std::string& query, const VTSearchManager& manager) 
   query::QueryError error;
   error.offset = why->offset;
   return fmt::format("{}\n{}", why->text, query::renderQueryError(query, error));
-}
-
-/// Says what a searcher would else wonder about. Ends the command when nothing could be searched.
-void tellNotes(const SearchOptions& options, const VTUser* user, const VTSearchManager& manager) {
-  const MDQueryNotes& notes = manager.lastNotes();
-  if (notes.hasNoAccount) {
-    const std::uint32_t uid = user ? user->uid() : Platform::current().identity().geteuid();
-    throw CommandError{kFailure,
-                       fmt::format("nothing can be searched with the rights of user id {}: it has "
-                                   "no account here, or may not be taken on",
-                                   uid)};
-  }
-  const auto unusable = [&](const std::string& path) {
-    return fmt::format("{}: no such folder, or {} may not search it", printable(path),
-                       options.user ? printable(*options.user) : "you");
-  };
-  if (!options.paths.empty() && notes.unusableScopes.size() == options.paths.size()) {
-    for (std::size_t i = 1; i < options.paths.size(); ++i) {
-      printError(unusable(notes.unusableScopes[i - 1]));
-    }
-    throw CommandError{kUsage, unusable(notes.unusableScopes.back())};
-  }
-  for (const std::string& path : notes.unusableScopes) printError("note: " + unusable(path));
-  for (const std::string& name : notes.unknownAttributes) {
-    printError(fmt::format("note: no file has an attribute called {}", printable(name)));
-  }
-  if (!notes.walkedBecause.empty()) {
-    printError("note: the files were walked, since " + printable(notes.walkedBecause));
-  }
-  if (manager.lastSearchWasCut()) {
-    printError("note: there are more hits than are looked at; older ones are left out");
-  }
 }
 
 SearchReport search(const SearchOptions& options) {
@@ -93,7 +62,10 @@ SearchReport search(const SearchOptions& options) {
   if (VTSettings::sharedInstance()->searchCount() == searchesBefore) {
     throw CommandError{kFailure, "the search could not be run"};
   }
-  tellNotes(options, user.get(), *manager);
+  tellNotes(options, user.get(), manager->lastNotes());
+  if (manager->lastSearchWasCut()) {
+    printError("note: there are more hits than are looked at; older ones are left out");
+  }
 
   SearchReport report;
   report.query = query;
