@@ -28,16 +28,27 @@ bool isAllowed(std::string_view loader) {
   return std::ranges::find(kLoaders, loader) != kLoaders.end();
 }
 
-/// Whether the image is of an allowed format, and not too large to be unpacked. Looks at its
-/// beginning alone.
-bool isDecodable(VipsSource* source) {
+/// What is told of an image before it is unpacked; nullptr when it is not of an allowed format, or
+/// too large. Looks at its beginning alone.
+Picture headerOf(VipsSource* source) {
   const char* loader = vips_foreign_find_load_source(source);
-  if (!loader || !isAllowed(loader)) return false;
-  const Picture header(vips_image_new_from_source(source, "", nullptr));
-  if (!header) return false;
+  if (!loader || !isAllowed(loader)) return nullptr;
+  Picture header(vips_image_new_from_source(source, "", nullptr));
+  if (!header) return nullptr;
   const auto width = static_cast<std::uint64_t>(vips_image_get_width(header.get()));
   const auto height = static_cast<std::uint64_t>(vips_image_get_page_height(header.get()));
-  return width > 0 && height > 0 && width * height <= kMostSourcePixels;
+  const bool isDecodable = width > 0 && height > 0 && width * height <= kMostSourcePixels;
+  return isDecodable ? std::move(header) : nullptr;
+}
+
+Picture thumbnailOf(VipsSource* source, PixelSize most, bool hasProfile) {
+  VipsImage* out = nullptr;
+  // Without a profile the colours are sRGB already, and a conversion would bend them.
+  const char* profileOption = hasProfile ? "export_profile" : nullptr;
+  const int result = vips_thumbnail_source(source, &out, static_cast<int>(most.width), "height",
+                                           static_cast<int>(most.height), "size", VIPS_SIZE_DOWN,
+                                           profileOption, "srgb", nullptr);
+  return Picture(result == 0 ? out : nullptr);
 }
 
 using Operation = std::function<int(VipsImage* in, VipsImage** out)>;
@@ -77,15 +88,11 @@ std::optional<Image> imageOf(VipsImage* picture) {
 
 std::optional<Image> decode(const MakeSource& makeSource, PixelSize most) {
   const Source forHeader = makeSource();
-  if (!forHeader || !isDecodable(forHeader.get())) return std::nullopt;
-  const Source source = makeSource();
-  VipsImage* out = nullptr;
-  if (!source || vips_thumbnail_source(source.get(), &out, static_cast<int>(most.width), "height",
-                                       static_cast<int>(most.height), "size", VIPS_SIZE_DOWN,
-                                       "export_profile", "srgb", nullptr) != 0) {
-    return std::nullopt;
-  }
-  const Picture picture = asPixels(Picture(out));
+  const Picture header = forHeader ? headerOf(forHeader.get()) : nullptr;
+  const Source source = header ? makeSource() : nullptr;
+  if (!source) return std::nullopt;
+  const bool hasProfile = vips_image_get_typeof(header.get(), VIPS_META_ICC_NAME) != 0;
+  const Picture picture = asPixels(thumbnailOf(source.get(), most, hasProfile));
   return picture ? imageOf(picture.get()) : std::nullopt;
 }
 

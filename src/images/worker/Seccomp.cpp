@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <utility>
 
 #include "images/worker/Sandbox.h"
 
@@ -129,11 +130,17 @@ void allowDecoding(Filter& filter) {
       SCMP_SYS(time),
       SCMP_SYS(times),
       SCMP_SYS(getcpu),
+      SCMP_SYS(umask),
   });
-  // Never for writing.
-  const scmp_datum_t writing = O_ACCMODE | O_CREAT | O_TRUNC;
-  filter.allowWhere(SCMP_SYS(openat), masked(2, writing, O_RDONLY));
-  filter.allowWhere(SCMP_SYS(open), masked(1, writing, O_RDONLY));
+  // Never for writing, which libraries try for files of their own.
+  for (const auto& [call, flags] : {std::pair{SCMP_SYS(open), 1U}, {SCMP_SYS(openat), 2U}}) {
+    const scmp_datum_t making = O_CREAT | O_TRUNC;
+    filter.allowWhere(call, masked(flags, O_ACCMODE | making, O_RDONLY));
+    filter.failWhere(EACCES, call, masked(flags, O_ACCMODE, O_WRONLY));
+    filter.failWhere(EACCES, call, masked(flags, O_ACCMODE, O_RDWR));
+    filter.failWhere(EACCES, call, masked(flags, O_CREAT, O_CREAT));
+    filter.failWhere(EACCES, call, masked(flags, O_TRUNC, O_TRUNC));
+  }
   filter.allowWhere(SCMP_SYS(clone), masked(0, CLONE_THREAD, CLONE_THREAD));
   for (const int command : {F_GETFD, F_SETFD, F_GETFL, F_SETFL, F_DUPFD, F_DUPFD_CLOEXEC}) {
     filter.allowWhere(SCMP_SYS(fcntl), {1, SCMP_CMP_EQ, static_cast<scmp_datum_t>(command), 0});
