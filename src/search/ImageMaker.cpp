@@ -91,4 +91,13 @@ bool makeImage(const ImageOrder& order, const VTUser* user) {
   return makeWithTool(order);
 }
 
+bool mayReadSource(const std::string& path, const VTUser* user) {
+  const ItemAccess access(user, path);
+  if (!access.isGranted()) return false;
+  const Platform& platform = Platform::current();
+  const OpenedSource source = platform.images().open(path);
+  if (source) return true;
+  return source.error() == Images::Refusal::kNoContent && platform.files().exists(path);
+}
+
 }  // namespace vt

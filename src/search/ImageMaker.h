@@ -21,4 +21,8 @@ struct ImageOrder {
 /// False when there is neither, the user may not read the source, or the target cannot be written.
 bool makeImage(const ImageOrder& order, const VTUser* user);
 
+/// Whether `user`, who may be nullptr (see ItemAccess), may read the file or folder at `path` now:
+/// to be asked before they are handed a picture of it that was made for anybody.
+bool mayReadSource(const std::string& path, const VTUser* user);
+
 }  // namespace vt

@@ -1,3 +1,5 @@
+#include "search/ImageMaker.h"
+
 #include <errno.h>
 #include <gmock/gmock.h>
 
@@ -190,6 +192,18 @@ TEST_F(ImageMaker, MakesNothingOfAnImpossibleSize) {
     EXPECT_FALSE(make(/*iconMode=*/true, size, size));
   }
   EXPECT_EQ(world.images->attempts().back(), "icon " + source + " 1073741824");
+}
+
+TEST_F(ImageMaker, TellsWhoMayReadASource) {
+  EXPECT_TRUE(mayReadSource(source, nullptr));
+  world.images->refuse(source, Images::Refusal::kForbidden);
+  EXPECT_FALSE(mayReadSource(source, nullptr));
+  world.images->refuse(source, Images::Refusal::kNoContent);
+  EXPECT_TRUE(mayReadSource(source, nullptr)) << "there it is, without content";
+  world.images->refuse("/missing", Images::Refusal::kNoContent);
+  EXPECT_FALSE(mayReadSource("/missing", nullptr));
+  world.identity->refuseUser(501);
+  EXPECT_FALSE(mayReadSource(source, world.ann().get()));
 }
 
 TEST_F(ImageMaker, LeavesNoHalfFileOnAFullDisk) {

@@ -20,5 +20,6 @@ std::vector<Diagnosis> checkAccounts();
 std::vector<Diagnosis> checkPasswords();
 std::vector<Diagnosis> checkSettings();
 std::vector<Diagnosis> checkShares();
+std::vector<Diagnosis> checkImages();
 
 }  // namespace vt::tool

@@ -25,8 +25,8 @@ int runDoctor() {
   const LogRedirection quiet([](std::string_view) {});  // each check says itself what it found
   const Terminal terminal = Terminal::standardOutput();
   int faults = 0;
-  for (const auto check :
-       {checkIdentity, checkResources, checkAccounts, checkPasswords, checkSettings, checkShares}) {
+  for (const auto check : {checkIdentity, checkResources, checkAccounts, checkPasswords,
+                           checkSettings, checkShares, checkImages}) {
     for (const Diagnosis& diagnosis : check()) {
       fmt::print("{}  {}\n", mark(diagnosis.finding, terminal), printable(diagnosis.text));
       faults += diagnosis.finding == Finding::kFault;

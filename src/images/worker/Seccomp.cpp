@@ -149,6 +149,7 @@ void allowDecoding(Filter& filter) {
   // glibc then takes clone(), whose flags can be looked at.
   filter.fail(ENOSYS, {SCMP_SYS(clone3)});
   filter.fail(ENOTTY, {SCMP_SYS(ioctl)});
+  filter.fail(ENOTSOCK, {SCMP_SYS(getpeername)});  // before it logs, GLib asks who reads it
   // Libraries try these and do without.
   filter.fail(EPERM, {SCMP_SYS(sched_setscheduler), SCMP_SYS(sched_setaffinity),
                       SCMP_SYS(sched_getscheduler), SCMP_SYS(sched_getparam), SCMP_SYS(setpriority),

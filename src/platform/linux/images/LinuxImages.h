@@ -27,12 +27,14 @@ class LinuxImages final : public Images {
     std::string iconFolder = {};
     /// Which file is of which type. Without (nullptr) there are no pictures.
     std::shared_ptr<const ContentTypes> types = nullptr;
+    /// What isAskedInProcess() answers.
+    bool askedInProcess = true;
   };
 
   explicit LinuxImages(Setup setup);
   ~LinuxImages() override;
 
-  bool isAskedInProcess() const override { return true; }
+  bool isAskedInProcess() const override { return setup_.askedInProcess; }
   Result<std::unique_ptr<Source>, Refusal> open(const std::string& path) override;
   std::optional<Image> thumbnail(const Source& source, const ThumbnailSize& size) override;
   std::optional<Image> icon(const std::string& path, std::int64_t maxPixelSize) override;
