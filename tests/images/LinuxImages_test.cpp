@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <set>
 
 #include "images/Samples.h"
 #include "images/TestImages.h"
@@ -162,7 +163,7 @@ TEST_F(LinuxImagesTest, ShowsAFrameOfVideo) {
 }
 
 TEST_F(LinuxImagesTest, GivesNothingForWhatIsNotOfItsFormat) {
-  for (const char* name : {"a.png", "a.svg", "a.pdf", "a.docx", "a.mp3", "a.mp4"}) {
+  for (const char* name : {"a.png", "a.svg", "a.pdf", "a.docx", "a.odp", "a.mp3", "a.mp4"}) {
     SCOPED_TRACE(name);
     writeFile(at(name), "Not what its name says.");
     EXPECT_EQ(told(thumbnailOf(name)), "none");
@@ -250,6 +251,53 @@ TEST_F(LinuxImagesTest, OutlivesASourceThatVanishes) {
   ASSERT_TRUE(source);
   std::filesystem::remove(at("a.png"));
   EXPECT_EQ(told(images_.thumbnail(**source, {64, 64, true})), "64x32 red green blue white");
+}
+
+TEST_F(LinuxImagesTest, HasAnIconForWhateverIsThere) {
+  std::filesystem::create_directory(at("folder"));
+  std::filesystem::create_directory(at("folder.app"));
+  ASSERT_EQ(mkfifo(at("pipe").c_str(), 0644), 0);
+  std::set<std::string> drawings;
+  for (const char* name : {"folder", "folder.app", "a.pdf", "a.docx", "a.odp", "a.xlsx", "a.mp3",
+                           "a.mp4", "a.zip", "a.cpp", "a.png", "a.unheard-of"}) {
+    SCOPED_TRACE(name);
+    if (std::string_view(name).starts_with("a.")) writeFile(at(name), "x");
+    const auto icon = images_.icon(at(name), 65);
+    ASSERT_TRUE(icon);
+    EXPECT_EQ(std::max(icon->width, icon->height), 65U);
+    EXPECT_EQ(colourAt(*icon, 0.01, 0.99), "clear");
+    EXPECT_TRUE(drawings.insert(icon->pixels).second) << "and one of its own";
+  }
+  EXPECT_TRUE(images_.icon(at("pipe"), 65));
+  EXPECT_EQ(images_.icon(at("missing"), 65), std::nullopt);
+}
+
+TEST_F(LinuxImagesTest, DrawsIconsAtAnySizeItGives) {
+  writeFile(at("a.pdf"), "x");
+  for (const std::int64_t size : {1, 16, 1024, 4096}) {
+    const auto icon = images_.icon(at("a.pdf"), size);
+    ASSERT_TRUE(icon) << size;
+    EXPECT_EQ(icon->height, size);
+  }
+  for (const std::int64_t size : {INT64_MIN, INT64_C(-1), INT64_C(0), INT64_C(4097), INT64_MAX}) {
+    EXPECT_EQ(images_.icon(at("a.pdf"), size), std::nullopt) << size;
+  }
+}
+
+TEST_F(LinuxImagesTest, HasIconsOfKnownTypesAloneAndCanDrawEach) {
+  const auto types = testImages().types;
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(VT_RESOURCES "/icons")) {
+    SCOPED_TRACE(entry.path().filename().string());
+    EXPECT_TRUE(types->find(entry.path().stem().string()));
+    std::filesystem::copy_file(entry.path(), at("icon.svg"),
+                               std::filesystem::copy_options::overwrite_existing);
+    const auto drawn = thumbnailOf("icon.svg");
+    ASSERT_TRUE(drawn);
+    EXPECT_NE(drawn->pixels, std::string(drawn->pixels.size(), 0));
+    ++count;
+  }
+  EXPECT_GT(count, 30);
 }
 
 TEST_F(LinuxImagesTest, DoesWithoutItsProgram) {

@@ -157,6 +157,12 @@ std::string inlineMarkup(std::string_view line) {
   return markup + escaped(line.substr(plainStart));
 }
 
+/// Whether the line is no continuation of the one before.
+bool beginsBlock(std::string_view line) {
+  return line.starts_with('#') || line.starts_with("> ") || line.starts_with("- ") ||
+         line.starts_with("* ") || line.starts_with("+ ");
+}
+
 std::string lineMarkup(std::string_view line) {
   const std::size_t level = std::min(line.find_first_not_of('#'), line.size());
   if (level >= 1 && level <= 6 && level < line.size() && line[level] == ' ') {
@@ -212,17 +218,31 @@ std::string textOfHtml(std::string_view html) {
 
 std::string markupOfMarkdown(std::string_view markdown) {
   std::string markup;
-  bool isCode = false;
+  std::string paragraph;
+  const auto endParagraph = [&] {
+    if (!paragraph.empty()) markup += lineMarkup(paragraph) + "\n";
+    paragraph.clear();
+  };
+  bool isFenced = false;
   while (!markdown.empty()) {
     const std::string_view line = markdown.substr(0, markdown.find('\n'));
     markdown.remove_prefix(std::min(line.size() + 1, markdown.size()));
     if (line.starts_with("```")) {
-      isCode = !isCode;
-      continue;
+      endParagraph();
+      isFenced = !isFenced;
+    } else if (isFenced || line.starts_with("    ") || line.starts_with('|')) {
+      endParagraph();
+      markup += "<tt>" + escaped(line) + "</tt>\n";
+    } else if (line.empty()) {
+      endParagraph();
+      markup += '\n';
+    } else {
+      if (beginsBlock(line)) endParagraph();
+      paragraph += (paragraph.empty() ? "" : " ") + std::string(line);
+      if (line.starts_with('#')) endParagraph();
     }
-    markup += isCode ? "<tt>" + escaped(line) + "</tt>" : lineMarkup(line);
-    markup += '\n';
   }
+  endParagraph();
   return markup;
 }
 

@@ -134,7 +134,8 @@ std::string LinuxImages::iconFileOf(ContentTypeId type) const {
     std::string file = setup_.iconFolder + "/" + (*setup_.types)[each].identifier + ".svg";
     if (::access(file.c_str(), R_OK) == 0) return file;
   }
-  return "";
+  // Not every type conforms to it.
+  return setup_.iconFolder + "/public.item.svg";
 }
 
 }  // namespace vt
