@@ -18,6 +18,12 @@ TEST_F(DoctorCommand, FindsNoFaultInASoundInstallation) {
   EXPECT_THAT(result.output, HasSubstr("/etc/shadow cannot be read: nobody can log in"));
 }
 
+TEST_F(DoctorCommand, TellsHowThumbnailsAreMade) {
+  EXPECT_THAT(vistaro({"doctor"}).output,
+              testing::ContainsRegex("ok     thumbnails are made behind .*seccomp|"
+                                     "note   thumbnails: files cannot be decoded"));
+}
+
 TEST_F(DoctorCommand, NamesDamagedSettings) {
   std::filesystem::create_directories(root_ / "Library/Application Support/Vistaro");
   write(root_ / "Library/Application Support/Vistaro/Settings.plist", "<plist><dict><key>");
