@@ -86,7 +86,7 @@ std::optional<std::string> readToEnd(int pipe, std::size_t limit, Clock::time_po
 
 /// The picture in what the worker sent, which may be anything: its sides must be within those asked
 /// for, and its pixels as many as they say.
-std::optional<Image> pictureIn(std::string bytes, const worker::ImageRequest& request) {
+std::optional<Image> pictureIn(std::string&& bytes, const worker::ImageRequest& request) {
   worker::PictureHeader header;
   if (bytes.size() < sizeof header) return std::nullopt;
   std::memcpy(&header, bytes.data(), sizeof header);
@@ -178,7 +178,7 @@ MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
     return {};
   }
   if (answer->end != worker::ImageEnd::kMade || !bytes) return {};
-  return {pictureIn(*std::move(bytes), request)};
+  return {pictureIn(std::move(*bytes), request)};
 }
 
 }  // namespace vt
