@@ -11,7 +11,7 @@
 
 #include "images/PngEncoder.h"
 #include "platform/Attributes.h"
-#include "platform/Files.h"
+#include "platform/Images.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/LinuxTasks.h"
 #include "search/VTSearchResult.h"
@@ -76,7 +76,7 @@ int main() {
   const TemporaryFolder root;
   std::filesystem::create_directories(root.path() / "Library/Caches");
   std::filesystem::create_directories(root.path() / "Library/Application Support");
-  Environment environment{root.path(), root / "index", VT_BENCH_RESOURCES, {"en"}};
+  Environment environment{root.path(), root / "index", VT_RESOURCES, {"en"}};
   const std::vector<std::string> photographs = makePhotographs(folder, 25);
 
   auto platform = linuxPlatform(environment);
