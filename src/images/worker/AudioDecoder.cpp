@@ -49,15 +49,15 @@ std::string coverOf(TagLib::MP4::Tag* tag) {
   return covers.isEmpty() ? std::string() : bytesOf(covers.front().data());
 }
 
-std::string coverIn(TagLib::File* file) {
-  if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(file)) return coverOf(mpeg->ID3v2Tag());
-  if (auto* mp4 = dynamic_cast<TagLib::MP4::File*>(file)) return coverOf(mp4->tag());
-  if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(file)) return coverOf(wav->ID3v2Tag());
-  if (auto* aiff = dynamic_cast<TagLib::RIFF::AIFF::File*>(file)) return coverOf(aiff->tag());
-  if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(file)) {
+std::string coverIn(TagLib::File& file) {
+  if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) return coverOf(mpeg->ID3v2Tag());
+  if (auto* mp4 = dynamic_cast<TagLib::MP4::File*>(&file)) return coverOf(mp4->tag());
+  if (auto* wav = dynamic_cast<TagLib::RIFF::WAV::File*>(&file)) return coverOf(wav->ID3v2Tag());
+  if (auto* aiff = dynamic_cast<TagLib::RIFF::AIFF::File*>(&file)) return coverOf(aiff->tag());
+  if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
     return coverOf(flac->pictureList());
   }
-  if (auto* comment = dynamic_cast<TagLib::Ogg::XiphComment*>(file->tag())) {
+  if (auto* comment = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
     return coverOf(comment->pictureList());
   }
   return "";
@@ -71,7 +71,7 @@ std::optional<Image> decodeAudio(const DecodeJob& job) {
   // Without looking at the sound itself.
   const TagLib::FileRef file(&stream, /*readAudioProperties=*/false);
   if (file.isNull() || !file.file()) return std::nullopt;
-  const std::string cover = coverIn(file.file());
+  const std::string cover = coverIn(*file.file());
   if (cover.empty()) return std::nullopt;
   return decodePixelsIn(cover, {job.width, job.height});
 }

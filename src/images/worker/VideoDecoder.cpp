@@ -30,7 +30,7 @@ constexpr int kMostPackets = 5000;
 
 struct Free {
   void operator()(AVIOContext* io) const {
-    av_freep(&io->buffer);
+    av_freep(static_cast<void*>(&io->buffer));
     avio_context_free(&io);
   }
   void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
