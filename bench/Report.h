@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,13 +32,34 @@ double secondsOf(const Work& work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// Prints each figure in one line:
+/// Prints a figure in one line:
 ///
 ///     name  measured unit  limit 20.00 unit  ratio 0.12  ok
 ///
-/// with the peer's name and time in the place of a limit, "MISSED" in the place of "ok", and rates,
-/// or nothing, after a figure that is compared with nothing. The ratio is measured / limit or peer:
-/// lower is better.
+/// with the peer's name and value in the place of a limit, and "MISSED" in the place of "ok". The
+/// ratio is measured / limit or peer: lower is better. Tells whether it is at most `mostTimes`;
+/// without that there is nothing to miss.
+inline bool printFigure(const std::string& name, double measured, const std::string& unit,
+                        const std::string& with, double value,
+                        std::optional<double> mostTimes = std::nullopt) {
+  const double ratio = value > 0 ? measured / value : std::numeric_limits<double>::infinity();
+  const bool isReached = !mostTimes || ratio <= *mostTimes;
+  fmt::print("{:<40} {:>9.2f} {}  {} {:.2f} {}  ratio {:.2f}", name, measured, unit, with, value,
+             unit, ratio);
+  if (mostTimes && *mostTimes != 1) fmt::print(" of at most {:.2f}", *mostTimes);
+  fmt::print("{}\n", !mostTimes ? "" : isReached ? "  ok" : "  MISSED");
+  std::fflush(stdout);
+  return isReached;
+}
+
+/// The same with a limit.
+inline bool printFigure(const std::string& name, double measured, const std::string& unit,
+                        double limit) {
+  return printFigure(name, measured, unit, "limit", limit, 1);
+}
+
+/// Prints the figures of benchmarks as printFigure() does, and rates, or nothing, after one that is
+/// compared with nothing.
 class Report final : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context&) override { return true; }
@@ -55,35 +77,28 @@ class Report final : public benchmark::BenchmarkReporter {
       fmt::print("{:<40} FAILED: {}\n", run.benchmark_name(), run.error_message);
       return;
     }
+    const std::string name = nameOf(run);
     const double measured = run.GetAdjustedRealTime();
     const char* unit = benchmark::GetTimeUnitString(run.time_unit);
-    fmt::print("{:<40} {:>9.2f} {}", nameOf(run), measured, unit);
     if (const auto limit = run.counters.find("limit"); limit != run.counters.end()) {
-      printComparison("limit", limit->second, unit, measured, /*mostTimes=*/1);
+      allReached_ = printFigure(name, measured, unit, limit->second) && allReached_;
     } else if (const auto peer = run.counters.find("peerSeconds"); peer != run.counters.end()) {
       const double inUnit = peer->second * benchmark::GetTimeUnitMultiplier(run.time_unit);
-      printComparison(run.report_label, inUnit, unit, measured, run.counters.at("mostTimes"));
+      allReached_ = printFigure(name, measured, unit, run.report_label, inUnit,
+                                run.counters.at("mostTimes")) &&
+                    allReached_;
     } else {
+      fmt::print("{:<40} {:>9.2f} {}", name, measured, unit);
       printRates(run);
+      fmt::print("\n");
+      std::fflush(stdout);
     }
-    fmt::print("\n");
-    std::fflush(stdout);
   }
 
   // Without the "/real_time" and the like that tell how it was measured.
   static std::string nameOf(const Run& run) {
     return run.run_name.args.empty() ? run.run_name.function_name
                                      : run.run_name.function_name + "/" + run.run_name.args;
-  }
-
-  void printComparison(const std::string& with, double value, const char* unit, double measured,
-                       double mostTimes) {
-    const double ratio = value > 0 ? measured / value : std::numeric_limits<double>::infinity();
-    const bool reached = ratio <= mostTimes;
-    allReached_ = allReached_ && reached;
-    fmt::print("  {} {:.2f} {}  ratio {:.2f}", with, value, unit, ratio);
-    if (mostTimes != 1) fmt::print(" of at most {:.2f}", mostTimes);
-    fmt::print("  {}", reached ? "ok" : "MISSED");
   }
 
   static void printRates(const Run& run) {

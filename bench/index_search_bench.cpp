@@ -2,46 +2,30 @@
 // behalf of a user, records built, against plocate and fd over the same files in the same run.
 //
 //   index_search_bench FOLDER   that script/bench-corpus has printed; root only
-//
-// The columns that are searched are made by a walk in memory; building them is not measured.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <spawn.h>
-#include <sys/wait.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <limits>
-#include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "Corpus.h"
 #include "Report.h"
 #include "directory/VTUser.h"
 #include "foundation/NSLog.h"
 #include "metadata/engine/IndexHits.h"
+#include "metadata/engine/OpenIndex.h"
 #include "metadata/engine/SubstringScanner.h"
-#include "metadata/engine/WalkedIndex.h"
+#include "metadata/store/IndexFolder.h"
+#include "platform/Identity.h"
 #include "platform/Platform.h"
-#include "platform/linux/AccountRecords.h"
-#include "platform/linux/FolderResources.h"
-#include "platform/linux/IndexedMetadataIndex.h"
-#include "platform/linux/LinuxDirectoryServices.h"
-#include "platform/linux/LinuxHost.h"
-#include "platform/linux/LinuxIdentity.h"
-#include "platform/linux/LinuxProcess.h"
-#include "platform/linux/LinuxRuntimeBundles.h"
-#include "platform/linux/PosixFiles.h"
+#include "platform/linux/ContentTypeTable.h"
+#include "platform/linux/LinuxPlatform.h"
 #include "scopes/VTConcreteSearchFolder.h"
 #include "search/VTSearchManager.h"
 #include "search/VTSearchResultContainer.h"
-#include "support/TemporaryFolder.h"
-
-extern char** environ;
 
 namespace vt {
 namespace {
@@ -49,106 +33,10 @@ namespace {
 constexpr int kRounds = 7;
 constexpr const char* kUser = "u2001";
 
-/// Runs a program with its output thrown away; answers how long that took.
-double secondsOfProgram(std::vector<std::string> command) {
-  std::vector<char*> arguments;
-  for (std::string& argument : command) arguments.push_back(argument.data());
-  arguments.push_back(nullptr);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  const double seconds = secondsOf([&] {
-    pid_t child = 0;
-    int status = 0;
-    if (posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0) {
-      waitpid(child, &status, 0);
-    }
-  });
-  posix_spawn_file_actions_destroy(&actions);
-  return seconds;
-}
-
 template <class Work>
-double bestOf(Work work) {
-  double best = std::numeric_limits<double>::infinity();
-  for (int round = 0; round < kRounds; ++round) best = std::min(best, work());
-  return best;
+double bestOfRounds(Work work) {
+  return bestOf(kRounds, work);
 }
-
-/// The columns of the corpus, which stay as they are.
-class CorpusIndex final : public IndexSource {
- public:
-  explicit CorpusIndex(std::shared_ptr<const OpenIndex> index) : index_(std::move(index)) {}
-
-  void refresh() override {}
-  std::shared_ptr<const OpenIndex> freshAt(Date) override { return index_; }
-  std::string whyNotAt(Date) const override { return {}; }
-
- private:
-  std::shared_ptr<const OpenIndex> index_;
-};
-
-class Corpus {
- public:
-  explicit Corpus(const std::filesystem::path& folder)
-      : tree(std::filesystem::canonical(folder / "tree")),
-        summary(nlohmann::json::parse(std::ifstream(folder / "summary.json"))),
-        root_(folder / "root"),
-        accounts_(accountsUnder(root_)),
-        resources_(std::make_shared<FolderResources>(VT_RESOURCES)),
-        types_(std::make_shared<const ContentTypes>(
-            ContentTypes::parse(*resources_->resource("types", "tsv")).value())),
-        schema_(std::make_shared<const query::AttributeSchema>(
-            query::AttributeSchema::parse(*resources_->resource("attributes", "tsv")).value())) {
-    index = WalkedIndex(tree, *types_).index();
-    const auto identity = std::make_shared<LinuxIdentity>(accounts_);
-    const auto records = std::make_shared<const AccountRecords>(accounts_, passwordsUnder(root_));
-    const auto credentials = [accounts = accounts_](std::uint32_t uid) {
-      const std::optional<Account> account = accounts->accountWithId(uid);
-      return account ? std::optional(
-                           Credentials(account->uid, account->gid, accounts->groupsOf(*account)))
-                     : std::nullopt;
-    };
-    auto live = std::make_shared<LiveMetadataIndex>(types_, schema_, identity, credentials);
-    platform = std::make_shared<Platform>(Platform::Services{
-        .files = std::make_shared<PosixFiles>(accounts_),
-        .identity = identity,
-        .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
-        .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),
-        .metadataIndex = std::make_shared<IndexedMetadataIndex>(
-            std::move(live), identity, std::make_shared<CorpusIndex>(index)),
-        .resources = resources_,
-        .host = std::make_shared<LinuxHost>(root_),
-        .process = std::make_shared<LinuxProcess>(),
-        .rootPrefix = root_,
-    });
-    secondsOfProgram({"updatedb", "-l", "0", "-o", database(), "-U", tree, "--prunepaths", "",
-                      "--prunefs", "", "--prune-bind-mounts", "no"});
-    secondsOfProgram({"updatedb", "-l", "1", "-o", guardedDatabase(), "-U", tree, "--prunepaths",
-                      "", "--prunefs", "", "--prune-bind-mounts", "no"});
-    std::filesystem::permissions(guardedDatabase(), std::filesystem::perms(0644));
-  }
-
-  std::string word(const char* frequency) const {
-    return summary.at("name_words").at(frequency).at(1).at("word");
-  }
-  std::string database() const { return databases_ / "all.db"; }
-  std::string guardedDatabase() const { return databases_ / "guarded.db"; }
-  std::shared_ptr<const Accounts> accounts() const { return accounts_; }
-
-  std::string tree;
-  nlohmann::json summary;
-  std::shared_ptr<const OpenIndex> index;
-  std::shared_ptr<Platform> platform;
-
- private:
-  TemporaryFolder databases_;
-  std::string root_;
-  std::shared_ptr<const Accounts> accounts_;
-  std::shared_ptr<FolderResources> resources_;
-  std::shared_ptr<const ContentTypes> types_;
-  std::shared_ptr<const query::AttributeSchema> schema_;
-};
 
 std::string named(const std::string& word) { return "kMDItemFSName == \"*" + word + "*\"cd"; }
 
@@ -161,29 +49,55 @@ double secondsOfSearch(const Corpus& corpus, const std::string& query, const cha
   std::size_t groups = 0;
   const double seconds =
       secondsOf([&] { groups = manager->executeQuery(query, folders)->count(); });
+  if (!manager->lastNotes().walkedBecause.empty()) {
+    throw std::runtime_error("walked, since " + manager->lastNotes().walkedBecause);
+  }
   return groups > 0 ? seconds : std::numeric_limits<double>::infinity();
 }
 
-std::vector<std::string> plocate(const Corpus& corpus, const std::string& word) {
-  return {"plocate", "-d", corpus.database(), "-i", "-b", word};
+/// The same as a process of its own, which prints what it found.
+double secondsOfCommand(const Corpus& corpus, const std::string& word) {
+  return secondsOfProgram(
+      {VT_PROGRAM, "search", "--json", "--path", corpus.tree, "--raw", named(word)});
+}
+
+double secondsOfPlocate(const Corpus& corpus, const std::string& word) {
+  return secondsOfProgram({"plocate", "-d", corpus.database(), "-i", "-b", word});
 }
 
 void rareWord(benchmark::State& state, const Corpus& corpus) {
   const std::string word = corpus.word("rare");
   for (auto _ : state) {
-    state.SetIterationTime(bestOf([&] { return secondsOfSearch(corpus, named(word), nullptr); }));
-    fmt::print("  plocate {:.2f} ms\n",
-               1000 * bestOf([&] { return secondsOfProgram(plocate(corpus, word)); }));
+    state.SetIterationTime(
+        bestOfRounds([&] { return secondsOfSearch(corpus, named(word), nullptr); }));
     setLimit(state, 4);
+  }
+}
+
+void rareWordAsProcess(benchmark::State& state, const Corpus& corpus) {
+  const std::string word = corpus.word("rare");
+  for (auto _ : state) {
+    state.SetIterationTime(bestOfRounds([&] { return secondsOfCommand(corpus, word); }));
+    setPeer(state, "plocate", bestOfRounds([&] { return secondsOfPlocate(corpus, word); }), 3);
   }
 }
 
 void mediumWord(benchmark::State& state, const Corpus& corpus) {
   const std::string word = corpus.word("medium");
   for (auto _ : state) {
-    state.SetIterationTime(bestOf([&] { return secondsOfSearch(corpus, named(word), nullptr); }));
-    setPeer(state, "plocate", bestOf([&] { return secondsOfProgram(plocate(corpus, word)); }),
+    state.SetIterationTime(
+        bestOfRounds([&] { return secondsOfSearch(corpus, named(word), nullptr); }));
+    setPeer(state, "plocate", bestOfRounds([&] { return secondsOfPlocate(corpus, word); }),
             1.0 / 4);
+  }
+}
+
+void mediumWordAsProcess(benchmark::State& state, const Corpus& corpus) {
+  const std::string word = corpus.word("medium");
+  for (auto _ : state) {
+    state.SetIterationTime(bestOfRounds([&] { return secondsOfCommand(corpus, word); }));
+    setPeer(state, "plocate", bestOfRounds([&] { return secondsOfPlocate(corpus, word); }),
+            1.0 / 1.5);
   }
 }
 
@@ -192,13 +106,13 @@ void commonWordAsUser(benchmark::State& state, const Corpus& corpus) {
   const auto user = VTUser::userWithName(kUser);
   std::string groups = std::to_string(user->gid());
   for (const std::uint32_t group :
-       corpus.accounts()->groupsOf(*corpus.accounts()->accountWithId(user->uid()))) {
+       Platform::current().identity().groupsOf(kUser, static_cast<std::uint32_t>(user->gid()))) {
     groups += "," + std::to_string(group);
   }
   const std::vector<std::string> peer = {"setpriv",
                                          "--reuid=" + std::to_string(user->uid()),
-                                         "--regid=" + std::to_string(user->gid()),
                                          "--groups=" + groups,
+                                         "--regid=" + std::to_string(user->gid()),
                                          "plocate",
                                          "-d",
                                          corpus.guardedDatabase(),
@@ -206,36 +120,43 @@ void commonWordAsUser(benchmark::State& state, const Corpus& corpus) {
                                          "-b",
                                          word};
   for (auto _ : state) {
-    state.SetIterationTime(bestOf([&] { return secondsOfSearch(corpus, named(word), kUser); }));
-    setPeer(state, "plocate", bestOf([&] { return secondsOfProgram(peer); }), 1.0 / 15);
+    state.SetIterationTime(
+        bestOfRounds([&] { return secondsOfSearch(corpus, named(word), kUser); }));
+    setPeer(state, "plocate", bestOfRounds([&] { return secondsOfProgram(peer); }), 1.0 / 15);
   }
 }
 
 void nameAndTypeAndDate(benchmark::State& state, const Corpus& corpus) {
   const std::string word = corpus.word("common");
+  const std::string query = named(word) +
+                            " && kMDItemContentType == \"com.adobe.pdf\""
+                            " && kMDItemContentModificationDate > $time.iso(2025-11-21)";
   for (auto _ : state) {
-    state.SetIterationTime(bestOf([&] {
-      return secondsOfSearch(corpus,
-                             named(word) +
-                                 " && kMDItemContentType == \"com.adobe.pdf\""
-                                 " && kMDItemContentModificationDate > $time.iso(2025-11-21)",
-                             nullptr);
-    }));
-    setPeer(state, "fd", bestOf([&] {
-              return secondsOfProgram({"fdfind", "-H", "-I", "-i", "-e", "pdf",
-                                       "--changed-after=2025-11-21 00:00:00", word, corpus.tree});
-            }),
+    state.SetIterationTime(bestOfRounds([&] { return secondsOfSearch(corpus, query, nullptr); }));
+    setPeer(state, "fd",
+            bestOf(3,
+                   [&] {
+                     return secondsOfProgram({"fdfind", "-H", "-I", "-i", "-e", "pdf",
+                                              "--changed-after=2025-11-21 00:00:00", word,
+                                              corpus.tree});
+                   }),
             1.0 / 50);
   }
 }
 
+std::shared_ptr<const OpenIndex> openCorpus(const Corpus& corpus) {
+  return openIndex(IndexFolder::open(corpus.indexFolder()).value().current().value().segment,
+                   *contentTypesIn(Platform::current().resources()));
+}
+
 /// What judging takes of the search of the common word on behalf of a user.
 void access(benchmark::State& state, const Corpus& corpus) {
-  const std::string text = named(corpus.word("common"));
-  const Account account = *corpus.accounts()->accountWithId(VTUser::userWithName(kUser)->uid());
-  const AccessJudge judge(
-      Credentials(account.uid, account.gid, corpus.accounts()->groupsOf(account)));
-  const SegmentColumns& segment = corpus.index->segment;
+  const std::shared_ptr<const OpenIndex> index = openCorpus(corpus);
+  const SegmentColumns& segment = index->segment;
+  const auto user = VTUser::userWithName(kUser);
+  const auto gid = static_cast<std::uint32_t>(user->gid());
+  const AccessJudge judge(Credentials(static_cast<std::uint32_t>(user->uid()), gid,
+                                      Platform::current().identity().groupsOf(kUser, gid)));
   const auto folder = indexedFolderAt(segment, corpus.tree);
   std::vector<std::uint32_t> rows;
   const SubstringScanner scanner(corpus.word("common"));
@@ -243,7 +164,7 @@ void access(benchmark::State& state, const Corpus& corpus) {
     if (scanner.find(segment.foldedNames[row], 0) != std::string_view::npos) rows.push_back(row);
   }
   for (auto _ : state) {
-    state.SetIterationTime(bestOf([&] {
+    state.SetIterationTime(bestOfRounds([&] {
       return secondsOf([&] {
         const ClassVerdicts verdicts(segment, judge);
         const FolderTable folders(segment, {{*folder, corpus.tree, corpus.tree}}, verdicts);
@@ -257,9 +178,71 @@ void access(benchmark::State& state, const Corpus& corpus) {
         benchmark::DoNotOptimize(readable);
       });
     }));
-    setPeer(state, "executeQuery", bestOf([&] { return secondsOfSearch(corpus, text, kUser); }),
+    setPeer(state, "executeQuery", bestOfRounds([&] {
+              return secondsOfSearch(corpus, named(corpus.word("common")), kUser);
+            }),
             0.05);
   }
+}
+
+/// Opening from nothing: folder, manifest, segment, its checks.
+void openTime(benchmark::State& state, const Corpus& corpus) {
+  for (auto _ : state) {
+    state.SetIterationTime(bestOfRounds(
+        [&] { return secondsOf([&] { benchmark::DoNotOptimize(openCorpus(corpus)); }); }));
+    setLimit(state, 3);
+  }
+}
+
+/// Memory of this process that no file backs, in MiB.
+double ownMebibytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    double kibibytes = 0;
+    if (word == "RssAnon:" && status >> kibibytes) return kibibytes / 1024;
+  }
+  return std::numeric_limits<double>::infinity();
+}
+
+/// What a search of the common word by everybody takes beside the mapped pages, its 10,000 records
+/// included. To be asked before anything else was searched.
+double mebibytesOfReader(const Corpus& corpus) {
+  const double before = ownMebibytes();
+  const auto manager = VTSearchManager::initWithUser(nullptr);
+  const auto found = manager->executeQuery(
+      named(corpus.word("common")),
+      ObjectArray<VTSearchFolder>::make({VTConcreteSearchFolder::initWithPath(corpus.tree, "")}));
+  return found->count() > 0 ? ownMebibytes() - before : std::numeric_limits<double>::infinity();
+}
+
+int run(int argc, char** argv) {
+  const LogRedirection silence([](std::string_view) {});
+  const Corpus corpus(argv[1]);
+  corpus.index();
+  corpus.updatedb();
+  corpus.makeGuardedDatabase();
+  const PlatformScope scope(linuxPlatform(readEnvironment().value()));
+  const std::shared_ptr<const OpenIndex> index = openCorpus(corpus);
+  fmt::print("{} files in {} folders, {} access classes\n", index->segment.rowCount(),
+             index->segment.folderCount(), index->segment.classes.size());
+  bool isReached = printFigure("MemoryOfReader", mebibytesOfReader(corpus), "MiB", 40);
+  const auto add = [&](const char* name, void (*measure)(benchmark::State&, const Corpus&)) {
+    benchmark::RegisterBenchmark(
+        name, [&corpus, measure](benchmark::State& state) { measure(state, corpus); })
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(1)
+        ->UseManualTime();
+  };
+  add("Open", openTime);
+  add("RareWordInNames", rareWord);
+  add("RareWordInNamesAsProcess", rareWordAsProcess);
+  add("MediumWordInNames", mediumWord);
+  add("MediumWordInNamesAsProcess", mediumWordAsProcess);
+  add("CommonWordAsUser", commonWordAsUser);
+  add("NameAndTypeAndDate", nameAndTypeAndDate);
+  add("AccessOfCommonWordAsUser", access);
+  isReached = runBenchmarks(argc, argv) == 0 && isReached;
+  return isReached ? 0 : 1;
 }
 
 }  // namespace
@@ -270,22 +253,5 @@ int main(int argc, char** argv) {
     fmt::print(stderr, "usage: index_search_bench FOLDER\n");
     return 2;
   }
-  const vt::LogRedirection silence([](std::string_view) {});
-  const vt::Corpus corpus(argv[1]);
-  const vt::PlatformScope scope(corpus.platform);
-  fmt::print("{} rows, {} folders, {} access classes\n", corpus.index->segment.rowCount(),
-             corpus.index->segment.folderCount(), corpus.index->segment.classes.size());
-  const auto add = [&](const char* name, void (*measure)(benchmark::State&, const vt::Corpus&)) {
-    benchmark::RegisterBenchmark(
-        name, [&corpus, measure](benchmark::State& state) { measure(state, corpus); })
-        ->Unit(benchmark::kMillisecond)
-        ->Iterations(1)
-        ->UseManualTime();
-  };
-  add("RareWordInNames", vt::rareWord);
-  add("MediumWordInNames", vt::mediumWord);
-  add("CommonWordAsUser", vt::commonWordAsUser);
-  add("NameAndTypeAndDate", vt::nameAndTypeAndDate);
-  add("AccessOfCommonWordAsUser", vt::access);
-  return vt::runBenchmarks(argc, argv);
+  return vt::run(argc, argv);
 }

@@ -6,6 +6,8 @@ target_compile_options(vistaro_options INTERFACE
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
   # clang complains of what g++ 12's std::stable_sort calls.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-deprecated-declarations>)
+# Lets ccache tell what a precompiled header stands for.
+target_compile_options(vistaro_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
 target_compile_definitions(vistaro_options INTERFACE
   $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(VT_SANITIZE)
@@ -46,6 +48,7 @@ function(vt_test name)
     VT_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
     VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
   target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main)
+  target_precompile_headers(${name} REUSE_FROM vistaro_test_headers)
   set(properties TIMEOUT ${ARG_TIMEOUT})
   if(ARG_LOCK)
     list(APPEND properties RESOURCE_LOCK ${ARG_LOCK})

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/NestedContainers.h"
 #include "foundation/Value.h"
 
 namespace vt {
@@ -16,6 +17,10 @@ class Array {
   explicit Array(std::vector<Value> elements) : elements_(std::move(elements)) {}
   Array(const Array&) = delete;
   Array& operator=(const Array&) = delete;
+  ~Array() {
+    NestedContainers nested;
+    for (Value& element : elements_) nested.take(element);
+  }
 
   static std::shared_ptr<Array> make(std::initializer_list<Value> elements = {}) {
     return std::make_shared<Array>(std::vector<Value>(elements));

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foundation/Key.h"
+#include "foundation/NestedContainers.h"
 #include "foundation/Value.h"
 
 namespace vt {
@@ -25,6 +26,10 @@ class Dictionary {
   Dictionary() = default;
   Dictionary(const Dictionary&) = delete;
   Dictionary& operator=(const Dictionary&) = delete;
+  ~Dictionary() {
+    NestedContainers nested;
+    giveNestedTo(nested);
+  }
 
   static std::shared_ptr<Dictionary> make(
       std::initializer_list<std::pair<std::string_view, Value>> entries = {});
@@ -55,8 +60,13 @@ class Dictionary {
   friend bool operator==(const Dictionary& a, const Dictionary& b);
 
  private:
+  friend class NestedContainers;
+
   using Index = std::unordered_map<std::string_view, std::size_t>;
 
+  void giveNestedTo(NestedContainers& nested) {
+    for (auto& [key, value] : entries_) nested.take(value);
+  }
   std::optional<std::size_t> positionOf(std::string_view key) const;
 
   std::vector<Entry> entries_;

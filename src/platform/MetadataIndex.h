@@ -46,6 +46,13 @@ struct MDQueryDeclaredOrder {
   bool descending = false;
 };
 
+/// What a step of answering a query left of the files that it looked at.
+struct MDQueryStep {
+  std::string text;  ///< what they must be, such as a term of the query
+  std::uint64_t asked = 0;
+  std::uint64_t left = 0;
+};
+
 /// What a searcher should know of an executed query beside its hits. It tells no more of files than
 /// the hits do: a folder that is missing and one that the effective user may not search look alike.
 struct MDQueryNotes {
@@ -54,10 +61,12 @@ struct MDQueryNotes {
   std::vector<std::string> unusableScopes;
   /// The effective user is not known here, or not the wanted one: nothing was searched.
   bool hasNoAccount = false;
-  /// Folders of the scope, as they were given, whose files had to be walked, for which
-  /// `walkedBecause` gives the reason as the end of a sentence: "there is no index".
-  std::vector<std::string> walkedScopes{};
+  /// Why the files had to be walked, as the end of a sentence: "there is no index". "" when they
+  /// had not.
   std::string walkedBecause{};
+  /// How the query was answered, if kMDQueryCountsSteps was asked for. The counts tell of files
+  /// that the effective user may not read: they are for whoever runs the process.
+  std::vector<MDQueryStep> steps{};
 };
 
 /// Is told, now and then within an execution, how much has been looked at since it began. The
@@ -67,6 +76,8 @@ using MDQueryProgress = std::function<void(std::uint64_t folders, std::uint64_t 
 
 /// Options of MDQueryExecute.
 inline constexpr std::uint32_t kMDQuerySynchronous = 1;
+/// Ours: count what each step leaves, for the notes.
+inline constexpr std::uint32_t kMDQueryCountsSteps = 2;
 
 /// The metadata index: finds files by a query, with the rights of the effective user.
 class MetadataIndex {

@@ -8,6 +8,7 @@
 #include "platform/Attributes.h"
 #include "platform/Platform.h"
 #include "platform/Process.h"
+#include "scopes/FolderPaths.h"
 #include "scopes/VTSearchFolder.h"
 #include "search/DateAbleSortComparator.h"
 #include "search/HitGrouper.h"
@@ -19,24 +20,7 @@
 namespace vt {
 namespace {
 
-// Bounds the work of one search; nobody pages further.
-constexpr std::int32_t kMostVisitedHits = 10000;
-
 double now() { return secondsSinceReferenceDate(Platform::current().process().now()); }
-
-std::vector<std::string> searchScope(const ObjectArray<VTSearchFolder>* folders) {
-  std::vector<std::string> scope;
-  if (!folders) return scope;
-  for (const std::shared_ptr<VTSearchFolder>& folder : *folders) {
-    const std::shared_ptr<Array> paths = folder->paths();
-    if (!paths) continue;
-    for (const Value& path : *paths) {
-      // A folder whose path was never set covers the null object, which is no place to search.
-      if (const std::string* text = path.get<std::string>()) scope.push_back(*text);
-    }
-  }
-  return scope;
-}
 
 void sortBySortOrder(ObjectArray<VTSearchResult>& groups) {
   std::ranges::stable_sort(groups.elements(), [](const auto& a, const auto& b) {
@@ -107,7 +91,9 @@ std::shared_ptr<VTSearchManager::Groups> VTSearchManager::groupsFoundBy(
   index.MDQuerySetSortComparator(
       search, dateAbleSortComparatorFunction, &context,
       MDQueryDeclaredOrder{.attribute = sortAttributes.front(), .descending = true});
-  index.MDQuerySetSearchScope(search, searchScope(searchFolders.get()), 0);
+  const std::vector<std::string> scope =
+      searchFolders ? pathsCoveredBy(*searchFolders) : std::vector<std::string>();
+  index.MDQuerySetSearchScope(search, scope, 0);
   if (!index.MDQueryExecute(search, kMDQuerySynchronous)) {
     NSLog("Query failed for some reason!");
     return nullptr;

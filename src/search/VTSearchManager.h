@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,6 +20,9 @@ class VTUser;
 /// Runs queries on behalf of one user, and groups what they find by kind of content.
 class VTSearchManager final : public VTObject {
  public:
+  /// Bounds the work of one search; nobody pages further.
+  static constexpr std::int32_t kMostVisitedHits = 10'000;
+
   /// `initWithUser:`
   /// `user` may be nil: one then searches as whoever runs the process, and sees every hit.
   ///
@@ -31,7 +35,8 @@ class VTSearchManager final : public VTObject {
   /// `searchFolders` (nil as empty, which finds nothing) and returns one group per kind that had
   /// hits, by the kinds' sort order. Each group lists its hits newest modification first.
   ///
-  /// At most the newest 10,000 hits are looked at, those that the user may not read included.
+  /// At most the newest kMostVisitedHits hits are looked at, those that the user may not read
+  /// included.
   ///
   /// Nil, with a log line, when the index rejects the query; lastRejection() then says why. A query
   /// that cannot be executed gives a container without groups, with a log line.

@@ -56,6 +56,10 @@ class CommandTest : public testing::Test {
             {"LC_ALL", "C"}};
   }
 
+  /// What a search says that had no index to look into.
+  static constexpr const char* kWalkedWithoutIndex =
+      "vistaro: note: the files were walked, since there is no index\n";
+
   /// Whether this process can become another user who could run the command.
   static bool canRunAs(unsigned uid) {
     return geteuid() == 0 && runProgram(asUser(uid, {"test", "-x", VT_PROGRAM})).exitCode == 0;

@@ -24,6 +24,19 @@ TEST_F(DoctorCommand, TellsHowThumbnailsAreMade) {
                                      "note   thumbnails: files cannot be decoded"));
 }
 
+TEST_F(DoctorCommand, TellsWhetherSearchesUseTheIndex) {
+  EXPECT_THAT(vistaro({"doctor"}).output, HasSubstr("note   there is no index"));
+  addFile("a.pdf");
+  ASSERT_EQ(vistaro({"index", "--once", tree_.path()}).exitCode, 0);
+  EXPECT_THAT(vistaro({"doctor"}).output,
+              HasSubstr("is fresh: 1 files below 1 folder; no indexer runs\n"));
+  const std::string manifest = root_ / "var/lib/vistaro/index/manifest";
+  write(manifest, "damaged");
+  const ProgramResult damaged = vistaro({"doctor"});
+  EXPECT_EQ(damaged.exitCode, 3);
+  EXPECT_THAT(damaged.output, HasSubstr("fault  the index is not used: " + manifest));
+}
+
 TEST_F(DoctorCommand, NamesDamagedSettings) {
   std::filesystem::create_directories(root_ / "Library/Application Support/Vistaro");
   write(root_ / "Library/Application Support/Vistaro/Settings.plist", "<plist><dict><key>");

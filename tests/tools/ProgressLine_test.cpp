@@ -9,24 +9,29 @@ using std::chrono::milliseconds;
 
 constexpr ProgressLine::Clock::time_point kStart{};
 
+constexpr auto three = [] { return std::string("3 files"); };
+constexpr auto four = [] { return std::string("4 files"); };
+constexpr auto neverMade = [] {
+  ADD_FAILURE() << "made too early";
+  return std::string();
+};
+
 TEST(ProgressLine, ShowsNothingOfAShortSearch) {
   ProgressLine line(kStart);
-  EXPECT_EQ(line.update(1, 2, kStart + milliseconds(999)), "");
+  EXPECT_EQ(line.update(kStart + milliseconds(999), neverMade), "");
   EXPECT_EQ(line.remove(), "");
 }
 
 TEST(ProgressLine, ReplacesItselfAtMostTenTimesASecond) {
   ProgressLine line(kStart);
-  EXPECT_EQ(line.update(1, 2, kStart + milliseconds(1000)),
-            "\r\x1b[Ksearching: 1 folders, 2 files");
-  EXPECT_EQ(line.update(2, 3, kStart + milliseconds(1099)), "");
-  EXPECT_EQ(line.update(3, 4, kStart + milliseconds(1100)),
-            "\r\x1b[Ksearching: 3 folders, 4 files");
+  EXPECT_EQ(line.update(kStart + milliseconds(1000), three), "\r\x1b[K3 files");
+  EXPECT_EQ(line.update(kStart + milliseconds(1099), neverMade), "");
+  EXPECT_EQ(line.update(kStart + milliseconds(1100), four), "\r\x1b[K4 files");
 }
 
 TEST(ProgressLine, IsRemovedOnce) {
   ProgressLine line(kStart);
-  line.update(1, 2, kStart + milliseconds(1000));
+  line.update(kStart + milliseconds(1000), three);
   EXPECT_EQ(line.remove(), "\r\x1b[K");
   EXPECT_EQ(line.remove(), "");
 }

@@ -20,7 +20,7 @@ class SearchCommand : public CommandTest {
   json searchJSON(std::vector<std::string> arguments) {
     arguments.emplace_back("--json");
     const ProgramResult result = search(std::move(arguments));
-    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.errors, kWalkedWithoutIndex);
     return json::parse(result.output);
   }
 
@@ -257,20 +257,24 @@ TEST_F(SearchCommand, NotesWhatItCouldNotSearch) {
   const ProgramResult result = vistaro({"search", "pdf"});
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.errors, "vistaro: note: " + tree_.path().string() +
-                               "/gone\\x0afolder: no such folder, or you may not search it\n");
+                               "/gone\\x0afolder: no such folder, or you may not search it\n" +
+                               kWalkedWithoutIndex);
 }
 
 TEST_F(SearchCommand, NotesAttributesThatNoFileHas) {
   const ProgramResult result = search({"kMDItemSmell == 3"});
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_EQ(result.errors, "vistaro: note: no file has an attribute called kMDItemSmell\n");
+  EXPECT_EQ(result.errors,
+            std::string("vistaro: note: no file has an attribute called kMDItemSmell\n") +
+                kWalkedWithoutIndex);
 }
 
 TEST_F(SearchCommand, NotesThatItLooksAtTheNewestTenThousandAlone) {
   for (int i = 0; i <= 10'000; ++i) write(tree_ / std::to_string(i), "");
   const ProgramResult result = search({"--raw", "true"});
   EXPECT_EQ(result.errors,
-            "vistaro: note: there are more hits than are looked at; older ones are left out\n");
+            std::string(kWalkedWithoutIndex) +
+                "vistaro: note: there are more hits than are looked at; older ones are left out\n");
   EXPECT_THAT(result.output, HasSubstr("10000 files in 1 group"));
 }
 
@@ -353,7 +357,7 @@ TEST_F(SearchCommand, RefusesAUserIdWithoutAnAccount) {
 
 TEST_F(SearchCommand, ShowsTheLogOnlyWhenAsked) {
   addFile("x.pdf");
-  EXPECT_EQ(search({"x"}).errors, "");
+  EXPECT_EQ(search({"x"}).errors, kWalkedWithoutIndex);
   EXPECT_THAT(search({"--verbose", "x"}).errors, HasSubstr("Found 1 elements for query "));
 }
 

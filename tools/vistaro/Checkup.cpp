@@ -77,7 +77,6 @@ std::vector<Diagnosis> checkIdentity() {
   found.push_back(rootPrefix().empty()
                       ? ok("the system's own paths are used as they are")
                       : note(fmt::format("the system's own paths lie behind {}", rootPrefix())));
-  found.push_back(note("no index is kept: a search walks its folders, about as fast as find"));
   return found;
 }
 

@@ -21,5 +21,6 @@ std::vector<Diagnosis> checkPasswords();
 std::vector<Diagnosis> checkSettings();
 std::vector<Diagnosis> checkShares();
 std::vector<Diagnosis> checkImages();
+std::vector<Diagnosis> checkIndex();
 
 }  // namespace vt::tool

@@ -13,6 +13,7 @@ void addMimeCommand(CLI::App& app, int& status);
 void addMetadataCommand(CLI::App& app, int& status);
 void addThumbnailCommand(CLI::App& app, int& status);
 void addPreviewCommand(CLI::App& app, int& status);
+void addIndexCommand(CLI::App& app, int& status);
 void addFoldersCommand(CLI::App& app, int& status);
 void addSavedCommand(CLI::App& app, int& status);
 void addSettingsCommand(CLI::App& app, int& status);

@@ -1,7 +1,5 @@
 #include "vistaro/ProgressLine.h"
 
-#include <fmt/format.h>
-
 namespace vt::tool {
 namespace {
 
@@ -11,12 +9,11 @@ constexpr const char* kEraseLine = "\r\x1b[K";
 
 }  // namespace
 
-std::string ProgressLine::update(std::uint64_t folders, std::uint64_t entries,
-                                 Clock::time_point now) {
+std::string ProgressLine::update(Clock::time_point now, FunctionRef<std::string()> text) {
   if (now - start_ < kPatience || (isShown_ && now - shownAt_ < kInterval)) return {};
   isShown_ = true;
   shownAt_ = now;
-  return fmt::format("{}searching: {} folders, {} files", kEraseLine, folders, entries);
+  return kEraseLine + text();
 }
 
 std::string ProgressLine::remove() {

@@ -1,14 +1,15 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <string>
+
+#include "foundation/FunctionRef.h"
 
 namespace vt::tool {
 
-/// The one line that tells of a long search while it runs, as the bytes that show and remove it.
+/// The one line that tells of long work while it runs, as the bytes that show and remove it.
 ///
-/// Nothing is shown in the first second, which most searches do not reach, and then at most ten
+/// Nothing is shown in the first second, which most work does not reach, and then at most ten
 /// times a second. No state of the terminal is changed, so that nothing is left to restore when the
 /// command is interrupted.
 class ProgressLine {
@@ -17,8 +18,9 @@ class ProgressLine {
 
   explicit ProgressLine(Clock::time_point start) : start_(start) {}
 
-  /// What to write now to show the counts; empty when it is too early for that.
-  std::string update(std::uint64_t folders, std::uint64_t entries, Clock::time_point now);
+  /// What to write now to show `text`, which is made only then; empty when it is too early for
+  /// that.
+  std::string update(Clock::time_point now, FunctionRef<std::string()> text);
   /// What to write to remove the line; empty when none is shown.
   std::string remove();
 

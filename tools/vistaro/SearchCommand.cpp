@@ -1,6 +1,7 @@
 #include <memory>
 
 #include "vistaro/Commands.h"
+#include "vistaro/SearchExplanation.h"
 #include "vistaro/SearchOptions.h"
 #include "vistaro/SearchRun.h"
 #include "vistaro/UsageError.h"
@@ -41,8 +42,14 @@ void addSearchCommand(CLI::App& app, int& status) {
       ->transform(countingNumber());
   command->add_flag("--json", options->json, "Print JSON, all pages unless one is asked for");
   command->add_flag("--raw", options->raw, "Take the words as a query, whatever they look like");
+  command->add_flag(
+      "--explain", options->explain,
+      "Tell how the query was understood and answered, and why the user is not shown\n"
+      "what was dropped (root only)");
   command->add_flag("--verbose", options->verbose, "Show the log of the search");
-  command->callback([options, &status] { status = runSearch(*options); });
+  command->callback([options, &status] {
+    status = options->explain ? explainSearch(*options) : runSearch(*options);
+  });
 }
 
 }  // namespace vt::tool

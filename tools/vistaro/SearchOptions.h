@@ -20,6 +20,7 @@ struct SearchOptions {
   std::optional<std::uint32_t> perPage;  ///< at least 1
   bool json = false;
   bool raw = false;
+  bool explain = false;
   bool verbose = false;
 };
 

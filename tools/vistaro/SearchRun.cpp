@@ -60,9 +60,8 @@ void tellNotes(const SearchOptions& options, const VTUser* user, const VTSearchM
   for (const std::string& name : notes.unknownAttributes) {
     printError(fmt::format("note: no file has an attribute called {}", printable(name)));
   }
-  for (const std::string& path : notes.walkedScopes) {
-    printError(fmt::format("note: {} was walked, since {}", printable(path),
-                           printable(notes.walkedBecause)));
+  if (!notes.walkedBecause.empty()) {
+    printError("note: the files were walked, since " + printable(notes.walkedBecause));
   }
   if (manager.lastSearchWasCut()) {
     printError("note: there are more hits than are looked at; older ones are left out");

@@ -1,4 +1,3 @@
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <memory>
@@ -13,6 +12,7 @@
 #include "settings/VTSettings.h"
 #include "vistaro/Commands.h"
 #include "vistaro/Exit.h"
+#include "vistaro/LocalTime.h"
 #include "vistaro/Terminal.h"
 
 namespace vt::tool {
@@ -53,10 +53,6 @@ std::string sentenceOf(const RunningServer& server, const std::string& file) {
   return {};
 }
 
-std::string instant(Date date) {
-  return fmt::format("{:%Y-%m-%dT%H:%M:%S}Z", std::chrono::floor<std::chrono::seconds>(date));
-}
-
 void printAsText(const RunningServer& server, const std::string& file) {
   const auto show = [](std::string_view label, const std::string& text) {
     fmt::print("{:<10}{}\n", label, text);
@@ -64,8 +60,7 @@ void printAsText(const RunningServer& server, const std::string& file) {
   const std::shared_ptr<VTSettings> settings = VTSettings::sharedInstance();
   show("Server", printable(sentenceOf(server, file)));
   if (server.state == State::kRunning) {
-    show("Since", fmt::format("{:%Y-%m-%d %H:%M:%S}",
-                              fmt::localtime(std::chrono::system_clock::to_time_t(*server.since))));
+    show("Since", localTimeText(*server.since));
   }
   if (server.state != State::kUnreadable) {
     show("Port", fmt::format("{}", settings->serverPort().integerValue()));
@@ -81,7 +76,7 @@ void printAsJson(const RunningServer& server) {
   report["state"] = keyOf(server.state);
   report["running"] = isRunning;
   report["processId"] = server.processId > 0 ? Json(server.processId) : Json();
-  report["since"] = isRunning ? Json(instant(*server.since)) : Json();
+  report["since"] = isRunning ? Json(instantText(*server.since)) : Json();
   const bool hasSettings = server.state != State::kUnreadable;
   report["port"] = hasSettings ? Json(settings->serverPort().integerValue()) : Json();
   report["url"] = hasSettings ? Json(displayText(settings->serverURL())) : Json();

@@ -28,6 +28,11 @@ void printError(std::string_view text) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+void showOnTerminal(std::string_view bytes) {
+  // Standard error has no buffer.
+  if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+}
+
 std::string printable(std::string_view bytes) {
   const std::string text = displayText(bytes);
   std::string result;

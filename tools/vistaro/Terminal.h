@@ -32,6 +32,10 @@ class Terminal {
 /// written: there is nobody left to tell.
 void printError(std::string_view text);
 
+/// Writes bytes on standard error as they are, as those of a ProgressLine. What fails to be shown
+/// is of no consequence.
+void showOnTerminal(std::string_view bytes);
+
 /// A file name or other foreign text fit for one line of a terminal: bytes that are not UTF-8
 /// become U+FFFD, control characters \xNN, so that no name can move the cursor or break the line.
 std::string printable(std::string_view bytes);

@@ -1,12 +1,10 @@
 #include "vistaro/ValueJSON.h"
 
-#include <fmt/chrono.h>
-#include <fmt/format.h>
-
 #include "foundation/Array.h"
 #include "foundation/Dictionary.h"
 #include "foundation/PropertyListBase64.h"
 #include "foundation/UTF8.h"
+#include "vistaro/LocalTime.h"
 
 namespace vt::tool {
 
@@ -23,8 +21,7 @@ Json jsonOf(const Value& value) {
     case ValueKind::kReal:
       return *value.get<double>();
     case ValueKind::kDate:
-      return fmt::format("{:%Y-%m-%dT%H:%M:%S}Z",
-                         std::chrono::floor<std::chrono::seconds>(*value.get<Date>()));
+      return instantText(*value.get<Date>());
     case ValueKind::kString:
       return displayText(*value.get<std::string>());  // JSON text is UTF-8; a file name need not be
     case ValueKind::kArray: {

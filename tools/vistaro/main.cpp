@@ -55,6 +55,7 @@ int main(int argc, char** argv) {
   addMetadataCommand(app, status);
   addThumbnailCommand(app, status);
   addPreviewCommand(app, status);
+  addIndexCommand(app, status);
   addFoldersCommand(app, status);
   addSavedCommand(app, status);
   addSettingsCommand(app, status);

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "metadata/store/SegmentColumns.h"
 #include "metadata/rights/AccessJudge.h"
+#include "metadata/store/SegmentColumns.h"
 
 namespace vt {
 

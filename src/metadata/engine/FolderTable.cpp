@@ -6,35 +6,16 @@
 #include <utility>
 
 #include "metadata/live/LiveFile.h"
+#include "metadata/store/FoldersAlong.h"
 
 namespace vt {
-namespace {
-
-/// Takes the first step off a canonical path: "a" of "/a/b".
-std::string_view takeStep(std::string_view& path) {
-  path.remove_prefix(1);
-  const std::string_view step = path.substr(0, path.find('/'));
-  path.remove_prefix(step.size());
-  return step;
-}
-
-}  // namespace
 
 std::optional<std::uint32_t> indexedFolderAt(const SegmentColumns& segment, std::string_view path) {
-  if (segment.folderCount() == 0) return std::nullopt;
-  std::uint32_t at = 0;  // "/" is the first
-  bool isIndexed = (segment.areRoots[at] != 0);
-  std::string_view rest = path == "/" ? std::string_view() : path;
-  // A folder's parent is before it, so one pass meets all steps in turn.
-  std::string_view step = rest.empty() ? rest : takeStep(rest);
-  for (std::uint32_t folder = 1; !step.empty() && folder < segment.folderCount(); ++folder) {
-    if (segment.parents[folder] != at || segment.folderNames[folder] != step) continue;
-    at = folder;
-    isIndexed = isIndexed || (segment.areRoots[at] != 0);
-    step = rest.empty() ? rest : takeStep(rest);
-  }
-  if (!step.empty() || !isIndexed || segment.areListed[at] == 0) return std::nullopt;
-  return at;
+  const std::vector<std::uint32_t> folders = foldersAlong(segment, path);
+  const auto isRoot = [&](std::uint32_t folder) { return segment.areRoots[folder] != 0; };
+  if (std::ranges::none_of(folders, isRoot)) return std::nullopt;
+  if (segment.areListed[folders.back()] == 0) return std::nullopt;
+  return folders.back();
 }
 
 FolderTable::FolderTable(const SegmentColumns& segment, std::vector<IndexedScope> scopes,

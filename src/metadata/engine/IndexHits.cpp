@@ -6,28 +6,39 @@
 
 #include "metadata/engine/QueryPlan.h"
 #include "metadata/engine/TermCompiler.h"
+#include "metadata/query/QueryPrinter.h"
 
 namespace vt {
 
 IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index, const TypeTables& tables,
                      std::vector<IndexedScope> scopes, const AccessJudge& judge,
                      const query::Query& query, const query::AttributeSchema& schema,
-                     const query::EvaluationContext& context)
+                     const query::EvaluationContext& context, std::vector<Step>* steps)
     : index_(std::move(index)),
       verdicts_(index_->segment, judge),
       folders_(index_->segment, std::move(scopes), verdicts_),
       files_(index_->segment, index_->types, tables, folders_, verdicts_) {
   const TermCompiler compiler(index_->segment, tables, index_->types, schema, context, files_);
   const QueryPlan plan(query, [&](const query::Term& term) { return compiler.stepOf(term); });
-  const auto isReadableRow = [&](std::size_t row) { return isReadable(row); };
   RowSet rows = RowSet::all(index_->segment.rowCount());
+  const auto keepReadable = [&] {
+    const std::size_t asked = steps != nullptr ? rows.count() : 0;
+    rows.keepIf([&](std::size_t row) { return isReadable(row); });
+    if (steps != nullptr) steps->push_back({"in the folders, and readable", asked, rows.count()});
+  };
+  QueryPlan::Watch watch;
+  if (steps != nullptr) {
+    watch = [&](const query::Term& term, std::size_t asked, std::size_t left) {
+      steps->push_back({query::printTerm(term), asked, left});
+    };
+  }
   // Two look-ups for a row: less than asking it anything, more than finding names among many.
   if (plan.asksEachRow()) {
-    rows.keepIf(isReadableRow);
-    rows = plan.rowsAmong(std::move(rows));
+    keepReadable();
+    rows = plan.rowsAmong(std::move(rows), watch);
   } else {
-    rows = plan.rowsAmong(std::move(rows));
-    rows.keepIf(isReadableRow);
+    rows = plan.rowsAmong(std::move(rows), watch);
+    keepReadable();
   }
   rows_.reserve(rows.count());
   rows.forEach([&](std::size_t row) { rows_.push_back(static_cast<std::uint32_t>(row)); });

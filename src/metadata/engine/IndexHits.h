@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "metadata/engine/ClassVerdicts.h"
@@ -20,12 +21,20 @@ namespace vt {
 /// Holds on to the segment, so a newer generation takes nothing away.
 class IndexHits {
  public:
+  /// One step of a search: what rows had to be, of how many, and how many were.
+  struct Step {
+    std::string text;
+    std::size_t asked = 0;
+    std::size_t left = 0;
+  };
+
   /// Searches `scopes` for what satisfies the query and the judged account may read. A query that
   /// needs text content does not get it. `tables` must outlive the hits; the rest is borrowed for
-  /// the call.
+  /// the call. Tells its steps in order in `steps` unless that is nullptr.
   IndexHits(std::shared_ptr<const OpenIndex> index, const TypeTables& tables,
             std::vector<IndexedScope> scopes, const AccessJudge& judge, const query::Query& query,
-            const query::AttributeSchema& schema, const query::EvaluationContext& context);
+            const query::AttributeSchema& schema, const query::EvaluationContext& context,
+            std::vector<Step>* steps = nullptr);
   IndexHits(const IndexHits&) = delete;
   IndexHits& operator=(const IndexHits&) = delete;
 

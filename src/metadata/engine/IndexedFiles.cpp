@@ -37,18 +37,6 @@ void fillStatus(const SegmentColumns& segment, LiveAttribute attribute, std::siz
 
 }  // namespace
 
-std::optional<std::vector<ContentTypeId>> typesOf(const SegmentColumns& segment,
-                                                  const ContentTypes& types) {
-  std::vector<ContentTypeId> result;
-  result.reserve(segment.typeIdentifiers.size());
-  for (std::uint32_t number = 0; number < segment.typeIdentifiers.size(); ++number) {
-    const std::optional<ContentTypeId> type = types.find(segment.typeIdentifiers[number]);
-    if (!type) return std::nullopt;
-    result.push_back(*type);
-  }
-  return result;
-}
-
 std::string IndexedFiles::folderPath(std::size_t row) const {
   return folders_.pathOf(segment_.folderOf(row));
 }

@@ -6,17 +6,12 @@
 
 #include "metadata/engine/ClassVerdicts.h"
 #include "metadata/engine/FolderTable.h"
-#include "metadata/store/SegmentColumns.h"
 #include "metadata/live/FileStatus.h"
 #include "metadata/live/LiveAttribute.h"
 #include "metadata/live/LiveFile.h"
+#include "metadata/store/SegmentColumns.h"
 
 namespace vt {
-
-/// The types of a segment's rows as this process's table knows them, by the segment's own numbers;
-/// nothing when the segment knows a type that the table lacks.
-std::optional<std::vector<ContentTypeId>> typesOf(const SegmentColumns& segment,
-                                                  const ContentTypes& types);
 
 /// Tells attributes of the rows of a segment as a live search tells those of files. Borrows all.
 class IndexedFiles {

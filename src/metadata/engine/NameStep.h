@@ -4,11 +4,11 @@
 #include <optional>
 #include <string>
 
-#include "metadata/store/SegmentColumns.h"
 #include "metadata/engine/SubstringScanner.h"
 #include "metadata/engine/TermStep.h"
 #include "metadata/query/FoldedPattern.h"
 #include "metadata/query/TextMatcher.h"
+#include "metadata/store/SegmentColumns.h"
 
 namespace vt {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "metadata/store/SegmentColumns.h"
+#include "metadata/store/Segment.h"
 #include "metadata/types/ContentTypes.h"
 
 namespace vt {
@@ -14,5 +14,9 @@ struct OpenIndex {
   std::vector<ContentTypeId> types;    ///< by the segment's own numbers
   std::shared_ptr<const void> memory;  ///< what the columns are borrowed from
 };
+
+/// The segment, ready to be searched; nullptr when it knows a type that the table lacks.
+std::shared_ptr<const OpenIndex> openIndex(std::shared_ptr<const Segment> segment,
+                                           const ContentTypes& types);
 
 }  // namespace vt

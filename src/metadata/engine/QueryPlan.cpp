@@ -45,7 +45,7 @@ bool QueryPlan::asksEachRow() const {
   return std::ranges::any_of(steps_, [](const auto& step) { return step->asksEachRow(); });
 }
 
-RowSet QueryPlan::rowsAmong(RowSet rows) const {
+RowSet QueryPlan::rowsAmong(RowSet rows, const Watch& watch) const {
   std::vector<Frame> frames;  // and no recursion, however deep the query is
   const auto enter = [&](std::uint32_t node, RowSet open) {
     RowSet nothing = RowSet::none(open.size());
@@ -76,9 +76,13 @@ RowSet QueryPlan::rowsAmong(RowSet rows) const {
       case NodeKind::kFalse:
         frame.open = RowSet::none(frame.open.size());
         break;
-      case NodeKind::kTerm:
-        narrowByTerm(*steps_[node.term], isNegated(query_.terms()[node.term]), frame.open);
+      case NodeKind::kTerm: {
+        const query::Term& term = query_.terms()[node.term];
+        const std::size_t asked = watch ? frame.open.count() : 0;
+        narrowByTerm(*steps_[node.term], isNegated(term), frame.open);
+        if (watch) watch(term, asked, frame.open.count());
         break;
+      }
       case NodeKind::kOr:
         frame.open = std::move(frame.found);
         break;

@@ -20,8 +20,11 @@ class QueryPlan {
   /// Borrows `query` for its own life.
   QueryPlan(const query::Query& query, const StepMaker& makeStep);
 
-  /// Those of `rows` that satisfy the query.
-  RowSet rowsAmong(RowSet rows) const;
+  /// Is told of each term that was put to rows how many these were and how many are left.
+  using Watch = std::function<void(const query::Term& term, std::size_t asked, std::size_t left)>;
+
+  /// Those of `rows` that satisfy the query. `watch` may be empty.
+  RowSet rowsAmong(RowSet rows, const Watch& watch = {}) const;
 
   /// Whether a term looks at each row by itself.
   bool asksEachRow() const;

@@ -3,12 +3,12 @@
 #include <memory>
 
 #include "metadata/engine/IndexedFiles.h"
-#include "metadata/store/SegmentColumns.h"
 #include "metadata/engine/TermStep.h"
 #include "metadata/query/AttributeSchema.h"
 #include "metadata/query/Query.h"
 #include "metadata/query/TimeValue.h"
 #include "metadata/query/ValueTest.h"
+#include "metadata/store/SegmentColumns.h"
 
 namespace vt {
 

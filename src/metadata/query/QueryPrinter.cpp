@@ -89,7 +89,7 @@ void printOperand(const Operand& operand, Style style, std::string& out) {
   }
 }
 
-void printTerm(const Comparison& comparison, Style style, std::string& out) {
+void printTest(const Comparison& comparison, Style style, std::string& out) {
   const std::string_view blank = style == Style::kReadable ? " " : "";
   const std::string letters = modifierLetters(comparison.modifiers);
   const auto* text = std::get_if<TextOperand>(&comparison.value);
@@ -111,7 +111,7 @@ void printTerm(const Comparison& comparison, Style style, std::string& out) {
   printOperand(comparison.value, style, out);
 }
 
-void printTerm(const Range& range, Style style, std::string& out) {
+void printTest(const Range& range, Style style, std::string& out) {
   const std::string_view comma = style == Style::kReadable ? ", " : ",";
   out += "InRange(";
   out += range.attribute;
@@ -144,7 +144,7 @@ std::string print(const Query& query, Style style) {
       continue;
     }
     if (node->kind == NodeKind::kTerm) {
-      std::visit([&](const auto& term) { printTerm(term, style, out); }, query.terms()[node->term]);
+      std::visit([&](const auto& term) { printTest(term, style, out); }, query.terms()[node->term]);
     } else {
       out += node->kind == NodeKind::kTrue ? "true" : "false";
     }
@@ -170,6 +170,12 @@ std::string print(const Query& query, Style style) {
 std::string printQuery(const Query& query) {
   std::string text = print(query, Style::kReadable);
   if (text.size() > kMaximumQueryBytes) text = print(query, Style::kTerse);
+  return text;
+}
+
+std::string printTerm(const Term& term) {
+  std::string text;
+  std::visit([&](const auto& test) { printTest(test, Style::kReadable, text); }, term);
   return text;
 }
 

@@ -11,4 +11,7 @@ namespace vt::query {
 /// than a query may be, a terser spelling which is never longer than the text first parsed.
 std::string printQuery(const Query& query);
 
+/// One term of it, in the same spelling.
+std::string printTerm(const Term& term);
+
 }  // namespace vt::query

@@ -13,6 +13,21 @@ void append(std::string& key, std::uint32_t number) {
 
 std::uint32_t AccessClassTable::numberOf(const FileOwnership& ownership, AclPresence acl,
                                          std::span<const std::uint8_t> aclBytes) {
+  if (acl == AclPresence::kPresent) return lookUp(ownership, acl, aclBytes);
+  Recent& recent = recentFor(ownership);
+  if (recent.number == kNoNumber || recent.acl != acl || recent.ownership != ownership) {
+    recent = {ownership, acl, lookUp(ownership, acl, aclBytes)};
+  }
+  return recent.number;
+}
+
+AccessClassTable::Recent& AccessClassTable::recentFor(const FileOwnership& ownership) {
+  const std::uint32_t mixed = (ownership.uid * 31 + ownership.gid) * 31 + ownership.mode;
+  return recents_[mixed % kRecents];
+}
+
+std::uint32_t AccessClassTable::lookUp(const FileOwnership& ownership, AclPresence acl,
+                                       std::span<const std::uint8_t> aclBytes) {
   key_.clear();
   append(key_, ownership.uid);
   append(key_, ownership.gid);

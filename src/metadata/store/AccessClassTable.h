@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -37,6 +39,20 @@ class AccessClassTable {
     }
   };
 
+  /// A class without list bytes that was asked for not long ago: files of a folder share a few.
+  struct Recent {
+    FileOwnership ownership;
+    AclPresence acl = AclPresence::kNone;
+    std::uint32_t number = kNoNumber;
+  };
+  static constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
+  static constexpr std::size_t kRecents = 256;
+
+  Recent& recentFor(const FileOwnership& ownership);
+  std::uint32_t lookUp(const FileOwnership& ownership, AclPresence acl,
+                       std::span<const std::uint8_t> aclBytes);
+
+  std::array<Recent, kRecents> recents_;
   std::string key_;  // kept for its memory
   std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> numbers_;
   std::vector<Class> classes_;  // lists are borrowed from the keys of numbers_, which never move

@@ -58,6 +58,9 @@ void FileWriter::writeAt(std::uint64_t offset, std::string_view bytes) {
 
 std::optional<StoreError> FileWriter::sync() {
   flush();
+  if (!error_ && reserved_ > flushed_ && calls_.truncate(file_, flushed_) != 0) {
+    fail(systemError(errno, "write", shownPath_));
+  }
   if (!error_ && calls_.sync(file_) != 0) fail(systemError(errno, "write", shownPath_));
   return error_;
 }
@@ -68,10 +71,18 @@ void FileWriter::fail(StoreError error) {
 
 void FileWriter::flush() {
   updateChecksum();
+  if (used_ == kBufferBytes && flushed_ + used_ > reserved_) reserve();
   writeAll(flushed_, {buffer_.get(), used_});
   flushed_ += used_;
   used_ = 0;
   summed_ = 0;
+}
+
+void FileWriter::reserve() {
+  // Where it can't be done, for want of space or in that file system, the writes will say so or
+  // find their own.
+  calls_.reserve(file_, reserved_, kReservedBytes);
+  reserved_ += kReservedBytes;
 }
 
 void FileWriter::updateChecksum() {

@@ -64,6 +64,8 @@ class FileWriter {
  private:
   // A system call and a round of the checksum for so many bytes cost next to nothing.
   static constexpr std::size_t kBufferBytes = std::size_t{1} << 18;
+  // Writing into space that was set aside takes half the time of finding space write by write.
+  static constexpr std::uint64_t kReservedBytes = std::uint64_t{1} << 24;
 
   struct FreeChecksum {
     void operator()(XXH3_state_s* state) const;
@@ -71,6 +73,7 @@ class FileWriter {
 
   void appendLarge(std::string_view bytes);
   void flush();
+  void reserve();
   void updateChecksum();
   void writeAll(std::uint64_t offset, std::string_view bytes);
 
@@ -81,6 +84,7 @@ class FileWriter {
   std::size_t used_ = 0;
   std::size_t summed_ = 0;  // bytes of the buffer that the checksum has seen or does not ask for
   std::uint64_t flushed_ = 0;
+  std::uint64_t reserved_ = 0;  // up to where space was set aside
   std::unique_ptr<XXH3_state_s, FreeChecksum> checksum_;
   std::optional<StoreError> error_;
 };

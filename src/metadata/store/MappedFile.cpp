@@ -31,4 +31,8 @@ MappedFile::~MappedFile() {
   if (!bytes_.empty()) ::munmap(const_cast<char*>(bytes_.data()), bytes_.size());
 }
 
+void MappedFile::dropPages() const {
+  if (!bytes_.empty()) ::madvise(const_cast<char*>(bytes_.data()), bytes_.size(), MADV_DONTNEED);
+}
+
 }  // namespace vt

@@ -29,6 +29,10 @@ class MappedFile {
 
   std::string_view bytes() const { return bytes_; }
 
+  /// Has the process hold no page of the file until it is read again, which then costs a look into
+  /// the kernel's cache. Others may read meanwhile.
+  void dropPages() const;
+
  private:
   explicit MappedFile(std::string_view bytes) : bytes_(bytes) {}
 

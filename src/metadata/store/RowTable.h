@@ -9,20 +9,26 @@
 
 namespace vt {
 
-/// What a segment will hold of an entry; dates in microseconds since 1970.
-struct BuiltRow {
+/// What a segment will hold of an entry; dates in microseconds since 1970. As large as a line of
+/// the processor's cache, since rows are read one by one and far from each other.
+struct alignas(64) BuiltRow {
   std::int64_t modified;
   std::int64_t created;  ///< kNoDate when there is none
   std::int64_t attributesChanged;
   std::int64_t accessed;
   std::uint64_t sizeInBytes;
-  std::uint64_t allocatedBytes;
-  NameArena::Place name;
+  std::uint32_t allocatedBlocks;  ///< kNotInBlocks: the builder has the bytes elsewhere
+  std::uint32_t nameStart;
+  std::uint16_t nameLength;
+  std::uint16_t type;
   std::uint32_t folder;
   std::uint32_t accessClass;
   std::uint32_t ownFolder;
-  std::uint16_t type;
+
+  NameArena::Place name() const { return {nameStart, nameLength}; }
 };
+static_assert(sizeof(BuiltRow) == 64);
+static_assert(NameArena::kLongestName <= 0xFFFF);
 
 /// Rows in pieces of memory that never move: a growing vector would need room for both the old and
 /// the new, three times the rows at its worst.

@@ -40,6 +40,9 @@ class Segment {
   SegmentIdentity identity() const { return {head_.fileBytes, head_.checksum}; }
   const std::string& shownPath() const { return shownPath_; }
 
+  /// Takes what was read of the file off the memory of this process; see MappedFile.
+  void dropPages() const { file_.dropPages(); }
+
   /// What the folder is known again by.
   FolderStamp stampOf(std::uint32_t folder) const;
   /// What was found out of the access control list of a class, and its bytes as the kernel has

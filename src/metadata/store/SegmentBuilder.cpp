@@ -11,6 +11,12 @@ constexpr std::uint16_t kNoNumber = std::numeric_limits<std::uint16_t>::max();
 
 std::int64_t microsecondsOf(Date date) { return date.time_since_epoch().count(); }
 
+std::uint32_t blocksOf(std::uint64_t bytes) {
+  const std::uint64_t blocks = bytes / kAllocationBlockBytes;
+  const bool fits = bytes % kAllocationBlockBytes == 0 && blocks < kNotInBlocks;
+  return fits ? static_cast<std::uint32_t>(blocks) : kNotInBlocks;
+}
+
 bool canBeAName(std::string_view name) {
   constexpr std::string_view kNever("/\0", 2);
   return name.size() <= NameArena::kLongestName && name.find_first_of(kNever) == name.npos;
@@ -47,17 +53,23 @@ bool SegmentBuilder::addRow(const SegmentEntry& entry) {
   if (rows_.size() >= limits_.rows || !names_.hasRoom()) isFull_ = true;
   if (isFull_) return false;
   const FileStatus& status = entry.status;
+  const NameArena::Place name = names_.add(entry.name);
+  const std::uint32_t blocks = blocksOf(status.allocatedBytes);
+  if (blocks == kNotInBlocks) {
+    oddAllocations_.emplace_back(static_cast<std::uint32_t>(rows_.size()), status.allocatedBytes);
+  }
   rows_.add({.modified = microsecondsOf(status.modified),
              .created = status.created ? microsecondsOf(*status.created) : kNoDate,
              .attributesChanged = microsecondsOf(status.attributesChanged),
              .accessed = microsecondsOf(status.accessed),
              .sizeInBytes = status.sizeInBytes,
-             .allocatedBytes = status.allocatedBytes,
-             .name = names_.add(entry.name),
+             .allocatedBlocks = blocks,
+             .nameStart = name.start,
+             .nameLength = static_cast<std::uint16_t>(name.length),
+             .type = numberOfType(entry.type),
              .folder = entry.folder,
              .accessClass = entry.accessClass,
-             .ownFolder = entry.ownFolder,
-             .type = numberOfType(entry.type)});
+             .ownFolder = entry.ownFolder});
   ++folders_[entry.folder].entryCount;
   return true;
 }

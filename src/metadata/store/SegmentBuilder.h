@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "foundation/Result.h"
@@ -99,6 +100,7 @@ class SegmentBuilder {
   AccessClassTable classes_;
   std::vector<Folder> folders_;
   RowTable rows_;
+  std::vector<std::pair<std::uint32_t, std::uint64_t>> oddAllocations_;  // bytes by row, ascending
   std::vector<ContentTypeId> usedTypes_;
   std::vector<std::uint16_t> numberOfType_;  // by type; kNoNumber for one that is not used
   bool isFull_ = false;

@@ -31,12 +31,6 @@ class NameFolder {
   std::string folded_;
 };
 
-std::uint32_t blocksOf(std::uint64_t bytes) {
-  const std::uint64_t blocks = bytes / kAllocationBlockBytes;
-  const bool fits = bytes % kAllocationBlockBytes == 0 && blocks < kNotInBlocks;
-  return fits ? static_cast<std::uint32_t>(blocks) : kNotInBlocks;
-}
-
 constexpr auto kItself = [](auto number) { return number; };
 
 }  // namespace
@@ -88,8 +82,8 @@ void SegmentContents::sortTies(std::size_t first, std::size_t last, const PathOr
                    [&](std::uint32_t a, std::uint32_t b) {
                      const BuiltRow& left = built_.rows_[a];
                      const BuiltRow& right = built_.rows_[b];
-                     return order.isBefore(left.folder, built_.names_[left.name], right.folder,
-                                           built_.names_[right.name], folderName);
+                     return order.isBefore(left.folder, built_.names_[left.name()], right.folder,
+                                           built_.names_[right.name()], folderName);
                    });
 }
 
@@ -114,13 +108,24 @@ Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
   return SegmentIdentity{written.fileBytes, written.checksum};
 }
 
+void SegmentContents::prefetchAfter(std::size_t at, bool withName) const {
+  constexpr std::size_t kNamesAhead = 12;
+  constexpr std::size_t kRowsAhead = 24;  // which tell where their names are
+  if (at + kRowsAhead >= order_.size()) return;
+  __builtin_prefetch(&built_.rows_[order_[at + kRowsAhead]]);
+  if (withName) {
+    __builtin_prefetch(built_.names_[built_.rows_[order_[at + kNamesAhead]].name()].data());
+  }
+}
+
 void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextBytes) const {
   std::vector<bool> differs;
   differs.reserve(order_.size());
   NameFolder folder;
   writer.texts(ColumnId::kFoldedNames, ColumnId::kFoldedNameOffsets, order_, mostTextBytes,
                [&](std::uint32_t row) {
-                 const std::string_view name = built_.names_[built_.rows_[row].name];
+                 prefetchAfter(differs.size(), /*withName=*/true);
+                 const std::string_view name = built_.names_[built_.rows_[row].name()];
                  const std::string_view folded = folder.fold(name);
                  differs.push_back(folded != name);
                  return folded;
@@ -128,19 +133,22 @@ void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextByt
   std::size_t at = 0;
   writer.texts(ColumnId::kOtherNames, ColumnId::kOtherNameOffsets, order_, mostTextBytes,
                [&](std::uint32_t row) {
-                 return differs[at++] ? built_.names_[built_.rows_[row].name] : std::string_view();
+                 return differs[at++] ? built_.names_[built_.rows_[row].name()]
+                                      : std::string_view();
                });
   const auto column = [&]<class Number>(ColumnId id, Number BuiltRow::* field) {
-    writer.numbers<Number>(id, order_, [&](std::uint32_t row) { return built_.rows_[row].*field; });
+    at = 0;
+    writer.numbers<Number>(id, order_, [&](std::uint32_t row) {
+      prefetchAfter(at++, /*withName=*/false);
+      return built_.rows_[row].*field;
+    });
   };
   column(ColumnId::kModified, &BuiltRow::modified);
   column(ColumnId::kCreated, &BuiltRow::created);
   column(ColumnId::kAttributesChanged, &BuiltRow::attributesChanged);
   column(ColumnId::kAccessed, &BuiltRow::accessed);
   column(ColumnId::kSizes, &BuiltRow::sizeInBytes);
-  writer.numbers<std::uint32_t>(ColumnId::kAllocatedBlocks, order_, [&](std::uint32_t row) {
-    return blocksOf(built_.rows_[row].allocatedBytes);
-  });
+  column(ColumnId::kAllocatedBlocks, &BuiltRow::allocatedBlocks);
   column(ColumnId::kTypes, &BuiltRow::type);
   column(ColumnId::kFolders, &BuiltRow::folder);
   column(ColumnId::kAccessClasses, &BuiltRow::accessClass);
@@ -150,10 +158,13 @@ void SegmentContents::writeOddAllocations(SegmentWriter& writer) const {
   std::vector<std::uint32_t> rows;
   std::vector<std::uint64_t> allocations;
   for (std::uint32_t at = 0; at < order_.size(); ++at) {
-    const std::uint64_t bytes = built_.rows_[order_[at]].allocatedBytes;
-    if (blocksOf(bytes) != kNotInBlocks) continue;
+    prefetchAfter(at, /*withName=*/false);
+    const std::uint32_t row = order_[at];
+    if (built_.rows_[row].allocatedBlocks != kNotInBlocks) continue;
+    const auto odd = std::ranges::lower_bound(built_.oddAllocations_, row, {},
+                                              &std::pair<std::uint32_t, std::uint64_t>::first);
     rows.push_back(at);
-    allocations.push_back(bytes);
+    allocations.push_back(odd->second);
   }
   writer.numbers<std::uint32_t>(ColumnId::kOddlyAllocatedRows, rows, kItself);
   writer.numbers<std::uint64_t>(ColumnId::kOddAllocations, allocations, kItself);
@@ -174,6 +185,7 @@ void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostText
   column(ColumnId::kAreListed, &Built::isListed);
   std::vector<std::uint32_t> rows(folders.size(), kNoRow);
   for (std::uint32_t at = 0; at < order_.size(); ++at) {
+    prefetchAfter(at, /*withName=*/false);
     const Folder own = built_.rows_[order_[at]].ownFolder;
     if (own != kNoFolder) rows[own] = at;
   }
@@ -189,8 +201,9 @@ void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostText
 
 void SegmentContents::writeFoldersByRow(SegmentWriter& writer) const {
   writer.column(ColumnId::kFoldersByRow, [&](FileWriter& file) {
-    for (const std::uint32_t row : order_) {
-      const Folder own = built_.rows_[row].ownFolder;
+    for (std::size_t at = 0; at < order_.size(); ++at) {
+      prefetchAfter(at, /*withName=*/false);
+      const Folder own = built_.rows_[order_[at]].ownFolder;
       if (own != kNoFolder) file.appendNumber(own);
     }
   });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -21,6 +22,9 @@ class SegmentContents {
   void sortRows();
   void sortTies(std::size_t first, std::size_t last, const class PathOrder& order);
 
+  /// Has the processor fetch what comes after the row at place `at`: rows and names were added in
+  /// another order, so each is far from the one before it.
+  void prefetchAfter(std::size_t at, bool withName) const;
   void writeRows(SegmentWriter& writer, std::uint64_t mostTextBytes) const;
   void writeOddAllocations(SegmentWriter& writer) const;
   void writeFolders(SegmentWriter& writer, std::uint64_t mostTextBytes) const;

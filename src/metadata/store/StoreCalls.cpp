@@ -19,6 +19,15 @@ ssize_t StoreCalls::write(int file, const void* bytes, std::size_t count, std::u
   return ::pwrite(file, bytes, count, static_cast<off_t>(offset));
 }
 
+int StoreCalls::reserve(int file, std::uint64_t offset, std::uint64_t count) {
+  return ::fallocate(file, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset),
+                     static_cast<off_t>(count));
+}
+
+int StoreCalls::truncate(int file, std::uint64_t size) {
+  return ::ftruncate(file, static_cast<off_t>(size));
+}
+
 int StoreCalls::sync(int fileOrFolder) { return ::fsync(fileOrFolder); }
 
 int StoreCalls::rename(int folder, const char* from, const char* to) {

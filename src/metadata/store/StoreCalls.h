@@ -19,6 +19,10 @@ class StoreCalls {
   /// Makes a new file for writing, for this user alone; fails when there is one of that name.
   virtual int create(int folder, const char* name);
   virtual ssize_t write(int file, const void* bytes, std::size_t count, std::uint64_t offset);
+  /// Sets space on the disk aside for bytes that are yet to be written, beyond the end of the file.
+  virtual int reserve(int file, std::uint64_t offset, std::uint64_t count);
+  /// Gives back what was set aside beyond `size`.
+  virtual int truncate(int file, std::uint64_t size);
   virtual int sync(int fileOrFolder);
   virtual int rename(int folder, const char* from, const char* to);
   virtual int unlink(int folder, const char* name);

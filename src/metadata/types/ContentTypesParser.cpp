@@ -46,6 +46,10 @@ bool ContentTypesParser::fail(std::size_t line, std::string reason) {
 }
 
 bool ContentTypesParser::readRows(std::string_view tsv) {
+  const auto lines = static_cast<std::size_t>(std::ranges::count(tsv, '\n'));
+  table_.types_.reserve(lines);
+  table_.byIdentifier_.reserve(lines);
+  rows_.reserve(lines);
   while (!tsv.empty()) {
     const std::size_t end = std::min(tsv.find('\n'), tsv.size());
     const std::string_view line = tsv.substr(0, end);
@@ -127,6 +131,7 @@ bool ContentTypesParser::buildTrees() {
     }
     type.tree = std::move(tree);
     type.treeIdentifiers = Array::make();
+    type.treeIdentifiers->elements().reserve(type.tree.size());
     for (const ContentTypeId member : type.tree) {
       type.treeIdentifiers->append(table_.types_[member].identifier);
     }

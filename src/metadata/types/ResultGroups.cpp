@@ -1,5 +1,6 @@
 #include "metadata/types/ResultGroups.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -44,26 +45,35 @@ constexpr auto kRules = std::to_array<Rule>({
     {"public.audiovisual-content", 7},
 });
 
-bool conformsTo(const ContentTypes& types, ContentTypeId type, std::string_view ancestor) {
-  const std::optional<ContentTypeId> id = types.find(ancestor);
-  return id && types.conforms(type, *id);
-}
+/// A rule by the numbers of a table; nothing where the table lacks the type, so that nothing
+/// conforms to it.
+struct NumberedRule {
+  std::optional<ContentTypeId> type;
+  std::optional<std::int64_t> number;
+  std::optional<ContentTypeId> unless;
+};
 
-std::optional<std::int64_t> decide(const ContentTypes& types, ContentTypeId type) {
-  for (const Rule& rule : kRules) {
-    if (!conformsTo(types, type, rule.type)) continue;
-    if (!rule.unless.empty() && conformsTo(types, type, rule.unless)) continue;
-    return rule.number;
+std::array<NumberedRule, kRules.size()> rulesFor(const ContentTypes& types) {
+  std::array<NumberedRule, kRules.size()> rules;
+  for (std::size_t i = 0; i < kRules.size(); ++i) {
+    rules[i] = {types.find(kRules[i].type), kRules[i].number, types.find(kRules[i].unless)};
   }
-  return std::nullopt;
+  return rules;
 }
 
 }  // namespace
 
 ResultGroups::ResultGroups(const ContentTypes& types) {
+  const auto rules = rulesFor(types);
   numbers_.reserve(types.size());
   for (std::size_t id = 0; id < types.size(); ++id) {
-    numbers_.push_back(decide(types, static_cast<ContentTypeId>(id)));
+    const auto conforms = [&](std::optional<ContentTypeId> ancestor) {
+      return ancestor && types.conforms(static_cast<ContentTypeId>(id), *ancestor);
+    };
+    const auto decides = std::ranges::find_if(rules, [&](const NumberedRule& rule) {
+      return conforms(rule.type) && !conforms(rule.unless);
+    });
+    numbers_.push_back(decides == rules.end() ? std::nullopt : decides->number);
   }
 }
 

@@ -66,48 +66,44 @@ void IndexedMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
 bool IndexedMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
   IndexedQuery& asked = ours(query);
   asked.hits = nullptr;
-  const std::optional<Refusal> refusal = answerFromIndex(asked);
-  if (!refusal) return true;
+  std::optional<std::string> refusal;
+  // An unknown account is the live index's to refuse.
+  if (const std::optional<Credentials> who = live_->callersCredentials()) {
+    refusal = answerFromIndex(asked, AccessJudge(*who), options);
+    if (!refusal) return true;
+  }
   const bool wasRun = live_->MDQueryExecute(*asked.live, options);
   asked.notes = live_->MDQueryCopyNotes(*asked.live);
-  if (!asked.notes.hasNoAccount) {
-    asked.notes.walkedScopes = refusal->scopes;
-    asked.notes.walkedBecause = refusal->reason;
-  }
+  if (refusal) asked.notes.walkedBecause = *std::move(refusal);
   return wasRun;
 }
 
-std::optional<IndexedMetadataIndex::Refusal> IndexedMetadataIndex::answerFromIndex(
-    IndexedQuery& query) {
+std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& query,
+                                                                 const AccessJudge& judge,
+                                                                 std::uint32_t options) {
   const LiveQuery& live = *query.live;
-  const std::optional<Credentials> who = live_->callersCredentials();
-  if (!who) return Refusal{};
   const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
-  const query::EvaluationContext context{now, query::Calendar()};
-  if (query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
-    return Refusal{live.scopes, "the index holds no text"};
-  }
-  const AccessJudge judge(*who);
   const PrivilegedMoment moment(*identity_);
   source_->refresh();
   std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
-  if (!index) return Refusal{live.scopes, source_->whyNotAt(now)};
-
+  if (!index) return source_->whyNotAt(now);
+  const query::EvaluationContext context{now, query::Calendar()};
+  if (query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
+    return "the index holds no text";
+  }
   SearchScopes scopes = findSearchScopes(live.scopes, judge);
   std::vector<IndexedScope> indexed;
-  Refusal refusal{{}, "the index does not hold all of it"};
   for (SearchScope& scope : scopes.usable) {
     const auto folder = indexedFolderAt(index->segment, scope.canonicalPath);
-    if (folder) {
-      indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
-    } else {
-      refusal.scopes.push_back(std::move(scope.given));
-    }
+    if (!folder) return "the index does not hold " + scope.given;
+    indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
   }
-  if (!refusal.scopes.empty()) return refusal;
 
+  std::vector<IndexHits::Step> steps;
+  const bool countsSteps = (options & kMDQueryCountsSteps) != 0;
   auto hits = std::make_shared<IndexHits>(std::move(index), live_->tables(), std::move(indexed),
-                                          judge, live.parsed, live_->schema(), context);
+                                          judge, live.parsed, live_->schema(), context,
+                                          countsSteps ? &steps : nullptr);
   const auto valueOfHit = [&](std::size_t at, LiveAttribute attribute, Value& value) {
     // As a walk has it, which counts entries only for who asks that of an item.
     return attribute != LiveAttribute::kEntryCount &&
@@ -119,6 +115,10 @@ std::optional<IndexedMetadataIndex::Refusal> IndexedMetadataIndex::answerFromInd
   query.notes = live.notes;
   query.notes.hasNoAccount = false;
   query.notes.unusableScopes = std::move(scopes.unusable);
+  query.notes.steps.clear();
+  for (IndexHits::Step& step : steps) {
+    query.notes.steps.push_back({std::move(step.text), step.asked, step.left});
+  }
   return std::nullopt;
 }
 

@@ -13,6 +13,7 @@
 
 namespace vt {
 
+class AccessJudge;
 class Identity;
 class IndexedQuery;
 
@@ -59,13 +60,9 @@ class IndexedMetadataIndex final : public MetadataIndex {
       std::string_view attribute) override;
 
  private:
-  /// Answers from the index; the reason why not when it cannot, with the scope folders that are in
-  /// the way.
-  struct Refusal {
-    std::vector<std::string> scopes;
-    std::string reason;
-  };
-  std::optional<Refusal> answerFromIndex(IndexedQuery& query);
+  /// Answers from the index; the reason why not when it can't. The account must be known.
+  std::optional<std::string> answerFromIndex(IndexedQuery& query, const AccessJudge& judge,
+                                             std::uint32_t options);
 
   std::shared_ptr<LiveMetadataIndex> live_;
   std::shared_ptr<Identity> identity_;

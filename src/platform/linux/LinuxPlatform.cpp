@@ -1,9 +1,11 @@
 #include "platform/linux/LinuxPlatform.h"
 
-#include "metadata/types/ContentTypes.h"
 #include "platform/linux/AccountRecords.h"
 #include "platform/linux/AttributeTables.h"
+#include "platform/linux/ContentTypeTable.h"
+#include "platform/linux/FolderIndexSource.h"
 #include "platform/linux/FolderResources.h"
+#include "platform/linux/IndexedMetadataIndex.h"
 #include "platform/linux/LinuxBundles.h"
 #include "platform/linux/LinuxContentTypeTags.h"
 #include "platform/linux/LinuxDirectoryServices.h"
@@ -28,19 +30,17 @@ LiveMetadataIndex::CredentialsProvider credentialsFrom(std::shared_ptr<const Acc
   };
 }
 
-std::shared_ptr<const ContentTypes> contentTypesIn(const Resources& resources) {
-  auto types = ContentTypes::parse(resources.resource("types", "tsv").value_or(""));
-  return types ? std::make_shared<const ContentTypes>(std::move(types).value()) : nullptr;
-}
-
-std::shared_ptr<MetadataIndex> liveIndex(std::shared_ptr<const ContentTypes> types,
-                                         std::shared_ptr<const query::AttributeSchema> schema,
-                                         std::shared_ptr<Identity> identity,
-                                         std::shared_ptr<const Accounts> accounts) {
+std::shared_ptr<MetadataIndex> metadataIndex(std::shared_ptr<const ContentTypes> types,
+                                             std::shared_ptr<const query::AttributeSchema> schema,
+                                             std::shared_ptr<Identity> identity,
+                                             std::shared_ptr<const Accounts> accounts,
+                                             const std::string& folder) {
   if (!types || !schema) return nullptr;
-  return std::make_shared<LiveMetadataIndex>(std::move(types), std::move(schema),
-                                             std::move(identity),
-                                             credentialsFrom(std::move(accounts)));
+  auto live = std::make_shared<LiveMetadataIndex>(types, std::move(schema), identity,
+                                                  credentialsFrom(std::move(accounts)));
+  return std::make_shared<IndexedMetadataIndex>(
+      std::move(live), std::move(identity),
+      std::make_shared<FolderIndexSource>(folder, std::move(types)));
 }
 
 }  // namespace
@@ -62,7 +62,8 @@ Platform::Services linuxServices(const Environment& environment) {
       .identity = identity,
       .directoryServices = std::make_shared<LinuxDirectoryServices>(records),
       .runtimeBundles = std::make_shared<LinuxRuntimeBundles>(records),
-      .metadataIndex = liveIndex(types, attributes, identity, accounts),
+      .metadataIndex =
+          metadataIndex(types, attributes, identity, accounts, environment.indexFolder),
       .resources = resources,
       .host = std::make_shared<LinuxHost>(root),
       .process = std::make_shared<LinuxProcess>(),

@@ -75,16 +75,26 @@ void LiveMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
   ours(query).scopes = directories;
 }
 
-bool LiveMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t /*options*/) {
+bool LiveMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
   const TypeTables tables{*types_, groups_};
   LiveSearchResult result;
+  std::vector<MDQueryStep> steps;
   const std::optional<Credentials> who = callersCredentials();
   ours(query).notes.hasNoAccount = !who;
   if (who) {
     const query::QueryMatcher matcher(ours(query).parsed, *schema_, {now(), query::Calendar()});
     const PrivilegedMoment moment(*identity_);
-    result = LiveSearch(matcher, *schema_, tables, progress_).run(ours(query).scopes, *who);
+    std::uint64_t lookedAt = 0;
+    const auto progress = [&](std::uint64_t folders, std::uint64_t entries) {
+      lookedAt = entries;
+      if (progress_) progress_(folders, entries);
+    };
+    result = LiveSearch(matcher, *schema_, tables, progress).run(ours(query).scopes, *who);
+    if ((options & kMDQueryCountsSteps) != 0) {
+      steps = {{"readable, and as the query asks", lookedAt, result.hits.size()}};
+    }
   }
+  ours(query).notes.steps = std::move(steps);
   ours(query).takeResult(std::move(result), tables);
   return true;
 }

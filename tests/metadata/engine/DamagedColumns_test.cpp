@@ -8,7 +8,7 @@
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/RandomFiles.h"
 #include "metadata/engine/RandomQuery.h"
-#include "metadata/engine/WalkedIndex.h"
+#include "metadata/indexing/IndexedTree.h"
 #include "metadata/live/ShippedSchema.h"
 #include "metadata/query/QueryParser.h"
 #include "metadata/types/ShippedTypes.h"
@@ -37,7 +37,7 @@ TEST(DamagedColumns, GiveWrongAnswersAtWorst) {
   const query::EvaluationContext context{Date{std::chrono::seconds{RandomFiles::kNow}},
                                          query::Calendar()};
   RandomFiles files(kSeed, 200);
-  const std::shared_ptr<const OpenIndex> whole = WalkedIndex(files.path(), types).index();
+  const std::shared_ptr<const OpenIndex> whole = IndexedTree(files.path(), types).index();
   std::mt19937 random(kSeed);
   RandomQuery queries(kSeed);
   std::size_t hits = 0;

@@ -10,7 +10,7 @@
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/RandomFiles.h"
 #include "metadata/engine/RandomQuery.h"
-#include "metadata/engine/WalkedIndex.h"
+#include "metadata/indexing/IndexedTree.h"
 #include "metadata/live/LiveSearch.h"
 #include "metadata/live/SearchScopes.h"
 #include "metadata/live/ShippedSchema.h"
@@ -42,7 +42,7 @@ class LiveAgreement : public testing::Test {
     return paths;
   }
 
-  std::vector<std::string> indexHits(const WalkedIndex& index, const query::Query& query,
+  std::vector<std::string> indexHits(const IndexedTree& index, const query::Query& query,
                                      const AccessJudge& judge,
                                      const std::vector<std::string>& scopes) const {
     std::vector<IndexedScope> indexed;
@@ -77,7 +77,7 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
   std::size_t done = 0;
   for (std::uint32_t tree = 0; done < pairs; ++tree) {
     RandomFiles files(kSeed + tree, kFilesOfATree);
-    const WalkedIndex index(files.path(), types_);
+    const IndexedTree index(files.path(), types_);
     for (std::size_t i = 0; i < kPairsOfATree && done < pairs; ++i, ++done) {
       const std::string text = queries.next();
       const auto query = query::parseQuery(text, schema_);

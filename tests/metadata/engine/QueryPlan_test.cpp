@@ -1,5 +1,6 @@
 #include "metadata/engine/QueryPlan.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -47,12 +48,15 @@ class QueryPlanTest : public testing::Test {
       return std::make_unique<MultiplesStep>(numberIn(term), journal_);
     });
     std::vector<std::size_t> rows;
-    plan.rowsAmong(RowSet::all(kRows)).forEach([&](std::size_t row) { rows.push_back(row); });
+    plan.rowsAmong(RowSet::all(kRows), watch_).forEach([&](std::size_t row) {
+      rows.push_back(row);
+    });
     return rows;
   }
 
   const query::AttributeSchema schema_ = shippedSchema();
   std::vector<std::string> journal_;
+  QueryPlan::Watch watch_;
 };
 
 template <class Test>
@@ -119,6 +123,15 @@ TEST_F(QueryPlanTest, AgreesWithTheTreeOverRandomQueries) {
     ASSERT_EQ(rowsOf(parts[0].text), rowsWhere([&](auto row) { return bool{parts[0].rows[row]}; }))
         << parts[0].text;
   }
+}
+
+TEST_F(QueryPlanTest, TellsWhatEachTermLeaves) {
+  std::vector<std::string> told;
+  watch_ = [&](const query::Term& term, std::size_t asked, std::size_t left) {
+    told.push_back(fmt::format("{}: {} of {}", numberIn(term), left, asked));
+  };
+  rowsOf("kMDItemFSSize == 5 && kMDItemFSSize != 2");
+  EXPECT_EQ(told, (std::vector<std::string>{"2: 50 of 100", "5: 10 of 50"}));
 }
 
 }  // namespace

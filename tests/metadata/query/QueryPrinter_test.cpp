@@ -146,6 +146,16 @@ TEST(QueryPrinter, GivesTheSameTreeBackForAnyQuery) {
   }
 }
 
+TEST(QueryPrinter, WritesASingleTermAsInTheQuery) {
+  const AttributeSchema schema = shippedSchema();
+  for (const char* text : {"kMDItemFSName != \"*a*\"cd", "InRange(kMDItemFSSize, 1, 2)",
+                           "kMDItemFSContentChangeDate >= $time.today(-1)"}) {
+    const auto query = parseQuery(text, schema);
+    ASSERT_TRUE(query) << text;
+    EXPECT_EQ(printTerm(query->terms()[0]), text);
+  }
+}
+
 TEST(QueryPrinter, StaysWithinTheLengthOfAQuery) {
   // Printed with blanks, quotes and two equal signs it would be longer than a query may be.
   std::string text = "a=b";

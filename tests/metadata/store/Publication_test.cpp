@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
 
@@ -50,6 +51,9 @@ class FailingCalls final : public StoreCalls {
   }
   // Which does not wait for the disk: no power is lost here.
   int sync(int) override { return fails("sync") ? -1 : 0; }
+  int truncate(int file, std::uint64_t size) override {
+    return fails("truncate") ? -1 : StoreCalls::truncate(file, size);
+  }
   int rename(int folder, const char* from, const char* to) override {
     return fails("rename") ? -1 : StoreCalls::rename(folder, from, to);
   }
@@ -117,6 +121,30 @@ TEST(Publication, LeavesTheOldGenerationWhicheverCallFails) {
     // Two files made, synced and renamed, the folder synced twice, and several writes.
     EXPECT_GE(failures, 11);
   }
+}
+
+TEST(Publication, TakesNoMoreSpaceThanItHasBytes) {
+  const TemporaryFolder place;
+  const IndexFolder folder = IndexFolder::make(place / "index").value();
+  ASSERT_TRUE(folder.publish(*folder.lock(), randomFiles(1, 6000).built, {}));
+  struct stat status{};
+  ASSERT_EQ(stat((place / "index/segment-1").c_str(), &status), 0);
+  ASSERT_GT(status.st_size, 1 << 18) << "the segment is too small to say anything";
+  EXPECT_LE(status.st_blocks * 512, status.st_size + (1 << 16));
+}
+
+TEST(Publication, NeedsNoSpaceSetAside) {
+  class NoReserve final : public StoreCalls {
+   public:
+    int reserve(int, std::uint64_t, std::uint64_t) override {
+      errno = EOPNOTSUPP;
+      return -1;
+    }
+  } calls;
+  const TemporaryFolder place;
+  const IndexFolder folder = IndexFolder::make(place / "index", calls).value();
+  ASSERT_TRUE(folder.publish(*folder.lock(), randomFiles(1, 6000).built, {}));
+  EXPECT_FALSE(verifySegment(*folder.current()->segment));
 }
 
 TEST(Publication, GoesOnAfterAnInterruptedWrite) {

@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "metadata/engine/WalkedIndex.h"
+#include "metadata/engine/FolderTable.h"
+#include "metadata/indexing/IndexedTree.h"
 #include "metadata/live/LiveTree.h"
 #include "metadata/live/ShippedSchema.h"
 #include "metadata/types/ShippedTypes.h"
@@ -72,7 +73,7 @@ class IndexedMetadataIndexTest : public testing::Test {
     chmod((tree_ / "sub/secret.txt").c_str(), 0600);
   }
 
-  void buildIndex() { source_->index = WalkedIndex(tree_.path(), *types_).index(); }
+  void buildIndex() { source_->index = IndexedTree(tree_.path(), *types_).index(); }
 
   std::shared_ptr<MDQuery> executed(MetadataIndex& index, const std::string& text,
                                     const std::vector<std::string>& scopes,
@@ -123,7 +124,7 @@ TEST_F(IndexedMetadataIndexTest, GivesTheHitsAndValuesOfTheLiveIndex) {
   const auto ours = executed("true");
   const auto live = executed(*live_, "true", {tree_.path()});
   ASSERT_EQ(names(*ours), names(*live_, *live));
-  EXPECT_THAT(index_.MDQueryCopyNotes(*ours).walkedScopes, IsEmpty());
+  EXPECT_EQ(index_.MDQueryCopyNotes(*ours).walkedBecause, "");
   for (std::int32_t i = 0; i < live_->MDQueryGetResultCount(*live); ++i) {
     const auto ourItem = index_.MDQueryGetResultAtIndex(*ours, i);
     const auto liveItem = live_->MDQueryGetResultAtIndex(*live, i);
@@ -173,8 +174,23 @@ TEST_F(IndexedMetadataIndexTest, WalksAndSaysSoWhenThereIsNoIndex) {
   const auto query = executed("kMDItemFSName == \"new.pdf\"");
   EXPECT_THAT(names(*query), ElementsAre("new.pdf"));
   const MDQueryNotes notes = index_.MDQueryCopyNotes(*query);
-  EXPECT_THAT(notes.walkedScopes, ElementsAre(tree_.path()));
   EXPECT_EQ(notes.walkedBecause, "there is no index");
+}
+
+TEST_F(IndexedMetadataIndexTest, CountsWhatEachStepLeavesWhenItIsAsked) {
+  buildIndex();
+  const auto query = index_.MDQueryCreate("kMDItemFSName == \"*.txt\"", {}, {});
+  index_.MDQuerySetSearchScope(*query, {tree_ / "sub"}, 0);
+  index_.MDQueryExecute(*query, kMDQuerySynchronous);
+  EXPECT_THAT(index_.MDQueryCopyNotes(*query).steps, IsEmpty());
+  index_.MDQueryExecute(*query, kMDQuerySynchronous | kMDQueryCountsSteps);
+  const std::vector<MDQueryStep> steps = index_.MDQueryCopyNotes(*query).steps;
+  ASSERT_EQ(steps.size(), 2U);
+  EXPECT_EQ(steps[0].text, "kMDItemFSName == \"*.txt\"");
+  EXPECT_EQ(steps[0].asked, 7U);
+  EXPECT_EQ(steps[0].left, 3U);
+  EXPECT_EQ(steps[1].asked, 3U);
+  EXPECT_EQ(steps[1].left, 2U);
 }
 
 TEST_F(IndexedMetadataIndexTest, WalksForText) {
@@ -204,7 +220,8 @@ TEST_F(IndexedMetadataIndexTest, WalksFoldersThatTheIndexDoesNotHold) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     const auto query = executed(index_, "kMDItemFSName == \"no such\"", {c.scope});
-    EXPECT_EQ(!index_.MDQueryCopyNotes(*query).walkedScopes.empty(), c.isWalked);
+    EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause,
+              c.isWalked ? "the index does not hold " + c.scope : "");
   }
   EXPECT_FALSE(indexedFolderAt(source_->index->segment, above)) << "only on the way to it";
 }
@@ -225,7 +242,7 @@ TEST_F(IndexedMetadataIndexTest, NotesScopesThatCannotBeUsed) {
   const MDQueryNotes notes = index_.MDQueryCopyNotes(*query);
   EXPECT_THAT(notes.unusableScopes, ElementsAre(tree_ / "missing"));
   EXPECT_THAT(notes.unknownAttributes, ElementsAre("kMDItemNoSuchThing"));
-  EXPECT_THAT(notes.walkedScopes, IsEmpty());
+  EXPECT_EQ(notes.walkedBecause, "");
 }
 
 TEST_F(IndexedMetadataIndexTest, FindsNothingForAnUnknownAccount) {
@@ -234,7 +251,7 @@ TEST_F(IndexedMetadataIndexTest, FindsNothingForAnUnknownAccount) {
   const auto query = executed("true");
   EXPECT_EQ(index_.MDQueryGetResultCount(*query), 0);
   EXPECT_TRUE(index_.MDQueryCopyNotes(*query).hasNoAccount);
-  EXPECT_THAT(index_.MDQueryCopyNotes(*query).walkedScopes, IsEmpty());
+  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
 }
 
 TEST_F(IndexedMetadataIndexTest, SortsByTheComparator) {

@@ -381,5 +381,18 @@ TEST_F(LiveMetadataIndexTest, ReportsItsProgressWhileAskedTo) {
   EXPECT_EQ(seen, 0U);
 }
 
+TEST_F(LiveMetadataIndexTest, CountsWhatItLookedAtWhenItIsAsked) {
+  for (const char* name : {"a.txt", "b.txt", "sub/c.pdf"}) make(name, 1, 1);
+  const auto query = index_.MDQueryCreate("kMDItemFSName == \"*.txt\"", {}, {});
+  index_.MDQuerySetSearchScope(*query, {tree_.path()}, 0);
+  index_.MDQueryExecute(*query, kMDQuerySynchronous);
+  EXPECT_TRUE(index_.MDQueryCopyNotes(*query).steps.empty());
+  index_.MDQueryExecute(*query, kMDQuerySynchronous | kMDQueryCountsSteps);
+  const std::vector<MDQueryStep> steps = index_.MDQueryCopyNotes(*query).steps;
+  ASSERT_EQ(steps.size(), 1U);
+  EXPECT_EQ(steps[0].asked, 4U);
+  EXPECT_EQ(steps[0].left, 2U);
+}
+
 }  // namespace
 }  // namespace vt

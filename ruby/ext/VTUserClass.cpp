@@ -1,0 +1,48 @@
+#include "Classes.h"
+#include "Message.h"
+#include "directory/DirServiceWrapper.h"
+#include "directory/VTUser.h"
+#include "kinds/VTSearchKind.h"
+#include "saved/VTSavedSearch.h"
+#include "scopes/VTSearchFolder.h"
+
+namespace vt::ruby {
+namespace {
+
+using U = VTUser;
+using ByName = std::shared_ptr<U> (*)(const std::string&);
+using ByPassword = std::shared_ptr<U> (*)(const std::string&, const std::string&);
+
+}  // namespace
+
+void defineVTUser(VALUE module) {
+  static constexpr Message kMessages[] = {
+      classMessage<static_cast<ByName>(&U::userWithName)>("userWithName:"),
+      classMessage<static_cast<ByPassword>(&U::userWithName)>("userWithName:password:"),
+      initialiser<&U::initWithUsername>("initWithUsername:fromDirectoryService:"),
+      message<&U::uid>("uid"),
+      message<&U::gid>("gid"),
+      message<&U::username>("username"),
+      message<&U::fullname>("fullname"),
+      message<&U::administrator>("administrator"),
+      message<&U::login>("login"),
+      message<&U::logout>("logout"),
+      message<&U::userStorage>("userStorage"),
+      message<&U::resultsPerPage>("resultsPerPage"),
+      message<&U::setResultsPerPage>("setResultsPerPage:"),
+      message<&U::defaultSearchFolder>("defaultSearchFolder"),
+      message<&U::setDefaultSearchFolder>("setDefaultSearchFolder:"),
+      message<&U::defaultSearchKind>("defaultSearchKind"),
+      message<&U::setDefaultSearchKind>("setDefaultSearchKind:"),
+      message<&U::defaultAction>("defaultAction"),
+      message<&U::setDefaultAction>("setDefaultAction:"),
+      message<&U::addSavedSearch>("addSavedSearch:"),
+      message<&U::removeSavedSearch>("removeSavedSearch:"),
+      message<&U::savedSearches>("savedSearches"),
+      message<&U::accessAllowedToPath>("accessAllowedToPath:"),
+      message<&U::accessAllowedToFileIntern>("accessAllowedToFileIntern:"),
+  };
+  defineClass<U>(module, "VTUser", classNamed(module, "VTObject"), kMessages);
+}
+
+}  // namespace vt::ruby

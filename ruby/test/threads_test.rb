@@ -1,0 +1,115 @@
+# frozen_string_literal: true
+
+require "timeout"
+require_relative "test_helper"
+
+# Several threads, one library.
+class ThreadsTest < WorldTest
+  # A change that stops in the middle, in an observer's block, until it is let go on.
+  class HaltedChange
+    attr_reader :order
+
+    def initialize(settings)
+      @order = []
+      @entered = Queue.new
+      @leave = Queue.new
+      observation = settings.observe("serverName") do |_, phase|
+        @order << phase
+        halt if phase == :will
+      end
+      @thread = Thread.new { settings.serverName = "changed" }
+      @entered.pop
+      @observation = observation
+    end
+
+    def finish
+      @leave << true
+      @thread.join
+      @observation.cancel
+    end
+
+    private
+
+    def halt
+      @entered << true
+      @leave.pop
+    end
+  end
+
+  def test_a_call_waits_for_a_change_that_is_under_way
+    change = HaltedChange.new(settings)
+    reader = Thread.new do
+      settings.serverName.tap { change.order << :read }
+    end
+    Thread.pass until reader.stop?
+    change.finish
+    assert_equal "changed", reader.value
+    assert_equal %i[will did read], change.order
+  end
+
+  def test_who_waits_can_be_killed
+    change = HaltedChange.new(settings)
+    reader = Thread.new { settings.serverName }
+    Thread.pass until reader.stop?
+    reader.kill.join
+    change.finish
+    assert_equal "changed", settings.serverName
+  end
+
+  def test_who_waits_can_run_out_of_time
+    change = HaltedChange.new(settings)
+    assert_raises(Timeout::Error) { Timeout.timeout(0.01) { settings.serverName } }
+    change.finish
+    assert_equal "changed", settings.serverName
+  end
+
+  def test_who_changes_can_be_killed
+    settings.observe("serverName") { Queue.new.pop }
+    changer = Thread.new { settings.serverName = "changed" }
+    Thread.pass until changer.stop?
+    changer.kill.join
+    assert_equal "changed", settings.serverName
+  end
+
+  def test_objects_that_are_dropped_meanwhile_go_afterwards
+    directories = Array.new(20) { DirServiceWrapper.alloc.init }
+    change = HaltedChange.new(settings)
+    directories.clear
+    5.times { GC.start }
+    change.finish
+    refute_nil DirServiceWrapper.alloc.init
+  end
+
+  def test_other_threads_run_during_a_search
+    300.times { |i| write("#{i}.txt", "some words " * 20_000) }
+    gaps = gaps_while { search('kMDItemTextContent == "nowhere"') }
+    assert_operator gaps.size, :>, 3, "the search was too short to tell"
+    assert_operator gaps.max, :<, gaps.sum / 2
+  end
+
+  def test_searches_of_several_threads_all_find
+    20.times { |i| write("#{i}.txt") }
+    counts = Array.new(4) do
+      Thread.new { Array.new(5) { search('kMDItemFSName == "*.txt"').results.sum(&:count) } }
+    end
+    assert_equal [20] * 20, counts.flat_map(&:value)
+    assert_equal 20, settings.totalSearches
+  end
+
+  private
+
+  # How long this thread waited each time to be run again while another ran the block.
+  def gaps_while(&block)
+    worker = Thread.new(&block)
+    Thread.pass until worker.status
+    gaps = []
+    last = Process.clock_gettime(Process::CLOCK_MONOTONIC)
+    while worker.alive?
+      sleep 0.001
+      now = Process.clock_gettime(Process::CLOCK_MONOTONIC)
+      gaps << (now - last)
+      last = now
+    end
+    gaps
+  end
+end

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "metadata/store/IndexFolder.h"
+#include "metadata/types/ContentTypes.h"
+#include "platform/linux/IndexSource.h"
+
+namespace vt {
+
+/// The index in a folder, as an indexer leaves it there in newer and newer generations.
+///
+/// When the newest one can't be opened, the one before goes on being searched while it is fresh.
+class FolderIndexSource final : public IndexSource {
+ public:
+  /// `folder` need not be there. What was indexed with types that `types` lacks can't be searched.
+  FolderIndexSource(std::string folder, std::shared_ptr<const ContentTypes> types)
+      : path_(std::move(folder)), types_(std::move(types)) {}
+
+  void refresh() override;
+  std::shared_ptr<const OpenIndex> freshAt(Date now) override;
+  std::string whyNotAt(Date now) const override;
+
+ private:
+  void take(IndexGeneration generation);
+
+  std::string path_;
+  std::shared_ptr<const ContentTypes> types_;
+  std::optional<Manifest> manifest_;  // of what is open
+  std::shared_ptr<const OpenIndex> open_;
+  std::string failure_;  // why the newest generation is not open; "" when it is
+};
+
+}  // namespace vt

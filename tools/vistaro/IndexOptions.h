@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vt::tool {
+
+/// What was typed behind `vistaro index`.
+struct IndexOptions {
+  std::vector<std::string> folders;  ///< none: the search folders of the settings
+  bool once = false;
+  bool verify = false;
+  bool status = false;
+  std::uint32_t minutes = 5;  ///< between the beginnings of two crawls
+  bool json = false;
+};
+
+}  // namespace vt::tool
