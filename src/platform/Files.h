@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/Date.h"
 #include "foundation/Result.h"
 
 namespace vt {
@@ -36,6 +37,9 @@ class Files {
   /// Creates one directory (the parent must exist) with the default permissions of the process.
   virtual bool createDirectory(const std::string& path) = 0;
 
+  /// The same with mode 0700, whatever the process's mask.
+  virtual bool createPrivateDirectory(const std::string& path) = 0;
+
   /// Gives `path` to the group called `groupOwner` and the POSIX permissions `permissions`. False
   /// when either fails; the other may then have been changed.
   virtual bool changeAttributes(const std::string& path, const std::string& groupOwner,
@@ -66,6 +70,16 @@ class Files {
 
   /// What `stat` answers; nothing when it fails.
   virtual std::optional<FileRights> status(const std::string& path) const = 0;
+
+  /// When the content of `path` was last changed, links followed; nothing when nobody can tell.
+  virtual std::optional<Date> modificationDate(const std::string& path) const = 0;
+
+  /// Removes the file or link at `path`; false when there is none, or a folder, or it must stay.
+  virtual bool removeFile(const std::string& path) = 0;
+
+  /// Gives the file at `from` the name `to`, on the same file system; a file called so is replaced.
+  /// False when that fails, and both are as they were.
+  virtual bool moveFile(const std::string& from, const std::string& to) = 0;
 };
 
 }  // namespace vt

@@ -18,6 +18,7 @@ class DirectoryServices;
 class Files;
 class Host;
 class Identity;
+class Images;
 class MetadataIndex;
 class Process;
 class Resources;
@@ -44,6 +45,7 @@ class Platform {
     std::shared_ptr<ServiceDiscovery> serviceDiscovery{};  ///< only of a server
     std::shared_ptr<ContentTypeTags> contentTypeTags{};
     std::shared_ptr<Tasks> tasks{};
+    std::shared_ptr<Images> images{};
     /// Put in front of the system's own fixed paths; "" for the machine itself.
     std::string rootPrefix;
   };
@@ -70,6 +72,7 @@ class Platform {
   ServiceDiscovery& serviceDiscovery() const { return need(services_.serviceDiscovery); }
   ContentTypeTags& contentTypeTags() const { return need(services_.contentTypeTags); }
   Tasks& tasks() const { return need(services_.tasks); }
+  Images& images() const { return need(services_.images); }
 
   /// Where one of the system's own fixed absolute paths lies: behind the root prefix.
   std::string systemPath(std::string_view fixedPath) const {

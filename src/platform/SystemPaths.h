@@ -9,6 +9,10 @@ namespace vt {
 /// Holds the process id of the running server in decimal digits; left behind at its end.
 inline constexpr std::string_view kProcessIdFile = "/tmp/vistaro.pid";
 
+/// The tool that makes thumbnails: "-t [-i] FILE -s SIZE -o FOLDER" writes FOLDER/NAME.png, where
+/// NAME is the whole name of the file.
+inline constexpr std::string_view kThumbnailTool = "/usr/bin/qlmanage";
+
 /// The bundle whose version is the installed one.
 inline constexpr std::string_view kPreferencePaneBundle =
     "/Library/PreferencePanes/Vistaro.prefPane";

@@ -142,6 +142,81 @@ class VTSearchResult final : public VTObject {
   std::optional<std::string> smbURLPathForItemAtIndex(std::uint64_t index,
                                                       bool windowsClient) const;
 
+  // Pictures of items: PNG files that lie in the settings' cache folders, which are made when they
+  // are missing. A thumbnail is as wide and high as kThumbnailSize, or kSmallThumbnailSize in the
+  // small version; it is made once for each path, size and modification of the file.
+  //
+  // What is read of a file to make its picture is read with the rights of the group's user. A
+  // picture that is there already is told of to anybody: whoever hands it on must first make sure
+  // that its receiver may read the file. See docs/images.md.
+
+  static constexpr double kThumbnailSize = 128;
+  static constexpr double kSmallThumbnailSize = 65;
+  static constexpr double kPreviewSize = 1024;
+
+  /// As a first index the start of the group, as a last index its end.
+  static constexpr std::uint64_t kWholeGroup = 9223372036854775807;
+
+  /// `thumbnailFileNameForFile:`, `smallThumbnailFileNameForFile:`
+  /// The file name of the thumbnail of the file at `path`, which is bytes: a digest of the path.
+  static std::string thumbnailFileNameForFile(const std::string& path);
+  static std::string smallThumbnailFileNameForFile(const std::string& path);
+  /// `thumbnailFileNameForItemAtIndex:`, `thumbnailFileNameForItemAtIndex:inSmallVersion:`
+  /// The same of an item; nil for an item without path. Throws as valueForKey().
+  std::optional<std::string> thumbnailFileNameForItemAtIndex(std::uint64_t index) const;
+  std::optional<std::string> thumbnailFileNameForItemAtIndex(std::uint64_t index,
+                                                             bool smallVersion) const;
+
+  /// `validThumbnailForFile:inTargetDirectory:`,
+  /// `validThumbnailForFile:inTargetDirectory:inSmallVersion:`
+  /// The path of the thumbnail in the folder `targetDirectory`. Nil when there is none, and when
+  /// the file at `path`, links followed, was modified after it; a file that is gone was not.
+  static std::optional<std::string> validThumbnailForFile(const std::string& path,
+                                                          const std::string& targetDirectory);
+  static std::optional<std::string> validThumbnailForFile(const std::string& path,
+                                                          const std::string& targetDirectory,
+                                                          bool smallVersion);
+  /// `thumbnailPathForItemAtIndex:`
+  /// The path of the item's valid thumbnail of normal size in the settings' folder of thumbnails;
+  /// nil when there is none. Throws as valueForKey(), as do the next two.
+  std::optional<std::string> thumbnailPathForItemAtIndex(std::uint64_t index) const;
+  /// `thumbnailFileExistsForItemAtIndex:`, `thumbnailFileExistsForItemAtIndex:inSmallVersion:`
+  bool thumbnailFileExistsForItemAtIndex(std::uint64_t index) const;
+  bool thumbnailFileExistsForItemAtIndex(std::uint64_t index, bool smallVersion) const;
+
+  /// `buildThumbnails`, `buildThumbnailsFromIndex:toIndex:`,
+  /// `buildThumbnailsFromIndex:toIndex:inSmallVersion:`
+  /// Makes the thumbnails that are missing or not valid of the items from `first` to `last`, both
+  /// included; a `last` past the end means the end. Throws std::out_of_range when `first` lies
+  /// behind `last`, and for any `first` but 0 of an empty group.
+  void buildThumbnails() const;
+  void buildThumbnailsFromIndex(std::uint64_t first, std::uint64_t last) const;
+  void buildThumbnailsFromIndex(std::uint64_t first, std::uint64_t last, bool smallVersion) const;
+  /// `buildThumbnailForItemAtIndex:`
+  /// As buildThumbnailForFile() with the item's path. Throws as valueForKey().
+  bool buildThumbnailForItemAtIndex(std::uint64_t index) const;
+  /// `buildThumbnailForFile:`
+  /// As buildThumbnailsForFiles() with this path alone; false without one.
+  bool buildThumbnailForFile(const std::optional<std::string>& path) const;
+  /// `buildThumbnailsForFiles:`, `buildThumbnailsForFiles:inSmallVersion:`
+  /// Makes the thumbnails that are missing or not valid, in that order. Always true: one that
+  /// cannot be made keeps nothing from the rest.
+  bool buildThumbnailsForFiles(const std::vector<std::string>& paths) const;
+  bool buildThumbnailsForFiles(const std::vector<std::string>& paths, bool smallVersion) const;
+
+  /// `buildPreviewForItemAtIndex:`
+  /// Makes a large picture of the item, which takes the place of the last one that was made for the
+  /// group's user, and gives its path. Nil, and there is no preview any more, when none can be
+  /// made. Nil, and nothing is touched, for a group without user. Throws as valueForKey().
+  std::optional<std::string> buildPreviewForItemAtIndex(std::uint64_t index) const;
+
+  /// `buildThumbnailForFile:targetFile:iconMode:width:height:`
+  /// Writes a picture of the file at `path` that fits into `width` by `height` pixels to
+  /// `targetFile`, as a whole or not at all: of its content, else its icon. False when there is
+  /// neither, the group's user may not read the file, or it cannot be written.
+  bool buildThumbnailForFile(const std::string& path, const std::string& targetFile, bool iconMode,
+                             double width, double height) const;
+
  protected:
   const Property* propertyNamed(std::string_view key) const override;
 

@@ -12,10 +12,12 @@
 #include "platform/linux/PosixFiles.h"
 #include "platform/memory/MemoryDirectoryServices.h"
 #include "platform/memory/MemoryIdentity.h"
+#include "platform/memory/MemoryImages.h"
 #include "platform/memory/MemoryMetadataIndex.h"
 #include "platform/memory/MemoryProcess.h"
 #include "platform/memory/MemoryRecords.h"
 #include "platform/memory/MemoryResources.h"
+#include "platform/memory/MemoryTasks.h"
 #include "support/TemporaryFolder.h"
 
 namespace vt {
@@ -46,7 +48,8 @@ class SearchWorld {
         .resources = resources,
         .host = nullptr,
         .process = process,
-        .tasks = nullptr,
+        .tasks = tasks,
+        .images = images,
         .rootPrefix = folder.path().string(),
     }));
   }
@@ -89,6 +92,8 @@ class SearchWorld {
   TemporaryFolder folder;
   std::shared_ptr<MemoryRecords> records = std::make_shared<MemoryRecords>();
   std::shared_ptr<MemoryProcess> process = std::make_shared<MemoryProcess>();
+  std::shared_ptr<MemoryImages> images = std::make_shared<MemoryImages>();
+  std::shared_ptr<MemoryTasks> tasks = std::make_shared<MemoryTasks>();
   std::shared_ptr<MemoryIdentity> identity;
   std::shared_ptr<MemoryMetadataIndex> index;
 

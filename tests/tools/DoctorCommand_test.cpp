@@ -18,6 +18,12 @@ TEST_F(DoctorCommand, FindsNoFaultInASoundInstallation) {
   EXPECT_THAT(result.output, HasSubstr("/etc/shadow cannot be read: nobody can log in"));
 }
 
+TEST_F(DoctorCommand, TellsHowThumbnailsAreMade) {
+  EXPECT_THAT(vistaro({"doctor"}).output,
+              testing::ContainsRegex("ok     thumbnails are made behind .*seccomp|"
+                                     "note   thumbnails: files cannot be decoded"));
+}
+
 TEST_F(DoctorCommand, TellsWhetherSearchesUseTheIndex) {
   EXPECT_THAT(vistaro({"doctor"}).output, HasSubstr("note   there is no index"));
   addFile("a.pdf");

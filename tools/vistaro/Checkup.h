@@ -20,6 +20,7 @@ std::vector<Diagnosis> checkAccounts();
 std::vector<Diagnosis> checkPasswords();
 std::vector<Diagnosis> checkSettings();
 std::vector<Diagnosis> checkShares();
+std::vector<Diagnosis> checkImages();
 std::vector<Diagnosis> checkIndex();
 
 }  // namespace vt::tool

@@ -11,6 +11,8 @@ void addUserCommand(CLI::App& app, int& status);
 void addKindsCommand(CLI::App& app, int& status);
 void addMimeCommand(CLI::App& app, int& status);
 void addMetadataCommand(CLI::App& app, int& status);
+void addThumbnailCommand(CLI::App& app, int& status);
+void addPreviewCommand(CLI::App& app, int& status);
 void addIndexCommand(CLI::App& app, int& status);
 void addFoldersCommand(CLI::App& app, int& status);
 void addSavedCommand(CLI::App& app, int& status);

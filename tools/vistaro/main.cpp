@@ -53,6 +53,8 @@ int main(int argc, char** argv) {
   addKindsCommand(app, status);
   addMimeCommand(app, status);
   addMetadataCommand(app, status);
+  addThumbnailCommand(app, status);
+  addPreviewCommand(app, status);
   addIndexCommand(app, status);
   addFoldersCommand(app, status);
   addSavedCommand(app, status);

@@ -17,6 +17,7 @@
 #include "platform/linux/LiveMetadataIndex.h"
 #include "platform/linux/PosixFiles.h"
 #include "platform/linux/SharePointRecordSource.h"
+#include "platform/linux/images/LinuxImages.h"
 
 namespace vt {
 namespace {
@@ -70,6 +71,8 @@ Platform::Services linuxServices(const Environment& environment) {
       .serviceDiscovery = nullptr,
       .contentTypeTags = std::make_shared<LinuxContentTypeTags>(types),
       .tasks = tasks,
+      .images = std::make_shared<LinuxImages>(
+          LinuxImages::Setup{.iconFolder = environment.resourceFolder + "/icons", .types = types}),
       .rootPrefix = root,
   };
 }

@@ -97,6 +97,11 @@ bool PosixFiles::createDirectory(const std::string& path) {
   return ::mkdir(path.c_str(), 0777) == 0;  // less the process's umask
 }
 
+bool PosixFiles::createPrivateDirectory(const std::string& path) {
+  // The mask of the process may only take from the mode, and of 0700 hardly does.
+  return ::mkdir(path.c_str(), 0700) == 0 && ::chmod(path.c_str(), 0700) == 0;
+}
+
 bool PosixFiles::changeAttributes(const std::string& path, const std::string& groupOwner,
                                   std::uint32_t permissions) {
   const std::optional<Group> group = groupOrItsStandIn(*accounts_, groupOwner);
@@ -181,6 +186,18 @@ std::optional<FileRights> PosixFiles::status(const std::string& path) const {
   struct stat status{};
   if (::stat(path.c_str(), &status) != 0) return std::nullopt;
   return FileRights{status.st_uid, status.st_gid, status.st_mode & 07777U};
+}
+
+std::optional<Date> PosixFiles::modificationDate(const std::string& path) const {
+  struct stat status{};
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return dateFromTimespec(status.st_mtim);
+}
+
+bool PosixFiles::removeFile(const std::string& path) { return ::unlink(path.c_str()) == 0; }
+
+bool PosixFiles::moveFile(const std::string& from, const std::string& to) {
+  return rename(from.c_str(), to.c_str()) == 0;
 }
 
 int PosixFiles::makeTemporary(std::string& pathPattern) {

@@ -29,6 +29,7 @@ class PosixFiles : public Files {
   bool exists(const std::string& path) const override;
   bool isDirectory(const std::string& path) const override;
   bool createDirectory(const std::string& path) override;
+  bool createPrivateDirectory(const std::string& path) override;
   /// `groupOwner` is found by groupOrItsStandIn().
   bool changeAttributes(const std::string& path, const std::string& groupOwner,
                         std::uint32_t permissions) override;
@@ -40,6 +41,9 @@ class PosixFiles : public Files {
   [[nodiscard]] std::optional<FileError> keepAs(const std::string& path,
                                                 const std::string& keptPath) override;
   std::optional<FileRights> status(const std::string& path) const override;
+  std::optional<Date> modificationDate(const std::string& path) const override;
+  bool removeFile(const std::string& path) override;
+  bool moveFile(const std::string& from, const std::string& to) override;
 
  protected:
   // The system calls by which a file is replaced, each as the system's own: -1 and errno on error.

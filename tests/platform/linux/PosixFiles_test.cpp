@@ -285,5 +285,54 @@ TEST(PosixFiles, KnowsNoStatusOfAMissingFile) {
   EXPECT_FALSE(PosixFiles().exists(folder / "missing"));
 }
 
+TEST(PosixFiles, TellsWhenAFileWasModifiedAndFollowsLinks) {
+  const TemporaryFolder folder;
+  const PosixFiles files;
+  writeFile(folder / "file", "");
+  const timespec times[2] = {{1000000000, 0}, {1234567890, 123456789}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, (folder / "file").c_str(), times, 0), 0);
+  std::filesystem::create_symlink("file", folder / "link");
+  std::filesystem::create_symlink("nowhere", folder / "dangling");
+  const Date modified{std::chrono::microseconds{1234567890123456}};
+  EXPECT_EQ(files.modificationDate(folder / "file"), modified);
+  EXPECT_EQ(files.modificationDate(folder / "link"), modified);
+  EXPECT_EQ(files.modificationDate(folder / "dangling"), std::nullopt);
+  EXPECT_EQ(files.modificationDate(folder / "missing"), std::nullopt);
+}
+
+TEST(PosixFiles, RemovesAFileOrALinkButNoFolder) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  writeFile(folder / "file", "");
+  std::filesystem::create_symlink("file", folder / "link");
+  std::filesystem::create_directory(folder / "folder");
+  EXPECT_TRUE(files.removeFile(folder / "link"));
+  EXPECT_THAT(namesIn(folder.path()), ElementsAre("file", "folder"));
+  EXPECT_TRUE(files.removeFile(folder / "file"));
+  EXPECT_FALSE(files.removeFile(folder / "file"));
+  EXPECT_FALSE(files.removeFile(folder / "folder"));
+}
+
+TEST(PosixFiles, MovesAFileOverAnother) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  writeFile(folder / "from", "new");
+  writeFile(folder / "to", "old");
+  EXPECT_TRUE(files.moveFile(folder / "from", folder / "to"));
+  EXPECT_EQ(readFile(folder / "to"), "new");
+  EXPECT_FALSE(files.moveFile(folder / "from", folder / "to"));
+  EXPECT_EQ(readFile(folder / "to"), "new");
+}
+
+TEST(PosixFiles, MakesAPrivateFolderWhateverTheMask) {
+  const TemporaryFolder folder;
+  PosixFiles files;
+  const mode_t mask = ::umask(0277);
+  EXPECT_TRUE(files.createPrivateDirectory(folder / "private"));
+  ::umask(mask);
+  EXPECT_EQ(files.status(folder / "private")->permissions, 0700U);
+  EXPECT_FALSE(files.createPrivateDirectory(folder / "private"));
+}
+
 }  // namespace
 }  // namespace vt

@@ -1,0 +1,181 @@
+#include "images/worker/VideoDecoder.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/display.h>
+#include <libavutil/imgutils.h>
+#include <libswscale/swscale.h>
+}
+
+#include <errno.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <memory>
+
+#include "images/worker/FitSize.h"
+#include "images/worker/WorkerProtocol.h"
+
+namespace vt::worker {
+namespace {
+
+// None that names other files, as playlists do.
+constexpr const char* kContainers =
+    "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpeg,mpegts,mpegvideo,ogg,flv,asf,m4v,dv,gif";
+constexpr int kBufferSize = 65536;
+// Frames are given up on after this many packets: a damaged file yields none for ever.
+constexpr int kMostPackets = 5000;
+
+struct Free {
+  void operator()(AVIOContext* io) const {
+    av_freep(static_cast<void*>(&io->buffer));
+    avio_context_free(&io);
+  }
+  void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
+  void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
+  void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+  void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+  void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
+};
+template <class T>
+using Owned = std::unique_ptr<T, Free>;
+
+int readPacket(void* opaque, std::uint8_t* buffer, int size) {
+  const ssize_t count =
+      ::read(*static_cast<const int*>(opaque), buffer, static_cast<std::size_t>(size));
+  if (count < 0) return AVERROR(errno);
+  return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+std::int64_t seekTo(void* opaque, std::int64_t offset, int whence) {
+  const int descriptor = *static_cast<const int*>(opaque);
+  if (whence == AVSEEK_SIZE) {
+    struct stat status{};
+    return ::fstat(descriptor, &status) == 0 ? status.st_size : AVERROR(errno);
+  }
+  return ::lseek(descriptor, offset, whence & ~AVSEEK_FORCE);
+}
+
+Owned<AVFormatContext> opened(AVIOContext* io) {
+  AVFormatContext* format = avformat_alloc_context();
+  if (!format) return nullptr;
+  format->pb = io;
+  AVDictionary* options = nullptr;
+  av_dict_set(&options, "format_whitelist", kContainers, 0);
+  // No address, no file name, is ever opened, whatever the container says.
+  av_dict_set(&options, "protocol_whitelist", "", 0);
+  av_dict_set(&options, "protocol_blacklist", "file,http,https,tcp,udp,rtp,concat,subfile,data", 0);
+  const int result = avformat_open_input(&format, "", nullptr, &options);
+  av_dict_free(&options);
+  return Owned<AVFormatContext>(result == 0 ? format : nullptr);
+}
+
+Owned<AVCodecContext> decoderOf(const AVStream& stream) {
+  const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
+  Owned<AVCodecContext> context(codec ? avcodec_alloc_context3(codec) : nullptr);
+  if (!context || avcodec_parameters_to_context(context.get(), stream.codecpar) < 0) return nullptr;
+  context->thread_count = 1;
+  context->max_pixels = static_cast<std::int64_t>(kMostSourcePixels);
+  if (avcodec_open2(context.get(), codec, nullptr) != 0) return nullptr;
+  return context;
+}
+
+/// The first frame from where the file stands.
+Owned<AVFrame> nextFrame(AVFormatContext* format, AVCodecContext* codec, int stream) {
+  const Owned<AVPacket> packet(av_packet_alloc());
+  Owned<AVFrame> frame(av_frame_alloc());
+  if (!packet || !frame) return nullptr;
+  for (int i = 0; i < kMostPackets; ++i) {
+    const bool atEnd = av_read_frame(format, packet.get()) < 0;
+    if (!atEnd && packet->stream_index != stream) {
+      av_packet_unref(packet.get());
+      continue;
+    }
+    avcodec_send_packet(codec, atEnd ? nullptr : packet.get());
+    av_packet_unref(packet.get());
+    if (avcodec_receive_frame(codec, frame.get()) == 0) return frame;
+    if (atEnd) return nullptr;
+  }
+  return nullptr;
+}
+
+std::optional<Image> scaled(const AVFrame& frame, PixelSize size) {
+  const Owned<SwsContext> scaler(
+      sws_getContext(frame.width, frame.height, static_cast<AVPixelFormat>(frame.format),
+                     static_cast<int>(size.width), static_cast<int>(size.height), AV_PIX_FMT_RGBA,
+                     SWS_AREA, nullptr, nullptr, nullptr));
+  if (!scaler) return std::nullopt;
+  // The scaler may write some bytes past the end of a row.
+  constexpr std::size_t kSlack = 64;
+  Image image{size.width, size.height};
+  const std::size_t rowSize = size.width * Image::kBytesPerPixel;
+  image.pixels.resize(rowSize * size.height + kSlack);
+  std::uint8_t* const planes[4] = {reinterpret_cast<std::uint8_t*>(image.pixels.data())};
+  const int strides[4] = {static_cast<int>(rowSize)};
+  if (sws_scale(scaler.get(), frame.data, frame.linesize, 0, frame.height, planes, strides) !=
+      static_cast<int>(size.height)) {
+    return std::nullopt;
+  }
+  image.pixels.resize(rowSize * size.height);
+  return image;
+}
+
+/// How far the camera was turned: 0 to 3 quarter turns, clockwise.
+int quarterTurns(const AVStream& stream) {
+  const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+  if (!matrix) return 0;
+  const double angle = av_display_rotation_get(reinterpret_cast<const std::int32_t*>(matrix));
+  if (std::isnan(angle)) return 0;
+  return static_cast<int>(std::lround(-angle / 90) % 4 + 4) % 4;
+}
+
+Image turned(const Image& image) {
+  Image result{image.height, image.width};
+  result.pixels.reserve(image.pixels.size());
+  for (std::uint32_t x = 0; x < image.width; ++x) {
+    for (std::uint32_t y = image.height; y-- > 0;) {
+      result.pixels.append(image.pixels, (std::size_t{y} * image.width + x) * Image::kBytesPerPixel,
+                           Image::kBytesPerPixel);
+    }
+  }
+  return result;
+}
+
+}  // namespace
+
+std::optional<Image> decodeVideo(const DecodeJob& job) {
+  av_log_set_level(AV_LOG_QUIET);
+  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+  int descriptor = job.descriptor;
+  const Owned<AVIOContext> io(
+      avio_alloc_context(buffer, kBufferSize, 0, &descriptor, readPacket, nullptr, seekTo));
+  const Owned<AVFormatContext> format = io ? opened(io.get()) : nullptr;
+  if (!format || avformat_find_stream_info(format.get(), nullptr) < 0) return std::nullopt;
+  const int index = av_find_best_stream(format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  if (index < 0) return std::nullopt;
+  const AVStream& stream = *format->streams[index];
+  const Owned<AVCodecContext> codec = decoderOf(stream);
+  if (!codec) return std::nullopt;
+  // Many begin in black.
+  if (format->duration > 0)
+    av_seek_frame(format.get(), -1, format->duration / 10, AVSEEK_FLAG_BACKWARD);
+  const Owned<AVFrame> frame = nextFrame(format.get(), codec.get(), index);
+  if (!frame || frame->width < 1 || frame->height < 1) return std::nullopt;
+  const double aspect = stream.sample_aspect_ratio.num > 0 ? av_q2d(stream.sample_aspect_ratio) : 1;
+  const int turns = quarterTurns(stream);
+  const PixelSize most =
+      turns % 2 == 0 ? PixelSize{job.width, job.height} : PixelSize{job.height, job.width};
+  PixelSize size = fitInto(most, frame->width * aspect, frame->height);
+  if (size.width > static_cast<std::uint32_t>(frame->width) && aspect == 1) {
+    size = {static_cast<std::uint32_t>(frame->width), static_cast<std::uint32_t>(frame->height)};
+  }
+  std::optional<Image> image = scaled(*frame, size);
+  for (int i = 0; image && i < turns; ++i) image = turned(*image);
+  return image;
+}
+
+}  // namespace vt::worker
+
+vt::worker::Decode vtVideoDecoder() { return vt::worker::decodeVideo; }

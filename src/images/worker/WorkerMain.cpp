@@ -1,0 +1,48 @@
+#include "images/worker/WorkerMain.h"
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <string_view>
+
+#include "images/worker/Sandbox.h"
+#include "images/worker/WorkerLoop.h"
+#include "images/worker/WorkerProtocol.h"
+
+namespace vt::worker {
+namespace {
+
+bool isAsked(int argc, char** argv, std::string_view option) {
+  for (int i = 1; i < argc; ++i) {
+    if (argv[i] == option) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int runWorker(int argc, char** argv, const DecoderSource& decoders) {
+  const bool iconsOnly = isAsked(argc, argv, kIconsOnly);
+  // A reader that is gone ends a write, not the worker.
+  ::signal(SIGPIPE, SIG_IGN);
+  WorkerGreeting greeting;
+  if (isAsked(argc, argv, kInsideBubblewrap)) greeting.walls |= kBubblewrap;
+  // Not even by its own kind is the worker to be looked into.
+  if (!dropRoot() || ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0) return 1;
+  if (raiseLandlock()) greeting.walls |= kLandlock;
+  if (raiseSeccompForWorker()) greeting.walls |= kSeccomp;
+  const bool hidesFiles = (greeting.walls & (kBubblewrap | kLandlock)) != 0;
+  const bool isConfined = hidesFiles && (greeting.walls & kSeccomp) != 0;
+  // Icons are this program's own files.
+  if (!isConfined && !iconsOnly) return 1;
+  if (::send(STDIN_FILENO, &greeting, sizeof greeting, MSG_NOSIGNAL) != sizeof greeting) return 1;
+  serveRequests(STDIN_FILENO, [&](ImageFormat format) -> Decode {
+    if (iconsOnly && format != ImageFormat::kSvg) return nullptr;
+    return decoders(format);
+  });
+  return 0;
+}
+
+}  // namespace vt::worker

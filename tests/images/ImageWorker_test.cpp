@@ -1,0 +1,149 @@
+#include "platform/linux/images/ImageWorker.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <vector>
+
+#include "support/ReadFile.h"
+#include "support/TemporaryFolder.h"
+
+namespace vt {
+namespace {
+
+using worker::ImageRequest;
+
+const Image kRefused{1, 1, std::string("\0\xff\0\xff", 4)};
+const Image kGotItsWay{1, 1, std::string("\xff\0\0\xff", 4)};
+
+/// A worker that does what files tell it, behind the walls of the test's parameter.
+class ConfinedWorker : public testing::TestWithParam<WorkerConfinement> {
+ protected:
+  void SetUp() override {
+    worker_ = ImageWorker::start(VT_HOSTILE_WORKER, GetParam());
+    if (!worker_ && GetParam() == WorkerConfinement::kBubblewrap) {
+      GTEST_SKIP() << "bubblewrap cannot make namespaces here";
+    }
+    ASSERT_TRUE(worker_);
+  }
+
+  MadePicture tell(const std::string& deed) {
+    writeFile(folder_ / "deed", deed);
+    const FileDescriptor file(open((folder_ / "deed").c_str(), O_RDONLY | O_CLOEXEC));
+    return worker_->make(file.get(), ImageRequest{ImageFormat::kPixels, 16, 16, 0});
+  }
+
+  TemporaryFolder folder_;
+  std::unique_ptr<ImageWorker> worker_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Behind, ConfinedWorker,
+                         testing::Values(WorkerConfinement::kBubblewrap,
+                                         WorkerConfinement::kOwnWalls),
+                         [](const auto& confinement) {
+                           return confinement.param == WorkerConfinement::kBubblewrap ? "Bubblewrap"
+                                                                                      : "OwnWalls";
+                         });
+
+TEST_P(ConfinedWorker, StandsBehindItsWalls) {
+  EXPECT_TRUE(worker_->walls() & worker::kSeccomp);
+  if (GetParam() == WorkerConfinement::kOwnWalls) {
+    EXPECT_TRUE(worker_->walls() & worker::kLandlock);
+  } else {
+    EXPECT_TRUE(worker_->walls() & worker::kBubblewrap);
+  }
+}
+
+TEST_P(ConfinedWorker, GivesAPicture) { EXPECT_EQ(tell("behave").image, kRefused); }
+
+TEST_P(ConfinedWorker, CannotBreakOut) {
+  const std::string readable = folder_ / "readable";
+  writeFile(readable, "secret");
+  chmod(readable.c_str(), 0666);
+  const std::string deeds[] = {
+      "read /etc/passwd",
+      "read /etc/hostname",
+      "read /proc/self/maps",
+      "read /proc/self/mem",
+      "read " + readable,
+      "read " + (folder_ / "deed"),
+      "write " + readable,
+      "write " + (folder_ / "new"),
+      "write /dev/shm/new",
+      "write /tmp/new",
+      "truncate " + readable,
+      "write-input",
+      "unlink " + readable,
+      "symlink " + (folder_ / "new"),
+      "chmod " + readable,
+      "exec",
+      "fork",
+      "vfork",
+      "socket",
+      "unix-socket",
+      "ptrace",
+      "kill",
+      "regain-root",
+      "unshare",
+      "mount",
+      "keyctl",
+      "bpf",
+      "io-uring",
+      "raise-limit",
+      "leak",
+      "who",
+  };
+  for (const std::string& deed : deeds) {
+    SCOPED_TRACE(deed);
+    const MadePicture made = tell(deed);
+    EXPECT_TRUE(!made.image || made.image == kRefused);
+    EXPECT_TRUE(worker_->isUsable());
+  }
+  EXPECT_EQ(readFile(readable), "secret");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "new"));
+  EXPECT_EQ(tell("behave").image, kRefused) << "and works on";
+}
+
+TEST_P(ConfinedWorker, ReadsWhatItsLibrariesNeed) {
+  EXPECT_EQ(tell("read /etc/ld.so.cache").image, kGotItsWay);
+}
+
+TEST_P(ConfinedWorker, MayUseThreads) { EXPECT_EQ(tell("threads").image, kRefused); }
+
+TEST_P(ConfinedWorker, LosesNothingButThePictureToABadFile) {
+  std::vector<std::string> deeds = {"crash",    "exit",     "throw",   "nothing",   "short",
+                                    "too-wide", "too-much", "garbage", "unheard-of"};
+#ifndef __SANITIZE_ADDRESS__  // under which address space is not limited
+  deeds.emplace_back("memory");
+#endif
+  for (const std::string& deed : deeds) {
+    SCOPED_TRACE(deed);
+    const MadePicture made = tell(deed);
+    EXPECT_EQ(made.image, std::nullopt);
+    EXPECT_TRUE(made.isFinal);
+    EXPECT_TRUE(worker_->isUsable());
+    EXPECT_EQ(tell("behave").image, kRefused);
+  }
+}
+
+TEST_P(ConfinedWorker, IsStoppedWhenItTakesTooLong) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(tell("spin").image, std::nullopt);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, worker::kFileLimit + std::chrono::seconds(3));
+  EXPECT_EQ(tell("behave").image, kRefused);
+}
+
+TEST(ImageWorker, IsNotThereWithoutItsProgram) {
+  for (const auto confinement : {WorkerConfinement::kBubblewrap, WorkerConfinement::kOwnWalls,
+                                 WorkerConfinement::kIconsOnly}) {
+    EXPECT_FALSE(ImageWorker::start("/nonexistent", confinement));
+    EXPECT_FALSE(ImageWorker::start("/bin/true", confinement));
+  }
+}
+
+}  // namespace
+}  // namespace vt

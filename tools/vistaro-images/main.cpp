@@ -1,0 +1,10 @@
+// Makes pictures of files for the library, which starts it and speaks to it over a socket.
+
+#include "images/worker/DecoderTable.h"
+#include "images/worker/WorkerMain.h"
+
+int main(int argc, char** argv) {
+  vt::worker::DecoderTable decoders;
+  return vt::worker::runWorker(argc, argv,
+                               [&](vt::ImageFormat format) { return decoders.decoderOf(format); });
+}
