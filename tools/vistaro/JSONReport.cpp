@@ -125,7 +125,9 @@ void writeItems(ReportText& text, const SearchReport& report, const VTSearchResu
 }  // namespace
 
 std::string jsonReport(const SearchReport& report) {
+  constexpr std::size_t kUsualItem = 640;  // bytes
   std::string result;
+  result.reserve(kUsualItem * report.count());
   ReportText text(result);
   text.open('{');
   text.key("query");
