@@ -3,9 +3,12 @@
 //
 // All files are made here: the photographs have 12 megapixels, with noise as a camera's have.
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <stdlib.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -16,9 +19,12 @@
 #include "Report.h"
 #include "images/FormatSamples.h"
 #include "images/Samples.h"
+#include "images/TestImages.h"
 #include "platform/Attributes.h"
 #include "platform/Images.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/images/ContentFormat.h"
+#include "platform/linux/images/ImageWorker.h"
 #include "search/VTSearchResult.h"
 #include "settings/VTSettings.h"
 #include "support/ReadFile.h"
@@ -71,9 +77,8 @@ std::vector<std::string> makePhotographs(const Desk& desk) {
   return paths;
 }
 
-/// A small file of each format and a large one of each that is decoded as a whole, again and again
-/// under other names; each tenth is cut off.
-std::vector<std::string> makeMixedFiles(const Desk& desk, const std::string& photograph) {
+/// A small file of each format, and then a large one of each that is decoded as a whole.
+std::vector<std::string> makeOriginals(const Desk& desk, const std::string& photograph) {
   std::vector<std::string> originals;
   for (const SampleFormat& format : sampleFormats()) {
     originals.push_back(desk.at(fmt::format("sample.{}", format.ending)));
@@ -86,6 +91,12 @@ std::vector<std::string> makeMixedFiles(const Desk& desk, const std::string& pho
   originals.push_back(desk.at("large.mp4"));
   make({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=3840x2160:duration=1",
         "-pix_fmt", "yuv420p", originals.back()});
+  return originals;
+}
+
+/// The files again and again under other names; each tenth is cut off.
+std::vector<std::string> makeMixedFiles(const Desk& desk,
+                                        const std::vector<std::string>& originals) {
   std::vector<std::string> paths;
   // The large ones take most of the time and need not be seen often.
   const std::size_t small = sampleFormats().size();
@@ -139,12 +150,35 @@ bool benchPhotographs(const Desk& desk, const std::vector<std::string>& photogra
   return printFigure("PageOfTwentyFiveValidThumbnails", 1000 * valid, "ms", 1) && isFast;
 }
 
-/// The resident memory of the largest process that was started and has ended, and of those that it
-/// has started.
-double mebibytesOfChildren() {
+/// What `work` answers in a process of its own, whose children are those that it starts.
+bool inProcessOfItsOwn(const std::function<bool()>& work) {
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child == 0) _exit(work() ? 0 : 1);
+  int status = -1;
+  return child > 0 && waitpid(child, &status, 0) == child && status == 0;
+}
+
+/// How much memory in RAM the worker or one of its children took at most. Not in bubblewrap, which
+/// would be between us and what the kernel knows of them.
+bool benchMemory(const std::vector<std::string>& originals) {
+  const std::shared_ptr<const ContentTypes> types = testImages().types;
+  auto worker = ImageWorker::start(VT_IMAGE_WORKER, WorkerConfinement::kOwnWalls);
+  for (const std::string& path : originals) {
+    const auto format = formatOf(*types, types->typeOfFile(fs::path(path).filename().string()));
+    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    for (const std::uint32_t side : {128, 1024}) {
+      if (!worker || !format || !worker->make(file.get(), {*format, side, side}).image) {
+        fmt::print("FAILED: no picture of {}\n", path);
+        return false;
+      }
+    }
+  }
+  worker.reset();
   rusage usage{};
   getrusage(RUSAGE_CHILDREN, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024;
+  return printFigure("MemoryOfLargestDecoder", static_cast<double>(usage.ru_maxrss) / 1024, "MiB",
+                     300);
 }
 
 bool benchMixed(const std::vector<std::string>& paths) {
@@ -159,23 +193,6 @@ bool benchMixed(const std::vector<std::string>& paths) {
   return made == paths.size();
 }
 
-/// In a process of its own, whose children are the decoders alone.
-bool benchMixedApart(const Desk& desk, const std::vector<std::string>& paths) {
-  std::fflush(stdout);
-  const pid_t child = fork();
-  if (child == 0) {
-    bool isGood = false;
-    {
-      const PlatformScope installed(desk.platform());
-      isGood = benchMixed(paths);
-    }  // which waits for the worker
-    isGood = printFigure("MemoryOfLargestDecoder", mebibytesOfChildren(), "MiB", 300) && isGood;
-    _exit(isGood ? 0 : 1);
-  }
-  int status = -1;
-  return child > 0 && waitpid(child, &status, 0) == child && status == 0;
-}
-
 int run() {
   // As many as a decoder of ours has.
   setenv("VIPS_CONCURRENCY", "1", /*overwrite=*/1);
@@ -186,7 +203,10 @@ int run() {
     const PlatformScope installed(desk.platform());
     isReached = benchPhotographs(desk, photographs) && isReached;
   }
-  return benchMixedApart(desk, makeMixedFiles(desk, photographs[0])) && isReached ? 0 : 1;
+  const std::vector<std::string> originals = makeOriginals(desk, photographs[0]);
+  isReached = inProcessOfItsOwn([&] { return benchMemory(originals); }) && isReached;
+  const PlatformScope installed(desk.platform());
+  return benchMixed(makeMixedFiles(desk, originals)) && isReached ? 0 : 1;
 }
 
 }  // namespace
