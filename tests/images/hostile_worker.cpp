@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -87,6 +88,7 @@ std::optional<Image> misbehave(const DecodeJob& job) {
     for (volatile bool forEver = true; forEver;) {
     }
   }
+  if (deed == "wait") poll(nullptr, 0, -1);
   if (deed == "memory") {
     std::vector<std::string> hoard;
     for (;;) hoard.emplace_back(std::size_t{64} << 20, 'x');
@@ -109,5 +111,10 @@ std::optional<Image> misbehave(const DecodeJob& job) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return vt::worker::runWorker(argc, argv, [](vt::ImageFormat) { return misbehave; });
+#ifdef VT_FILE_LIMIT_MILLIS  // to see in less time what becomes of a file that takes too long
+  constexpr std::chrono::milliseconds kLimit{VT_FILE_LIMIT_MILLIS};
+#else
+  constexpr std::chrono::milliseconds kLimit = vt::worker::kFileLimit;
+#endif
+  return vt::worker::runWorker(argc, argv, [](vt::ImageFormat) { return misbehave; }, kLimit);
 }

@@ -56,19 +56,18 @@ int decodeInto(int output, Decode decode, const DecodeJob& job) {
 
 /// Whether the process has ended by itself within the limit. No longer waits for it once nobody is
 /// left at the other end of the socket.
-bool endsInTime(pid_t child, int socket) {
+bool endsInTime(pid_t child, std::chrono::milliseconds limit, int socket) {
   const int handle = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
   if (handle < 0) return false;
   // No events asked of the socket: its end is told all the same.
   std::array<pollfd, 2> awaited{{{handle, POLLIN, 0}, {socket, 0, 0}}};
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(kFileLimit).count();
-  const int ready = ::poll(awaited.data(), awaited.size(), static_cast<int>(limit));
+  const int ready = ::poll(awaited.data(), awaited.size(), static_cast<int>(limit.count()));
   ::close(handle);
   return ready > 0 && awaited[0].revents != 0;
 }
 
-ImageEnd endOf(pid_t child, int socket) {
-  const bool ended = endsInTime(child, socket);
+ImageEnd endOf(pid_t child, std::chrono::milliseconds limit, int socket) {
+  const bool ended = endsInTime(child, limit, socket);
   if (!ended) ::kill(child, SIGKILL);
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
@@ -85,7 +84,7 @@ ImageEnd endOf(pid_t child, int socket) {
   }
 }
 
-ImageEnd answer(int socket, ReceivedRequest request,
+ImageEnd answer(int socket, ReceivedRequest request, std::chrono::milliseconds fileLimit,
                 const std::function<Decode(ImageFormat)>& prepare) {
   const Decode decode = prepare(request.request.format);
   if (!decode) return ImageEnd::kNone;
@@ -95,14 +94,15 @@ ImageEnd answer(int socket, ReceivedRequest request,
   {
     const FileDescriptor childs = std::move(request.output);
   }  // the pipe is to end with the child
-  return endOf(child, socket);
+  return endOf(child, fileLimit, socket);
 }
 
 }  // namespace
 
-void serveRequests(int socket, const std::function<Decode(ImageFormat)>& prepare) {
+void serveRequests(int socket, std::chrono::milliseconds fileLimit,
+                   const std::function<Decode(ImageFormat)>& prepare) {
   while (std::optional<ReceivedRequest> request = receiveRequest(socket)) {
-    const ImageAnswer reply{answer(socket, *std::move(request), prepare)};
+    const ImageAnswer reply{answer(socket, *std::move(request), fileLimit, prepare)};
     if (::send(socket, &reply, sizeof reply, MSG_NOSIGNAL) != sizeof reply) return;
   }
 }
