@@ -169,7 +169,7 @@ bool benchMemory(const std::vector<std::string>& originals) {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     for (const std::uint32_t side : {128, 1024}) {
       if (!worker || !format || !worker->make(file.get(), {*format, side, side}).image) {
-        fmt::print("FAILED: no picture of {}\n", path);
+        fmt::print(stderr, "FAILED: no picture of {}\n", path);
         return false;
       }
     }

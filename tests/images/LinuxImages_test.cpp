@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +16,7 @@
 #include "images/FormatSamples.h"
 #include "images/Samples.h"
 #include "images/TestImages.h"
+#include "platform/linux/FileDescriptor.h"
 #include "support/Program.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
@@ -170,6 +173,18 @@ TEST_F(LinuxImagesTest, OpensRegularFilesAlone) {
   EXPECT_TRUE(images_.open(at("link.png")));
 }
 
+TEST_F(LinuxImagesTest, NeverOpensAPipe) {
+  ASSERT_EQ(mkfifo(at("pipe.png").c_str(), 0644), 0);
+  const FileDescriptor watch(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+  ASSERT_GE(inotify_add_watch(watch.get(), at("pipe.png").c_str(), IN_OPEN), 0);
+  EXPECT_FALSE(images_.open(at("pipe.png")));
+  EXPECT_TRUE(images_.icon(at("pipe.png"), 65));
+  char event[sizeof(inotify_event) + NAME_MAX + 1];
+  EXPECT_EQ(read(watch.get(), event, sizeof event), -1) << "no event";
+  const FileDescriptor opened(open(at("pipe.png").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  EXPECT_GT(read(watch.get(), event, sizeof event), 0) << "though one would be told";
+}
+
 TEST_F(LinuxImagesTest, TellsWhatMayNotBeReadFromWhatIsNotThere) {
   if (geteuid() != 0) GTEST_SKIP() << "needs an account that may not read the file";
   writeQuarters(at("a.png"), 20, 10);
@@ -211,6 +226,25 @@ TEST_F(LinuxImagesTest, RemembersAFileThatFailed) {
   EXPECT_EQ(told(thumbnailOf("a.png")), "none");
   utimensat(AT_FDCWD, at("a.png").c_str(), nullptr, 0);
   EXPECT_EQ(told(thumbnailOf("a.png")), "20x10 red green blue white");
+}
+
+TEST_F(LinuxImagesTest, MakesAnyNumberOfThumbnailsOfASource) {
+  writeSample(at("a.jpg"));
+  const auto source = images_.open(at("a.jpg"));
+  ASSERT_TRUE(source);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(told(images_.thumbnail(**source, {64, 64, true})), "64x32 red green blue white");
+  }
+}
+
+TEST_F(LinuxImagesTest, GivesNothingForASourceThatIsEmptiedMeanwhile) {
+  writeSample(at("a.jpg"));
+  const auto source = images_.open(at("a.jpg"));
+  ASSERT_TRUE(source);
+  std::filesystem::resize_file(at("a.jpg"), 0);
+  EXPECT_EQ(told(images_.thumbnail(**source, {64, 64, true})), "none");
+  writeSample(at("a.jpg"));
+  EXPECT_EQ(told(thumbnailOf("a.jpg")), "64x32 red green blue white");
 }
 
 TEST_F(LinuxImagesTest, OutlivesASourceThatVanishes) {

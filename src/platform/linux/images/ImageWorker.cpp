@@ -162,7 +162,9 @@ std::unique_ptr<ImageWorker> ImageWorker::start(const std::string& program,
 MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
   const Clock::time_point deadline = Clock::now() + kAnswerLimit;
   std::optional<Pipe> pipe = makePipe();
-  if (!isUsable_ || !pipe) return {std::nullopt, /*isFinal=*/false};
+  // A decoder leaves it wherever it stopped to read.
+  const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
+  if (!isUsable_ || !pipe || !isAtStart) return {std::nullopt, /*isFinal=*/false};
   const std::size_t limit = sizeof(worker::PictureHeader) +
                             std::size_t{request.width} * request.height * Image::kBytesPerPixel;
   {
