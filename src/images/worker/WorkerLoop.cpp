@@ -44,11 +44,11 @@ int decodeInto(int output, Decode decode, const DecodeJob& job) {
 }
 
 /// What the child process does, and ends with.
-[[noreturn]] void decodeAndExit(int socket, Decode decode, const ReceivedRequest& request) {
+[[noreturn]] void decodeAndExit(int socket, Decode decode, const ReceivedRequest& request,
+                                const ChildRules& rules) {
   ::close(socket);
-  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || !limitResources() || !raiseSeccompForDecoder()) {
-    ::_exit(kNotConfined);
-  }
+  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || !limitResources()) ::_exit(kNotConfined);
+  if (!raiseSeccompForDecoder() && rules.mustBeConfined) ::_exit(kNotConfined);
   const DecodeJob job{request.input.get(), request.request.format, request.request.width,
                       request.request.height, request.request.iconMode != 0};
   ::_exit(decodeInto(request.output.get(), decode, job));
@@ -84,25 +84,25 @@ ImageEnd endOf(pid_t child, std::chrono::milliseconds limit, int socket) {
   }
 }
 
-ImageEnd answer(int socket, ReceivedRequest request, std::chrono::milliseconds fileLimit,
+ImageEnd answer(int socket, ReceivedRequest request, const ChildRules& rules,
                 const std::function<Decode(ImageFormat)>& prepare) {
   const Decode decode = prepare(request.request.format);
   if (!decode) return ImageEnd::kNone;
   const pid_t child = ::fork();
   if (child < 0) return ImageEnd::kCrashed;
-  if (child == 0) decodeAndExit(socket, decode, request);
+  if (child == 0) decodeAndExit(socket, decode, request, rules);
   {
     const FileDescriptor childs = std::move(request.output);
   }  // the pipe is to end with the child
-  return endOf(child, fileLimit, socket);
+  return endOf(child, rules.fileLimit, socket);
 }
 
 }  // namespace
 
-void serveRequests(int socket, std::chrono::milliseconds fileLimit,
+void serveRequests(int socket, const ChildRules& rules,
                    const std::function<Decode(ImageFormat)>& prepare) {
   while (std::optional<ReceivedRequest> request = receiveRequest(socket)) {
-    const ImageAnswer reply{answer(socket, *std::move(request), fileLimit, prepare)};
+    const ImageAnswer reply{answer(socket, *std::move(request), rules, prepare)};
     if (::send(socket, &reply, sizeof reply, MSG_NOSIGNAL) != sizeof reply) return;
   }
 }

@@ -38,7 +38,8 @@ int runWorker(int argc, char** argv, const DecoderSource& decoders,
   // Icons are this program's own files.
   if (!isConfined && !iconsOnly) return 1;
   if (::send(STDIN_FILENO, &greeting, sizeof greeting, MSG_NOSIGNAL) != sizeof greeting) return 1;
-  serveRequests(STDIN_FILENO, fileLimit, [&](ImageFormat format) -> Decode {
+  const ChildRules rules{fileLimit, isConfined};
+  serveRequests(STDIN_FILENO, rules, [&](ImageFormat format) -> Decode {
     if (iconsOnly && format != ImageFormat::kSvg) return nullptr;
     return decoders(format);
   });
