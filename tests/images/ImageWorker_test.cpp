@@ -89,6 +89,8 @@ TEST_P(ConfinedWorker, CannotBreakOut) {
       "unix-socket",
       "ptrace",
       "kill",
+      "kill-by-thread",
+      "many-threads",
       "regain-root",
       "unshare",
       "mount",

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
@@ -44,6 +45,19 @@ bool leaks() {
   return count > 4;  // output, errors, the file, the pipe
 }
 
+/// Whether so many threads can be alive at once.
+bool startsThreads(int most) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 16384);
+  for (int i = 0; i < most; ++i) {
+    pthread_t thread{};
+    const auto wait = [](void*) -> void* { return poll(nullptr, 0, -1), nullptr; };
+    if (pthread_create(&thread, &attributes, wait, nullptr) != 0) return false;
+  }
+  return true;
+}
+
 std::optional<Image> misbehave(const DecodeJob& job) {
   const std::string text = vt::worker::readBeginning(job.descriptor, 4096);
   const std::string deed = text.substr(0, text.find(' '));
@@ -63,6 +77,8 @@ std::optional<Image> misbehave(const DecodeJob& job) {
   if (deed == "unix-socket") return verdict(socket(AF_UNIX, SOCK_STREAM, 0) >= 0);
   if (deed == "ptrace") return verdict(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0);
   if (deed == "kill") return verdict(kill(getppid(), SIGKILL) == 0);
+  if (deed == "kill-by-thread") return verdict(syscall(SYS_tgkill, getppid(), getppid(), 9) == 0);
+  if (deed == "many-threads") return verdict(startsThreads(5000));
   if (deed == "regain-root") return verdict(setuid(0) == 0);
   if (deed == "unshare") return verdict(syscall(SYS_unshare, 0x10000000) == 0);
   if (deed == "mount") return verdict(syscall(SYS_mount, "none", "/", "tmpfs", 0, "") == 0);
