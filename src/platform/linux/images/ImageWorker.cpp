@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/linux/Pipe.h"
+#include "platform/linux/images/ReceivedPicture.h"
 
 namespace vt {
 namespace {
@@ -82,18 +83,6 @@ std::optional<std::string> readToEnd(int pipe, std::size_t limit, Clock::time_po
     if (bytes.size() + static_cast<std::size_t>(count) > limit) return std::nullopt;
     bytes.append(block.data(), static_cast<std::size_t>(count));
   }
-}
-
-/// The picture in what the worker sent, which may be anything: its sides must be within those asked
-/// for, and its pixels as many as they say.
-std::optional<Image> pictureIn(std::string&& bytes, const worker::ImageRequest& request) {
-  worker::PictureHeader header;
-  if (bytes.size() < sizeof header) return std::nullopt;
-  std::memcpy(&header, bytes.data(), sizeof header);
-  if (header.width > request.width || header.height > request.height) return std::nullopt;
-  bytes.erase(0, sizeof header);
-  Image image{header.width, header.height, std::move(bytes)};
-  return image.isWhole() ? std::optional(std::move(image)) : std::nullopt;
 }
 
 /// Shows the worker a file or folder of the machine, when it is there, where it is.
