@@ -153,7 +153,9 @@ const std::vector<SampleFormat>& sampleFormats() {
       {"wav", kQuarters, writeWave},       {"mp4", kQuarters, writeVideo},
       {"mov", kQuarters, writeVideo},      {"mkv", kQuarters, writeVideo},
       {"webm", kQuarters, writeVideo},     {"avi", kQuarters, writeVideo},
-      {"mpg", kQuarters, writeVideo},
+      {"mpg", kQuarters, writeVideo},      {"m4v", kQuarters, writeVideo},
+      {"m2ts", kQuarters, writeVideo},     {"ogv", kQuarters, writeVideo},
+      {"flv", kQuarters, writeVideo},      {"wmv", kQuarters, writeVideo},
   };
   return formats;
 }
