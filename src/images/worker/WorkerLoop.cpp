@@ -51,7 +51,10 @@ int decodeInto(int output, Decode decode, const DecodeJob& job) {
   if (!raiseSeccompForDecoder() && rules.mustBeConfined) ::_exit(kNotConfined);
   const DecodeJob job{request.input.get(), request.request.format, request.request.width,
                       request.request.height, request.request.iconMode != 0};
-  ::_exit(decodeInto(request.output.get(), decode, job));
+  const int status = decodeInto(request.output.get(), decode, job);
+  // The reader need not wait until all that the process holds is given back.
+  ::close(request.output.get());
+  ::_exit(status);
 }
 
 /// Whether the process has ended by itself within the limit. No longer waits for it once nobody is
@@ -79,6 +82,8 @@ ImageEnd endOf(pid_t child, std::chrono::milliseconds limit, int socket) {
       return ImageEnd::kMade;
     case kNoPicture:
       return ImageEnd::kNone;
+    case kNotConfined:
+      return ImageEnd::kNotTried;
     default:
       return ImageEnd::kCrashed;
   }
@@ -89,7 +94,7 @@ ImageEnd answer(int socket, ReceivedRequest request, const ChildRules& rules,
   const Decode decode = prepare(request.request.format);
   if (!decode) return ImageEnd::kNone;
   const pid_t child = ::fork();
-  if (child < 0) return ImageEnd::kCrashed;
+  if (child < 0) return ImageEnd::kNotTried;
   if (child == 0) decodeAndExit(socket, decode, request, rules);
   {
     const FileDescriptor childs = std::move(request.output);

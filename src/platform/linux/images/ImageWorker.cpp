@@ -150,8 +150,9 @@ std::unique_ptr<ImageWorker> ImageWorker::start(const std::string& program,
 
 MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
   const Clock::time_point deadline = Clock::now() + kAnswerLimit;
+  if (owesAnswer_) awaitAnswer(deadline);
   std::optional<Pipe> pipe = makePipe();
-  // A decoder leaves it wherever it stopped to read.
+  // A decoder leaves the file wherever it stopped to read.
   const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
   if (!isUsable_ || !pipe || !isAtStart) return {std::nullopt, /*isFinal=*/false};
   const std::size_t limit = sizeof(worker::PictureHeader) +
@@ -161,15 +162,22 @@ MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
     isUsable_ = sendRequest(socket_.get(), request, input, childs.get());
   }
   if (!isUsable_) return {std::nullopt, /*isFinal=*/false};
+  owesAnswer_ = true;
   std::optional<std::string> bytes = readToEnd(pipe->read.get(), limit, deadline);
   pipe.reset();  // a decoder that writes on meets a closed pipe
-  const auto answer = receive<worker::ImageAnswer>(socket_.get(), deadline);
-  if (!answer) {
-    isUsable_ = false;
-    return {};
+  if (bytes) {
+    // How the decoder ended is of no interest now, and is waited for when there is more to do.
+    if (auto image = pictureIn(std::move(*bytes), request)) return {std::move(image)};
   }
-  if (answer->end != worker::ImageEnd::kMade || !bytes) return {};
-  return {pictureIn(std::move(*bytes), request)};
+  return {std::nullopt, awaitAnswer(deadline) != worker::ImageEnd::kNotTried};
+}
+
+worker::ImageEnd ImageWorker::awaitAnswer(std::chrono::steady_clock::time_point deadline) {
+  owesAnswer_ = false;
+  if (const auto answer = receive<worker::ImageAnswer>(socket_.get(), deadline)) return answer->end;
+  isUsable_ = false;
+  // A worker that ends does so for reasons of its own: only its children look at files.
+  return Clock::now() < deadline ? worker::ImageEnd::kNotTried : worker::ImageEnd::kTimedOut;
 }
 
 }  // namespace vt
