@@ -12,8 +12,8 @@
 // The worker's standard input is a socket that keeps messages apart. The worker first sends a
 // WorkerGreeting. Each ImageRequest comes with two descriptors: the file, open for reading, and the
 // writing end of a pipe. Into the pipe go a PictureHeader and its pixels, and it is closed; an
-// ImageAnswer comes over the socket once the process that decoded is gone, and the worker can be asked
-// again. The worker ends when the socket is closed.
+// ImageAnswer comes over the socket once the process that decoded is gone, and the worker can be
+// asked again. The worker ends when the socket is closed.
 
 namespace vt::worker {
 

@@ -149,8 +149,8 @@ std::unique_ptr<ImageWorker> ImageWorker::start(const std::string& program,
 }
 
 MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
+  if (owesAnswer_) awaitAnswer(Clock::now() + kAnswerLimit);
   const Clock::time_point deadline = Clock::now() + kAnswerLimit;
-  if (owesAnswer_) awaitAnswer(deadline);
   std::optional<Pipe> pipe = makePipe();
   // A decoder leaves the file wherever it stopped to read.
   const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
