@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <random>
 
+#include "images/FormatSamples.h"
 #include "images/PngEncoder.h"
 #include "images/Samples.h"
 #include "images/TestImages.h"
@@ -148,23 +149,12 @@ TEST_F(HostileFiles, CannotPlayOtherFiles) {
 }
 
 TEST_F(HostileFiles, ThatAreDamagedCostOnlyThemselves) {
-  writeQuarters(at("cover.png"), 200, 100);
-  for (const char* name : {"a.png", "a.jpg", "a.gif", "a.webp", "a.tiff", "a.heic", "a.avif"}) {
-    writeQuarters(at(name), 200, 100);
-  }
-  writeFile(at("a.pdf"), pdf());
-  writeZip(at("a.docx"), "docProps/thumbnail.jpeg", at("a.jpg"));
-  make({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "anullsrc=d=0.2", "-i", at("cover.png"),
-        "-map", "0:a", "-map", "1:v", "-c:v", "copy", "-disposition:v", "attached_pic",
-        at("a.mp3")});
-  make({"ffmpeg", "-v", "error", "-loop", "1", "-t", "1", "-i", at("cover.png"), "-pix_fmt",
-        "yuv420p", at("a.mp4")});
   std::mt19937 random(7);
-  for (const char* name : {"a.png", "a.jpg", "a.gif", "a.webp", "a.tiff", "a.heic", "a.avif",
-                           "a.pdf", "a.docx", "a.mp3", "a.mp4"}) {
-    SCOPED_TRACE(name);
-    const std::string whole = readFile(at(name));
-    const std::string damaged = std::string("damaged") + std::strrchr(name, '.');
+  for (const SampleFormat& format : sampleFormats()) {
+    SCOPED_TRACE(format.ending);
+    const std::string damaged = fmt::format("damaged.{}", format.ending);
+    writeSample(at(damaged));
+    const std::string whole = readFile(at(damaged));
     for (int i = 0; i < 12; ++i) {
       std::string bytes = whole;
       if (i % 3 == 0) bytes.resize(bytes.size() * static_cast<std::size_t>(i) / 13);

@@ -23,8 +23,10 @@ const Image kGotItsWay{1, 1, std::string("\xff\0\0\xff", 4)};
 /// A worker that does what files tell it, behind the walls of the test's parameter.
 class ConfinedWorker : public testing::TestWithParam<WorkerConfinement> {
  protected:
-  void SetUp() override {
-    worker_ = ImageWorker::start(VT_HOSTILE_WORKER, GetParam());
+  void SetUp() override { start(VT_HOSTILE_WORKER); }
+
+  void start(const char* program) {
+    worker_ = ImageWorker::start(program, GetParam());
     if (!worker_ && GetParam() == WorkerConfinement::kBubblewrap) {
       GTEST_SKIP() << "bubblewrap cannot make namespaces here";
     }
@@ -87,6 +89,8 @@ TEST_P(ConfinedWorker, CannotBreakOut) {
       "unix-socket",
       "ptrace",
       "kill",
+      "kill-by-thread",
+      "many-threads",
       "regain-root",
       "unshare",
       "mount",
@@ -131,10 +135,30 @@ TEST_P(ConfinedWorker, LosesNothingButThePictureToABadFile) {
 }
 
 TEST_P(ConfinedWorker, IsStoppedWhenItTakesTooLong) {
-  const auto start = std::chrono::steady_clock::now();
+  start(VT_IMPATIENT_WORKER);
+  const auto began = std::chrono::steady_clock::now();
+  for (const char* deed : {"wait", "spin"}) {
+    SCOPED_TRACE(deed);
+    const MadePicture made = tell(deed);
+    EXPECT_EQ(made.image, std::nullopt);
+    EXPECT_TRUE(made.isFinal);
+    EXPECT_EQ(tell("behave").image, kRefused);
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - began, worker::kFileLimit / 2);
+}
+
+TEST_P(ConfinedWorker, IsStoppedWhenItTakesTooMuchOfTheProcessor) {
+  const auto began = std::chrono::steady_clock::now();
   EXPECT_EQ(tell("spin").image, std::nullopt);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, worker::kFileLimit + std::chrono::seconds(3));
+  EXPECT_LT(std::chrono::steady_clock::now() - began, worker::kFileLimit + std::chrono::seconds(3));
   EXPECT_EQ(tell("behave").image, kRefused);
+}
+
+TEST(ImageWorker, LimitsAFile) {
+  EXPECT_EQ(worker::kFileLimit, std::chrono::seconds(20));
+  EXPECT_EQ(worker::kProcessorSeconds, 10U);
+  EXPECT_EQ(worker::kAddressSpace, UINT64_C(2147483648));
+  EXPECT_EQ(worker::kMostSourcePixels, 200'000'000U);
 }
 
 TEST(ImageWorker, IsNotThereWithoutItsProgram) {

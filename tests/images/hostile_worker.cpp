@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
@@ -16,6 +17,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -43,6 +45,19 @@ bool leaks() {
   return count > 4;  // output, errors, the file, the pipe
 }
 
+/// Whether so many threads can be alive at once.
+bool startsThreads(int most) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 16384);
+  for (int i = 0; i < most; ++i) {
+    pthread_t thread{};
+    const auto wait = [](void*) -> void* { return poll(nullptr, 0, -1), nullptr; };
+    if (pthread_create(&thread, &attributes, wait, nullptr) != 0) return false;
+  }
+  return true;
+}
+
 std::optional<Image> misbehave(const DecodeJob& job) {
   const std::string text = vt::worker::readBeginning(job.descriptor, 4096);
   const std::string deed = text.substr(0, text.find(' '));
@@ -62,6 +77,8 @@ std::optional<Image> misbehave(const DecodeJob& job) {
   if (deed == "unix-socket") return verdict(socket(AF_UNIX, SOCK_STREAM, 0) >= 0);
   if (deed == "ptrace") return verdict(ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0);
   if (deed == "kill") return verdict(kill(getppid(), SIGKILL) == 0);
+  if (deed == "kill-by-thread") return verdict(syscall(SYS_tgkill, getppid(), getppid(), 9) == 0);
+  if (deed == "many-threads") return verdict(startsThreads(5000));
   if (deed == "regain-root") return verdict(setuid(0) == 0);
   if (deed == "unshare") return verdict(syscall(SYS_unshare, 0x10000000) == 0);
   if (deed == "mount") return verdict(syscall(SYS_mount, "none", "/", "tmpfs", 0, "") == 0);
@@ -87,6 +104,7 @@ std::optional<Image> misbehave(const DecodeJob& job) {
     for (volatile bool forEver = true; forEver;) {
     }
   }
+  if (deed == "wait") poll(nullptr, 0, -1);
   if (deed == "memory") {
     std::vector<std::string> hoard;
     for (;;) hoard.emplace_back(std::size_t{64} << 20, 'x');
@@ -109,5 +127,10 @@ std::optional<Image> misbehave(const DecodeJob& job) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return vt::worker::runWorker(argc, argv, [](vt::ImageFormat) { return misbehave; });
+#ifdef VT_FILE_LIMIT_MILLIS  // to see in less time what becomes of a file that takes too long
+  constexpr std::chrono::milliseconds kLimit{VT_FILE_LIMIT_MILLIS};
+#else
+  constexpr std::chrono::milliseconds kLimit = vt::worker::kFileLimit;
+#endif
+  return vt::worker::runWorker(argc, argv, [](vt::ImageFormat) { return misbehave; }, kLimit);
 }

@@ -1,10 +1,11 @@
 #include <gmock/gmock.h>
+#include <pty.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
-#include "images/PngEncoder.h"
-#include "support/PngReader.h"
-#include "support/ReadFile.h"
-#include "tools/CommandTest.h"
+#include <array>
+
+#include "tools/ImageCommandTest.h"
 
 namespace vt {
 namespace {
@@ -12,28 +13,33 @@ namespace {
 using std::filesystem::exists;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
-class ImageCommands : public CommandTest {
+class ImageCommands : public ImageCommandTest {
  protected:
-  /// A red picture below the tree.
-  std::string addPicture(const std::string& name, std::uint32_t width = 300,
-                         std::uint32_t height = 150) {
-    Image image{width, height};
-    for (std::uint32_t i = 0; i < width * height; ++i) image.pixels.append("\xff\0\0\xff", 4);
-    std::string path = tree_ / name;
-    write(path, *encodePng(image));
-    return path;
-  }
-  /// The size of the PNG file that the command told of, as "128x64"; its output when there is none.
-  static std::string sizeToldIn(const ProgramResult& result) {
-    const auto png = readPng(readFile(result.output.substr(0, result.output.find('\n'))));
-    if (!png) return result.output + result.errors;
-    return std::to_string(png->image.width) + "x" + std::to_string(png->image.height);
-  }
-  ProgramResult qlmanage(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), VT_QLMANAGE);
-    return runProgram(arguments, environment());
+  /// What the command writes on a terminal of that type.
+  std::string shownOnTerminal(const std::vector<std::string>& command, const char* type) const {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+      for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
+      setenv("TERM", type, 1);
+      std::vector<char*> arguments;
+      for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+      arguments.push_back(nullptr);
+      execv(arguments[0], arguments.data());
+      _exit(127);
+    }
+    std::string shown;
+    std::array<char, 4096> block;
+    ssize_t count = 0;
+    while ((count = read(terminal, block.data(), block.size())) > 0) {
+      shown.append(block.data(), static_cast<std::size_t>(count));
+    }
+    close(terminal);
+    waitpid(child, nullptr, 0);
+    return shown;
   }
 };
 
@@ -90,6 +96,74 @@ TEST_F(ImageCommands, MakeAPreviewForAUser) {
 
 TEST_F(ImageCommands, ShowTheIconOfAFolder) {
   EXPECT_EQ(sizeToldIn(vistaro({"thumbnail", tree_.path()})), "128x128");
+}
+
+TEST_F(ImageCommands, TellOnATerminalHowFarTheyAre) {
+  std::vector<std::string> command = {VT_PROGRAM, "thumbnail"};
+  for (int i = 0; i < 300; ++i) {
+    const std::string path = tree_ / (std::to_string(i) + ".txt");
+    write(path, "words");
+    command.push_back(path);
+  }
+  // A line is there at most once in a while, and gone before anything else is written.
+  EXPECT_THAT(shownOnTerminal(command, "xterm"),
+              testing::ContainsRegex("\r\x1b\\[K[0-9]+ of 300 thumbnails\r\x1b\\[K/"));
+  EXPECT_THAT(shownOnTerminal(command, "dumb"), Not(HasSubstr("of 300")));
+}
+
+TEST_F(ImageCommands, TakeANameOfAnyBytes) {
+  std::string name(251, 'n');
+  name[3] = '\n';
+  name[4] = '\xff';
+  const std::string path = tree_ / (name + ".png");
+  std::filesystem::rename(addPicture("a.png"), path);
+  const ProgramResult result = vistaro({"thumbnail", path});
+  EXPECT_EQ(sizeToldIn(result), "128x64");
+  // The tool would have to write a file whose name is too long.
+  EXPECT_EQ(qlmanage({"-t", path, "-s", "128", "-o", root_ / "tmp"}).exitCode, 1);
+  const ProgramResult beside =
+      vistaro({"thumbnail", "--size", "300", "--output", root_ / "tmp", path});
+  EXPECT_EQ(beside.exitCode, 1);
+  EXPECT_THAT(beside.errors, HasSubstr("nnn\\x0a\xef\xbf\xbd"
+                                       "nnn"));
+  EXPECT_TRUE(std::filesystem::is_empty(root_ / "tmp"));
+}
+
+TEST_F(ImageCommands, ShowTheIconOfWhatHasNoContent) {
+  write(tree_ / "empty.png", "");
+  mkfifo((tree_ / "pipe.png").c_str(), 0644);
+  for (const char* name : {"empty.png", "pipe.png"}) {
+    EXPECT_EQ(sizeToldIn(vistaro({"thumbnail", tree_ / name})), "128x128") << name;
+    EXPECT_EQ(qlmanage({"-t", tree_ / name, "-s", "128", "-o", root_ / "tmp"}).exitCode, 1);
+  }
+  EXPECT_EQ(sizeToldIn(vistaro({"thumbnail", "/dev/zero"})), "128x128");
+  EXPECT_EQ(qlmanage({"-t", "/dev/zero", "-s", "128", "-o", root_ / "tmp"}).exitCode, 1);
+}
+
+TEST_F(ImageCommands, SayNoWhereTheCacheCannotBe) {
+  std::filesystem::remove_all(root_ / "Library/Caches");
+  write(root_ / "Library/Caches", "in the way");
+  const std::string path = addPicture("a.png");
+  for (const char* command : {"thumbnail", "preview"}) {
+    const ProgramResult result = vistaro({command, path});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.errors, HasSubstr("can be made"));
+  }
+}
+
+TEST_F(ImageCommands, MakeTheCacheWhereThereIsNone) {
+  std::filesystem::remove_all(root_ / "Library");
+  EXPECT_EQ(sizeToldIn(vistaro({"thumbnail", addPicture("a.png")})), "128x64");
+}
+
+TEST_F(ImageCommands, LeaveNoHalfFileOnAFullDisk) {
+  const std::string path = addPicture("a.png");
+  // As on a full disk, no file grows past a few bytes; the signal for that is at its default.
+  const ProgramResult result = runProgram(
+      {"sh", "-c", "trap '' XFSZ; ulimit -f 0; exec \"$@\"", "sh", VT_PROGRAM, "thumbnail", path},
+      environment());
+  EXPECT_EQ(result.exitCode, 1) << result.output;
+  EXPECT_TRUE(std::filesystem::is_empty(root_ / "Library/Caches/Vistaro/Thumbnails"));
 }
 
 TEST_F(ImageCommands, OfTheToolWriteNextToTheNameOfTheFile) {

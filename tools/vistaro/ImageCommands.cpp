@@ -18,6 +18,7 @@
 #include "vistaro/CommandError.h"
 #include "vistaro/Commands.h"
 #include "vistaro/OnBehalf.h"
+#include "vistaro/ProgressLine.h"
 #include "vistaro/Terminal.h"
 #include "vistaro/TypedFiles.h"
 
@@ -54,16 +55,17 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
   ~Progress() { clear(); }
 
-  void show(std::size_t done) const {
-    if (isShown_) fmt::print(stderr, "\r\x1b[K{} of {} thumbnails", done, count_);
+  void show(std::size_t done) {
+    if (!isShown_) return;
+    showOnTerminal(line_.update(ProgressLine::Clock::now(),
+                                [&] { return fmt::format("{} of {} thumbnails", done, count_); }));
   }
-  void clear() const {
-    if (isShown_) fmt::print(stderr, "\r\x1b[K");
-  }
+  void clear() { showOnTerminal(line_.remove()); }
 
  private:
   std::size_t count_;
   bool isShown_;
+  ProgressLine line_{ProgressLine::Clock::now()};
 };
 
 /// The thumbnail of the file, made when need be; nothing when the user may not read the file, or
@@ -93,7 +95,7 @@ int runThumbnail(const ThumbnailOptions& options) {
   const std::shared_ptr<VTUser> user = userOnBehalf(options.user, "look at files");
   std::size_t made = 0;
   std::size_t done = 0;
-  const Progress progress(options.files.size());
+  Progress progress(options.files.size());
   for (const std::string& typed : options.files) {
     progress.show(done++);
     const std::optional<std::string> thumbnail = thumbnailOf(absolutePathOf(typed), options, user);

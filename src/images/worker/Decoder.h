@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 
@@ -21,8 +20,5 @@ struct DecodeJob {
 /// Makes the picture, which fits into the job's size. Nothing when the file is not of the format,
 /// is damaged beyond use, or has no picture.
 using Decode = std::optional<Image> (*)(const DecodeJob& job);
-
-/// The decoder of each format; nullptr for those that this build does without.
-using Decoders = std::array<Decode, kImageFormats>;
 
 }  // namespace vt::worker

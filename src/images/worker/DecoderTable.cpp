@@ -1,59 +1,61 @@
 #include "images/worker/DecoderTable.h"
 
 #include <dlfcn.h>
+#include <glib.h>
 
-#ifdef VT_WITH_AUDIO
-#include "images/worker/AudioDecoder.h"
-#endif
-#ifdef VT_WITH_PACKAGES
-#include "images/worker/PackageDecoder.h"
-#endif
-#ifdef VT_WITH_PDF
-#include "images/worker/PdfDecoder.h"
-#endif
-#include "images/worker/PixelDecoder.h"
+#include <string>
+
+#include "images/worker/DecoderModule.h"
 #include "images/worker/SvgDecoder.h"
 #include "images/worker/TextDecoder.h"
 
 namespace vt::worker {
+namespace {
+
+Decode decoderInModule(const char* name, ImageFormat format) {
+  const std::string file = std::string(VT_IMAGE_MODULES "/") + name;
+  // Loading it again only counts it.
+  void* module = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL);
+  const auto entry =
+      module ? reinterpret_cast<decltype(&vtDecoderOf)>(::dlsym(module, "vtDecoderOf")) : nullptr;
+  return entry ? entry(format) : nullptr;
+}
+
+Decode loaded(ImageFormat format) {
+  switch (format) {
+    case ImageFormat::kSvg:
+      return decodeSvg;
+    case ImageFormat::kText:
+    case ImageFormat::kSource:
+    case ImageFormat::kMarkdown:
+    case ImageFormat::kHtml:
+      loadFonts();
+      return decodeText;
+    case ImageFormat::kPdf:
+      loadFonts();
+      return decoderInModule("vistaro-pdf.so", format);
+    case ImageFormat::kVideo:
+      return decoderInModule("vistaro-video.so", format);
+    case ImageFormat::kPixels:
+    case ImageFormat::kPackage:
+    case ImageFormat::kAudio:
+      return decoderInModule("vistaro-pixels.so", format);
+  }
+  return nullptr;
+}
+
+}  // namespace
 
 DecoderTable::DecoderTable() {
-  const auto put = [this](ImageFormat format, Decode decode) {
-    decoders_[static_cast<std::size_t>(format)] = decode;
-  };
-  const bool hasPixels = loadPixelDecoder();
-  loadFonts();
-  put(ImageFormat::kSvg, decodeSvg);
-  for (const ImageFormat text :
-       {ImageFormat::kText, ImageFormat::kSource, ImageFormat::kMarkdown, ImageFormat::kHtml}) {
-    put(text, decodeText);
-  }
-#ifdef VT_WITH_PDF
-  put(ImageFormat::kPdf, decodePdf);
-#endif
-  if (!hasPixels) return;
-  put(ImageFormat::kPixels, decodePixels);
-#ifdef VT_WITH_PACKAGES
-  put(ImageFormat::kPackage, decodePackage);
-#endif
-#ifdef VT_WITH_AUDIO
-  put(ImageFormat::kAudio, decodeAudio);
-#endif
+  // What libraries think of a file is nobody's to read.
+  g_log_set_writer_func([](auto, auto, auto, auto) { return G_LOG_WRITER_HANDLED; }, nullptr,
+                        nullptr);
 }
 
 Decode DecoderTable::decoderOf(ImageFormat format) {
-  if (format == ImageFormat::kVideo) return videoDecoder();
-  return decoders_[static_cast<std::size_t>(format)];
-}
-
-Decode DecoderTable::videoDecoder() {
-  if (videoDecoder_) return *videoDecoder_;
-  videoDecoder_ = nullptr;
-  void* module = ::dlopen(VT_IMAGE_MODULES "/vistaro-video.so", RTLD_NOW | RTLD_LOCAL);
-  using Entry = Decode (*)();
-  const auto entry = module ? reinterpret_cast<Entry>(::dlsym(module, "vtVideoDecoder")) : nullptr;
-  if (entry) videoDecoder_ = entry();
-  return *videoDecoder_;
+  std::optional<Decode>& decoder = decoders_[static_cast<std::size_t>(format)];
+  if (!decoder) decoder = loaded(format);
+  return *decoder;
 }
 
 }  // namespace vt::worker

@@ -1,26 +1,24 @@
 #pragma once
 
+#include <array>
 #include <optional>
 
 #include "images/worker/Decoder.h"
 
 namespace vt::worker {
 
-/// The decoders that this build has.
+/// The decoders that this build has. Drawings and text are part of the program; the libraries for
+/// the rest take longer to load than all others, so each group is a module that is loaded with the
+/// first file that needs it.
 class DecoderTable {
  public:
-  /// Loads what most of them need.
   DecoderTable();
 
-  /// The decoder of `format`, for which the module that holds it is loaded when need be; nullptr
-  /// when there is none.
+  /// The decoder of `format`, once what it needs is loaded; nullptr when there is none.
   Decode decoderOf(ImageFormat format);
 
  private:
-  Decode videoDecoder();
-
-  Decoders decoders_{};
-  std::optional<Decode> videoDecoder_;  // once it was looked for
+  std::array<std::optional<Decode>, kImageFormats> decoders_;  // once each was looked for
 };
 
 }  // namespace vt::worker

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "images/worker/CairoImage.h"
+#include "images/worker/DecoderModule.h"
 
 namespace vt::worker {
 namespace {
@@ -37,3 +38,7 @@ std::optional<Image> decodePdf(const DecodeJob& job) {
 }
 
 }  // namespace vt::worker
+
+vt::worker::Decode vtDecoderOf(vt::ImageFormat format) {
+  return format == vt::ImageFormat::kPdf ? vt::worker::decodePdf : nullptr;
+}

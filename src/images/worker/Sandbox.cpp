@@ -16,6 +16,10 @@ namespace {
 // "nobody" of every Linux: it owns no file by convention.
 constexpr uid_t kNobody = 65534;
 
+// Those of all processes of the account count, of which nobody knows how many there are. Many more
+// than a decoder starts, and too few to hurt the machine.
+constexpr rlim_t kThreads = 4096;
+
 constexpr const char* kReadableFolders[] = {
     "/usr/lib",
     "/lib",
@@ -97,7 +101,7 @@ bool limitResources() {
   if (!limit(RLIMIT_AS, kAddressSpace)) return false;
 #endif
   return limit(RLIMIT_CPU, kProcessorSeconds) && limit(RLIMIT_FSIZE, 0) &&
-         limit(RLIMIT_NOFILE, 64) && limit(RLIMIT_CORE, 0);
+         limit(RLIMIT_NOFILE, 64) && limit(RLIMIT_NPROC, kThreads) && limit(RLIMIT_CORE, 0);
 }
 
 }  // namespace vt::worker

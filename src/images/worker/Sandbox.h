@@ -19,7 +19,8 @@ bool raiseSeccompForWorker();
 /// Takes away what a worker needs besides decoding: child processes, messages, signals to others.
 bool raiseSeccompForDecoder();
 
-/// Limits what one decoding may take of memory and processor. Nothing can be written to any file.
+/// Limits what one decoding may take of memory, processor and threads. Nothing can be written to
+/// any file.
 bool limitResources();
 
 }  // namespace vt::worker

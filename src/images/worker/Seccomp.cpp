@@ -4,6 +4,7 @@
 #include <seccomp.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <initializer_list>
@@ -162,7 +163,9 @@ void allowDecoding(Filter& filter) {
 bool raiseSeccompForDecoder() {
   Filter filter;
   allowDecoding(filter);
-  filter.allow({SCMP_SYS(tgkill)});  // abort() ends itself by it; others are not to be seen
+  // abort() ends the process itself by it. The worker and its caller are to be seen, and may be of
+  // the same account.
+  filter.allowWhere(SCMP_SYS(tgkill), {0, SCMP_CMP_EQ, static_cast<scmp_datum_t>(::getpid()), 0});
   // What it may ask of its limits: nothing but what they are.
   filter.allowWhere(SCMP_SYS(prlimit64), {2, SCMP_CMP_EQ, 0, 0});
   return filter.putInForce();

@@ -6,7 +6,7 @@
 
 namespace vt::worker {
 
-/// Finds the fonts, once, so that no page has to.
+/// Finds the fonts, so that no page has to. Takes next to no time once they are found.
 void loadFonts();
 
 /// The beginning of the text on a page of white paper. Nothing for an empty file.

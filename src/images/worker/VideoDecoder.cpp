@@ -15,6 +15,7 @@ extern "C" {
 #include <cmath>
 #include <memory>
 
+#include "images/worker/DecoderModule.h"
 #include "images/worker/FitSize.h"
 #include "images/worker/WorkerProtocol.h"
 
@@ -178,4 +179,6 @@ std::optional<Image> decodeVideo(const DecodeJob& job) {
 
 }  // namespace vt::worker
 
-vt::worker::Decode vtVideoDecoder() { return vt::worker::decodeVideo; }
+vt::worker::Decode vtDecoderOf(vt::ImageFormat format) {
+  return format == vt::ImageFormat::kVideo ? vt::worker::decodeVideo : nullptr;
+}

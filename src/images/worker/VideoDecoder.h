@@ -4,11 +4,7 @@
 
 namespace vt::worker {
 
-/// A frame from the first tenth of the video. In a module of its own, since the libraries that it
-/// needs take longer to load than all others together.
+/// A frame from the first tenth of the video.
 std::optional<Image> decodeVideo(const DecodeJob& job);
 
 }  // namespace vt::worker
-
-/// What the module hands out: decodeVideo().
-extern "C" vt::worker::Decode vtVideoDecoder();

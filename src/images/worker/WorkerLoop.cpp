@@ -44,31 +44,33 @@ int decodeInto(int output, Decode decode, const DecodeJob& job) {
 }
 
 /// What the child process does, and ends with.
-[[noreturn]] void decodeAndExit(int socket, Decode decode, const ReceivedRequest& request) {
+[[noreturn]] void decodeAndExit(int socket, Decode decode, const ReceivedRequest& request,
+                                const ChildRules& rules) {
   ::close(socket);
-  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || !limitResources() || !raiseSeccompForDecoder()) {
-    ::_exit(kNotConfined);
-  }
+  if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || !limitResources()) ::_exit(kNotConfined);
+  if (!raiseSeccompForDecoder() && rules.mustBeConfined) ::_exit(kNotConfined);
   const DecodeJob job{request.input.get(), request.request.format, request.request.width,
                       request.request.height, request.request.iconMode != 0};
-  ::_exit(decodeInto(request.output.get(), decode, job));
+  const int status = decodeInto(request.output.get(), decode, job);
+  // The reader need not wait until all that the process holds is given back.
+  ::close(request.output.get());
+  ::_exit(status);
 }
 
 /// Whether the process has ended by itself within the limit. No longer waits for it once nobody is
 /// left at the other end of the socket.
-bool endsInTime(pid_t child, int socket) {
+bool endsInTime(pid_t child, std::chrono::milliseconds limit, int socket) {
   const int handle = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
   if (handle < 0) return false;
   // No events asked of the socket: its end is told all the same.
   std::array<pollfd, 2> awaited{{{handle, POLLIN, 0}, {socket, 0, 0}}};
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(kFileLimit).count();
-  const int ready = ::poll(awaited.data(), awaited.size(), static_cast<int>(limit));
+  const int ready = ::poll(awaited.data(), awaited.size(), static_cast<int>(limit.count()));
   ::close(handle);
   return ready > 0 && awaited[0].revents != 0;
 }
 
-ImageEnd endOf(pid_t child, int socket) {
-  const bool ended = endsInTime(child, socket);
+ImageEnd endOf(pid_t child, std::chrono::milliseconds limit, int socket) {
+  const bool ended = endsInTime(child, limit, socket);
   if (!ended) ::kill(child, SIGKILL);
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
@@ -80,29 +82,32 @@ ImageEnd endOf(pid_t child, int socket) {
       return ImageEnd::kMade;
     case kNoPicture:
       return ImageEnd::kNone;
+    case kNotConfined:
+      return ImageEnd::kNotTried;
     default:
       return ImageEnd::kCrashed;
   }
 }
 
-ImageEnd answer(int socket, ReceivedRequest request,
+ImageEnd answer(int socket, ReceivedRequest request, const ChildRules& rules,
                 const std::function<Decode(ImageFormat)>& prepare) {
   const Decode decode = prepare(request.request.format);
   if (!decode) return ImageEnd::kNone;
   const pid_t child = ::fork();
-  if (child < 0) return ImageEnd::kCrashed;
-  if (child == 0) decodeAndExit(socket, decode, request);
+  if (child < 0) return ImageEnd::kNotTried;
+  if (child == 0) decodeAndExit(socket, decode, request, rules);
   {
     const FileDescriptor childs = std::move(request.output);
   }  // the pipe is to end with the child
-  return endOf(child, socket);
+  return endOf(child, rules.fileLimit, socket);
 }
 
 }  // namespace
 
-void serveRequests(int socket, const std::function<Decode(ImageFormat)>& prepare) {
+void serveRequests(int socket, const ChildRules& rules,
+                   const std::function<Decode(ImageFormat)>& prepare) {
   while (std::optional<ReceivedRequest> request = receiveRequest(socket)) {
-    const ImageAnswer reply{answer(socket, *std::move(request), prepare)};
+    const ImageAnswer reply{answer(socket, *std::move(request), rules, prepare)};
     if (::send(socket, &reply, sizeof reply, MSG_NOSIGNAL) != sizeof reply) return;
   }
 }

@@ -9,7 +9,6 @@
 
 #include "images/worker/Sandbox.h"
 #include "images/worker/WorkerLoop.h"
-#include "images/worker/WorkerProtocol.h"
 
 namespace vt::worker {
 namespace {
@@ -23,7 +22,8 @@ bool isAsked(int argc, char** argv, std::string_view option) {
 
 }  // namespace
 
-int runWorker(int argc, char** argv, const DecoderSource& decoders) {
+int runWorker(int argc, char** argv, const DecoderSource& decoders,
+              std::chrono::milliseconds fileLimit) {
   const bool iconsOnly = isAsked(argc, argv, kIconsOnly);
   // A reader that is gone ends a write, not the worker.
   ::signal(SIGPIPE, SIG_IGN);
@@ -38,7 +38,8 @@ int runWorker(int argc, char** argv, const DecoderSource& decoders) {
   // Icons are this program's own files.
   if (!isConfined && !iconsOnly) return 1;
   if (::send(STDIN_FILENO, &greeting, sizeof greeting, MSG_NOSIGNAL) != sizeof greeting) return 1;
-  serveRequests(STDIN_FILENO, [&](ImageFormat format) -> Decode {
+  const ChildRules rules{fileLimit, isConfined};
+  serveRequests(STDIN_FILENO, rules, [&](ImageFormat format) -> Decode {
     if (iconsOnly && format != ImageFormat::kSvg) return nullptr;
     return decoders(format);
   });

@@ -11,8 +11,9 @@
 //
 // The worker's standard input is a socket that keeps messages apart. The worker first sends a
 // WorkerGreeting. Each ImageRequest comes with two descriptors: the file, open for reading, and the
-// writing end of a pipe. Into the pipe go a PictureHeader and its pixels, and then an ImageAnswer
-// comes over the socket. The worker ends when the socket is closed.
+// writing end of a pipe. Into the pipe go a PictureHeader and its pixels, and it is closed; an
+// ImageAnswer comes over the socket once the process that decoded is gone, and the worker can be
+// asked again. The worker ends when the socket is closed.
 
 namespace vt::worker {
 
@@ -40,6 +41,7 @@ enum class ImageEnd : std::uint32_t {
   kNone,      ///< the file has none to give
   kCrashed,   ///< or broke one of its limits
   kTimedOut,  ///< was killed after kFileLimit
+  kNotTried,  ///< there could be no process, or none that is confined
 };
 
 struct ImageAnswer {

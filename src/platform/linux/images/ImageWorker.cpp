@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/linux/Pipe.h"
+#include "platform/linux/images/ReceivedPicture.h"
 
 namespace vt {
 namespace {
@@ -84,18 +85,6 @@ std::optional<std::string> readToEnd(int pipe, std::size_t limit, Clock::time_po
   }
 }
 
-/// The picture in what the worker sent, which may be anything: its sides must be within those asked
-/// for, and its pixels as many as they say.
-std::optional<Image> pictureIn(std::string&& bytes, const worker::ImageRequest& request) {
-  worker::PictureHeader header;
-  if (bytes.size() < sizeof header) return std::nullopt;
-  std::memcpy(&header, bytes.data(), sizeof header);
-  if (header.width > request.width || header.height > request.height) return std::nullopt;
-  bytes.erase(0, sizeof header);
-  Image image{header.width, header.height, std::move(bytes)};
-  return image.isWhole() ? std::optional(std::move(image)) : std::nullopt;
-}
-
 /// Shows the worker a file or folder of the machine, when it is there, where it is.
 void show(const std::string& place, std::vector<std::string>& arguments) {
   // Else bubblewrap makes the folders above it, open to root alone.
@@ -160,9 +149,12 @@ std::unique_ptr<ImageWorker> ImageWorker::start(const std::string& program,
 }
 
 MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
+  if (owesAnswer_) awaitAnswer(Clock::now() + kAnswerLimit);
   const Clock::time_point deadline = Clock::now() + kAnswerLimit;
   std::optional<Pipe> pipe = makePipe();
-  if (!isUsable_ || !pipe) return {std::nullopt, /*isFinal=*/false};
+  // A decoder leaves the file wherever it stopped to read.
+  const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
+  if (!isUsable_ || !pipe || !isAtStart) return {std::nullopt, /*isFinal=*/false};
   const std::size_t limit = sizeof(worker::PictureHeader) +
                             std::size_t{request.width} * request.height * Image::kBytesPerPixel;
   {
@@ -170,15 +162,22 @@ MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
     isUsable_ = sendRequest(socket_.get(), request, input, childs.get());
   }
   if (!isUsable_) return {std::nullopt, /*isFinal=*/false};
+  owesAnswer_ = true;
   std::optional<std::string> bytes = readToEnd(pipe->read.get(), limit, deadline);
   pipe.reset();  // a decoder that writes on meets a closed pipe
-  const auto answer = receive<worker::ImageAnswer>(socket_.get(), deadline);
-  if (!answer) {
-    isUsable_ = false;
-    return {};
+  if (bytes) {
+    // How the decoder ended is of no interest now, and is waited for when there is more to do.
+    if (auto image = pictureIn(std::move(*bytes), request)) return {std::move(image)};
   }
-  if (answer->end != worker::ImageEnd::kMade || !bytes) return {};
-  return {pictureIn(std::move(*bytes), request)};
+  return {std::nullopt, awaitAnswer(deadline) != worker::ImageEnd::kNotTried};
+}
+
+worker::ImageEnd ImageWorker::awaitAnswer(std::chrono::steady_clock::time_point deadline) {
+  owesAnswer_ = false;
+  if (const auto answer = receive<worker::ImageAnswer>(socket_.get(), deadline)) return answer->end;
+  isUsable_ = false;
+  // A worker that ends does so for reasons of its own: only its children look at files.
+  return Clock::now() < deadline ? worker::ImageEnd::kNotTried : worker::ImageEnd::kTimedOut;
 }
 
 }  // namespace vt

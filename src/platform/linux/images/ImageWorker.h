@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -47,10 +48,14 @@ class ImageWorker {
   ImageWorker(std::unique_ptr<ChildProcess> process, FileDescriptor socket, std::uint32_t walls)
       : process_(std::move(process)), socket_(std::move(socket)), walls_(walls) {}
 
+  /// How the last decoder ended. When nothing is heard of it, the worker is no longer usable.
+  worker::ImageEnd awaitAnswer(std::chrono::steady_clock::time_point deadline);
+
   std::unique_ptr<ChildProcess> process_;
   FileDescriptor socket_;
   std::uint32_t walls_;
   bool isUsable_ = true;
+  bool owesAnswer_ = false;  // to the last request
 };
 
 }  // namespace vt

@@ -76,10 +76,8 @@ std::optional<Image> LinuxImages::thumbnail(const Source& source, const Thumbnai
       failed_.contains(opened.status)) {
     return std::nullopt;
   }
-  ImageWorker* worker = confinedWorker();
-  if (!worker) return std::nullopt;
-  MadePicture made =
-      worker->make(opened.file.get(), {*opened.format, *width, *height, size.iconMode ? 1U : 0U});
+  MadePicture made = makeBy(&LinuxImages::confinedWorker, opened.file.get(),
+                            {*opened.format, *width, *height, size.iconMode ? 1U : 0U});
   if (!made.image && made.isFinal) failed_.add(opened.status);
   return std::move(made.image);
 }
@@ -95,10 +93,11 @@ std::optional<Image> LinuxImages::icon(const std::string& path, std::int64_t max
                              : S_ISREG(status.st_mode) ? types.typeOfFile(nameOf(path))
                                                        : types.typeOfSpecialFile();
   const FileDescriptor file(::open(iconFileOf(type).c_str(), O_RDONLY | O_CLOEXEC));
-  ImageWorker* worker = file ? iconWorker() : nullptr;
-  if (!worker) return std::nullopt;
+  if (!file) return std::nullopt;
   const auto side = static_cast<std::uint32_t>(maxPixelSize);
-  return worker->make(file.get(), {ImageFormat::kSvg, side, side, /*iconMode=*/1}).image;
+  return makeBy(&LinuxImages::iconWorker, file.get(),
+                {ImageFormat::kSvg, side, side, /*iconMode=*/1})
+      .image;
 }
 
 std::optional<std::string> LinuxImages::png(const Image& image) { return encodePng(image); }
@@ -108,13 +107,27 @@ std::optional<std::uint32_t> LinuxImages::walls() {
   return worker ? std::optional(worker->walls()) : std::nullopt;
 }
 
+MadePicture LinuxImages::makeBy(WorkerOf worker, int input, const worker::ImageRequest& request) {
+  MadePicture made{std::nullopt, /*isFinal=*/false};
+  // A worker that has ended since it was last asked is no fault of the file: another is asked.
+  constexpr int kAttempts = 2;
+  for (int i = 0; i < kAttempts && !made.image && !made.isFinal; ++i) {
+    ImageWorker* asked = (this->*worker)();
+    if (!asked) break;
+    made = asked->make(input, request);
+  }
+  return made;
+}
+
 ImageWorker* LinuxImages::confinedWorker() {
   if (worker_ && worker_->isUsable()) return worker_.get();
   // Before another is started, so that at no time there are two.
   worker_.reset();
   while (confinement_ != WorkerConfinement::kIconsOnly) {
     worker_ = ImageWorker::start(setup_.program, confinement_);
-    if (worker_) return worker_.get();
+    if (worker_) isSettled_ = true;
+    // What could be done once can be done again, if perhaps not now.
+    if (isSettled_) return worker_.get();
     confinement_ = confinement_ == WorkerConfinement::kBubblewrap ? WorkerConfinement::kOwnWalls
                                                                   : WorkerConfinement::kIconsOnly;
   }

@@ -45,6 +45,9 @@ class LinuxImages final : public Images {
   std::optional<std::uint32_t> walls();
 
  private:
+  using WorkerOf = ImageWorker* (LinuxImages::*)();
+
+  MadePicture makeBy(WorkerOf worker, int input, const worker::ImageRequest& request);
   ImageWorker* confinedWorker();
   ImageWorker* iconWorker();
   std::string iconFileOf(ContentTypeId type) const;
@@ -54,6 +57,7 @@ class LinuxImages final : public Images {
   std::unique_ptr<ImageWorker> worker_;
   std::unique_ptr<ImageWorker> iconWorker_;  // only where nothing confines the other
   WorkerConfinement confinement_ = WorkerConfinement::kBubblewrap;
+  bool isSettled_ = false;  // that it is this confinement: a worker was started in it
 };
 
 }  // namespace vt
