@@ -50,17 +50,20 @@ std::string escaped(std::string_view word) {
 
 }  // namespace
 
-std::optional<std::string> queryFromWords(std::string_view words) {
+std::optional<std::string> queryFromWords(std::string_view words, WordsIn in) {
   const std::vector<std::string> found = split(words);
-  if (found.empty() || found.size() > kMaximumTerms / 2) return std::nullopt;
+  const bool asksForText = in == WordsIn::kNamesAndText;
+  const std::size_t most = asksForText ? kMaximumTerms / 2 : kMaximumTerms;
+  if (found.empty() || found.size() > most) return std::nullopt;
   std::string query;
   for (const std::string& word : found) {
     if (!query.empty()) query += " && ";
     const std::string text = escaped(word);
-    if (found.size() > 1) query += '(';
-    query.append("kMDItemFSName == \"*").append(text).append("*\"cd || ");
-    query.append("kMDItemTextContent == \"").append(text).append("*\"cdw");
-    if (found.size() > 1) query += ')';
+    const bool needsParentheses = asksForText && found.size() > 1;
+    if (needsParentheses) query += '(';
+    query.append("kMDItemFSName == \"*").append(text).append("*\"cd");
+    if (asksForText) query.append(" || kMDItemTextContent == \"").append(text).append("*\"cdw");
+    if (needsParentheses) query += ')';
   }
   if (query.size() > kMaximumQueryBytes) return std::nullopt;
   return query;

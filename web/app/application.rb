@@ -1,0 +1,44 @@
+# frozen_string_literal: true
+
+require "sinatra/base"
+require "tilt/erubi"
+require_relative "assets"
+require_relative "event_log"
+require_relative "event_pump"
+require_relative "library"
+require_relative "text"
+require_relative "sessions"
+require_relative "security/browser_checks"
+require_relative "security/headers"
+require_relative "helpers/formatting"
+require_relative "helpers/forms"
+require_relative "helpers/visit"
+require_relative "routes/errors"
+require_relative "routes/login"
+require_relative "routes/search"
+
+module VistaroWeb
+  # The application: what is true of every page. What the pages do stands in `routes`.
+  class Application < Sinatra::Base
+    set :root, File.expand_path("..", __dir__)
+    set :environment, :production
+    set :sessions, false # ours are on the server, see Sessions
+    set :protection, false # see `security`
+    set :method_override, false
+    set :logging, false
+    set :show_exceptions, false
+    set :raise_errors, false
+    set :dump_errors, false
+    set :static_cache_control, [:public, { max_age: 31_536_000 }]  # their addresses carry a digest
+    set :absolute_redirects, false
+    set :erb, escape_html: true
+    set :store, Sessions.new
+    set :assets, Assets.new(public_folder)
+
+    use Security::Headers
+    use Security::BrowserChecks
+
+    helpers Visit, Formatting, Forms
+    register Routes::Errors, Routes::Login, Routes::Search
+  end
+end

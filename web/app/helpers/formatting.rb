@@ -1,0 +1,49 @@
+# frozen_string_literal: true
+
+module VistaroWeb
+  # How values are shown.
+  module Formatting
+    UNITS = %w[kB MB GB TB PB].freeze
+
+    # 1536000 as "1.5 MB", in thousands, as file managers have it.
+    def size_text(bytes)
+      return "" unless bytes
+      return t("common.bytes", count: bytes) if bytes < 1000
+
+      amount = bytes.to_f
+      unit = UNITS.find { (amount /= 1000) < 999.5 } || UNITS.last
+      number = amount < 9.95 ? format("%.1f", amount) : amount.round.to_s
+      number = number.tr(".", ",") if language == "de"
+      "#{number} #{unit}"
+    end
+
+    # The day, and for today and yesterday the time instead.
+    def date_text(time)
+      return "" unless time
+
+      time = time.localtime
+      days = (Date.today - time.to_date).to_i
+      clock = time.strftime("%H:%M")
+      return t("common.today", time: clock) if days.zero?
+      return t("common.yesterday", time: clock) if days == 1
+
+      time.strftime(t("common.date_format"))
+    end
+
+    def number_text(number)
+      Text.number(language, number)
+    end
+
+    # A name as it can be shown: bytes that are not UTF-8 become U+FFFD, and control characters,
+    # which could turn the text around them, their pictures.
+    def name_text(name)
+      name.to_s.dup.force_encoding(Encoding::UTF_8).scrub("\u{FFFD}")
+          .gsub(/[\u0000-\u001f\u007f-\u009f\u202a-\u202e\u2066-\u2069]/, "\u{FFFD}")
+    end
+
+    # The address of a file of `public`, which changes when the file does.
+    def asset_path(name)
+      settings.assets.address_of(name)
+    end
+  end
+end

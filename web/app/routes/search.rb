@@ -1,0 +1,29 @@
+# frozen_string_literal: true
+
+require_relative "../search/run"
+require_relative "../search/choices"
+
+module VistaroWeb
+  module Routes
+    # The search page.
+    module Search
+      def self.registered(app)
+        app.get "/" do
+          redirect "/search", 303
+        end
+
+        app.get "/search" do
+          require_login
+          asked = VistaroWeb::Search::Request.new(params)
+          choices, results = Library.enter do
+            [VistaroWeb::Search::Choices.new(asked, user),
+             (VistaroWeb::Search::Run.new(asked, session_of_visitor).results unless asked.blank?)]
+          end
+          next part(:"search/results", asked: asked, results: results) if params["part"] == "results"
+
+          page :"search/page", asked: asked, choices: choices, results: results
+        end
+      end
+    end
+  end
+end

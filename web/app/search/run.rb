@@ -1,0 +1,131 @@
+# frozen_string_literal: true
+
+require_relative "request"
+require_relative "results"
+
+module VistaroWeb
+  module Search
+    # Runs a search on behalf of the user of a session and gives Results. To be called with the
+    # library entered.
+    class Run
+      include VistaroRuby
+
+      FIRST_FEW = 5
+      FIRST_FEW_THUMBNAILS = 8
+      DEFAULT_PER_PAGE = 25
+      SORTED_BY = Request::SORTS.invert.freeze
+
+      # Raises ArgumentError without a user: nothing is searched on nobody's behalf.
+      def initialize(request, session)
+        @request = request
+        @session = session
+        @user = session.user or raise ArgumentError, "a search needs a user"
+      end
+
+      def results
+        start = Process.clock_gettime(Process::CLOCK_MONOTONIC)
+        query = query_from(@request.text)
+        manager = VTSearchManager.alloc.initWithUser(@user)
+        container = query && manager.executeQuery(query, forSearchFolders: folders)
+        return rejected(query, manager) if query && !container
+
+        chosen, total = groups_in(container)
+        Results.new(groups: chosen, total: total, cut: manager.lastSearchWasCut, notes: [], query: query,
+                    seconds: Process.clock_gettime(Process::CLOCK_MONOTONIC) - start)
+      end
+
+      private
+
+      def query_from(text)
+        return text if PlainWords.looksLikeQuery(text)
+
+        PlainWords.namesQueryFromWords(text)
+      end
+
+      def folders
+        all = VTSettings.sharedInstance.searchFolders
+        title = @request.scope || @user.defaultSearchFolder&.title
+        return all if title.nil? || title.empty?
+
+        found = all.each.lazy.filter_map { |folder| folder.searchFolderForTitle(title) }.first
+        found ? [found] : []
+      end
+
+      def rejected(query, manager)
+        why = manager.lastRejection
+        problem = Problem.new(text: why && why["text"], query: query, offset: why && why["offset"])
+        Results.new(groups: [], total: 0, notes: [], problem: problem, query: query)
+      end
+
+      # The groups to show, and the number of hits in all of them.
+      def groups_in(container)
+        found = container ? container.results.to_a : []
+        total = found.sum(&:count)
+        wanted = kind_title
+        chosen = wanted ? found.select { |group| group.title == wanted } : found
+        whole = wanted || found.size == 1
+        [found.map { |group| shown(group, items: chosen.include?(group), whole: whole) }, total]
+      end
+
+      def kind_title
+        title = @request.kind || @user.defaultSearchKind&.title
+        title unless title.nil? || title.empty?
+      end
+
+      def shown(group, items:, whole:)
+        thumbnails = @request.view ? @request.view == "thumbnails" : group.thumbnailMode
+        result = Group.new(title: group.title, total: group.count, thumbnails: thumbnails, whole: whole,
+                           page: 1, pages: 1, items: nil)
+        return result unless items
+
+        whole ? fill_page(result, group) : fill_first_few(result, group)
+        result
+      end
+
+      def fill_first_few(result, group)
+        few = result.thumbnails ? FIRST_FEW_THUMBNAILS : FIRST_FEW
+        result.items = items_of(group, 0, few)
+      end
+
+      def fill_page(result, group)
+        group.thumbnailMode = result.thumbnails
+        sort(group)
+        per_page = results_per_page
+        result.pages = (group.count + per_page - 1) / per_page
+        result.page = group.currentPage = @request.page.clamp(1, result.pages)
+        result.sorted_by = SORTED_BY[group.sortAttribute] if @request.sort
+        result.descending = group.descendingSort
+        result.items = items_of(group, (result.page - 1) * per_page, per_page)
+      end
+
+      # The first sort by an attribute may go either way; the second turns it round.
+      def sort(group)
+        return unless @request.sort
+
+        attribute = Request::SORTS.fetch(@request.sort)
+        group.sortByAttribute(attribute)
+        group.sortByAttribute(attribute) if group.descendingSort != @request.descending?
+      end
+
+      def results_per_page
+        stored = @user.resultsPerPage.to_i
+        stored.positive? ? stored : DEFAULT_PER_PAGE
+      end
+
+      def items_of(group, first, count)
+        last = [first + count, group.count].min
+        (first...last).map { |index| item_at(group, index) }
+      end
+
+      def item_at(group, index)
+        path = group.pathForItemAtIndex(index)
+        types = group.valueForKey("kMDItemContentTypeTree", atIndex: index)
+        Item.new(id: @session.item_ids.id_of(path), name: File.basename(path), folder: File.dirname(path),
+                 modified: group.valueForKey("kMDItemContentModificationDate", atIndex: index),
+                 used: group.valueForKey("kMDItemLastUsedDate", atIndex: index),
+                 bytes: group.valueForKey("kMDItemFSSize", atIndex: index),
+                 directory: types ? types.include?("public.directory") : false)
+      end
+    end
+  end
+end

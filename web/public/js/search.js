@@ -1,0 +1,1 @@
+// Live results: what is typed is searched for without a reload.
