@@ -15,14 +15,15 @@ as_root() {
   fi
 }
 
-# install_packages build [test] [lint]: installs what is missing of these rows of packages.txt.
+# install_packages build [test] [lint]: installs what is missing of these rows of packages.txt. What
+# another installed package provides is not missing.
 install_packages() {
-  local missing=() purpose package
+  local missing=() purpose package installed
+  installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}, ${Provides},\n' |
+    sed -n 's/^installed / /p' | sed 's/ ([^)]*)//g')
   while read -r purpose package; do
     case " $* " in *" $purpose "*) ;; *) continue ;; esac
-    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
-      missing+=("$package")
-    fi
+    case $installed in *" $package,"*) ;; *) missing+=("$package") ;; esac
   done < <(grep -v '^#' script/packages.txt)
   [ ${#missing[@]} -eq 0 ] && return
   say "Installing ${missing[*]}"
