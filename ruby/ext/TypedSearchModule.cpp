@@ -2,30 +2,29 @@
 
 #include "Classes.h"
 #include "Message.h"
-#include "metadata/query/PlainWords.h"
+#include "foundation/Dictionary.h"
+#include "search/TypedSearch.h"
 
 namespace vt::ruby {
 namespace {
 
-std::optional<std::string> queryFromWords(const std::string& words) {
-  return query::queryFromWords(words);
+// "query" and "asksForText"; or "rejection", "offset" in bytes and "text" of what makes no query.
+std::shared_ptr<Dictionary> queryFor(const std::string& typed) {
+  const auto query = queryForTypedSearch(typed, /*readsFiles=*/false);
+  if (query) {
+    return Dictionary::make({{"query", query->query}, {"asksForText", query->asksForText}});
+  }
+  const MDTypedRejection& why = query.error();
+  return Dictionary::make({{"rejection", why.kind}, {"offset", why.offset}, {"text", why.text}});
 }
-
-std::optional<std::string> namesQueryFromWords(const std::string& words) {
-  return query::queryFromWords(words, query::WordsIn::kNames);
-}
-
-bool looksLikeQuery(const std::string& text) { return query::looksLikeQuery(text); }
 
 }  // namespace
 
-void definePlainWords(VALUE module) {
+void defineTypedSearch(VALUE module) {
   static constexpr Message kMessages[] = {
-      moduleMessage<queryFromWords>("queryFromWords:"),
-      moduleMessage<namesQueryFromWords>("namesQueryFromWords:"),
-      moduleMessage<looksLikeQuery>("looksLikeQuery:"),
+      moduleMessage<queryFor>("queryFor:"),
   };
-  defineMessages(rb_define_module_under(module, "PlainWords"), kMessages);
+  defineMessages(rb_define_module_under(module, "TypedSearch"), kMessages);
 }
 
 }  // namespace vt::ruby
