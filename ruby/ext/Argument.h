@@ -112,6 +112,11 @@ struct Argument<std::vector<std::string>>
 };
 
 template <>
+struct Argument<const std::vector<std::string>&> : Argument<std::vector<std::string>> {
+  using Argument<std::vector<std::string>>::Argument;
+};
+
+template <>
 struct Argument<std::string_view> {
   explicit Argument(VALUE ruby) : text(textFromRuby(ruby)) {}
   operator std::string_view() const { return text; }  // NOLINT(google-explicit-constructor)

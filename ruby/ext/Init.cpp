@@ -54,7 +54,7 @@ void define() {
   defineBase64(module);
   defineHexDump(module);
   defineNSFileManagerAdditions(module);
-  definePlainWords(module);
+  defineTypedSearch(module);
 }
 
 }  // namespace

@@ -9,6 +9,19 @@ namespace vt::ruby {
 namespace {
 
 using R = VTSearchResult;
+using NameAtIndex = std::optional<std::string> (R::*)(std::uint64_t) const;
+using SizedNameAtIndex = std::optional<std::string> (R::*)(std::uint64_t, bool) const;
+using ValidThumbnail = std::optional<std::string> (*)(const std::string&, const std::string&);
+using SizedValidThumbnail = std::optional<std::string> (*)(const std::string&, const std::string&,
+                                                           bool);
+using IsAtIndex = bool (R::*)(std::uint64_t) const;
+using SizedIsAtIndex = bool (R::*)(std::uint64_t, bool) const;
+using BuildRange = void (R::*)(std::uint64_t, std::uint64_t) const;
+using BuildSizedRange = void (R::*)(std::uint64_t, std::uint64_t, bool) const;
+using BuildFile = bool (R::*)(const std::optional<std::string>&) const;
+using BuildFiles = bool (R::*)(const std::vector<std::string>&) const;
+using BuildSizedFiles = bool (R::*)(const std::vector<std::string>&, bool) const;
+using BuildImage = bool (R::*)(const std::string&, const std::string&, bool, double, double) const;
 using ValueAtIndex = std::optional<Value> (R::*)(std::string_view, std::uint64_t) const;
 
 // An operation of objects that needs none of the object's state.
@@ -51,6 +64,38 @@ void defineVTSearchResult(VALUE module) {
       message<&R::smbURLPathForItemAtIndex>("smbURLPathForItemAtIndex:windowsClient:"),
       message<&R::metadataForItemAtIndex, Trait::kReadOnly>("metadataForItemAtIndex:"),
       message<&R::sortByAttribute>("sortByAttribute:"),
+
+      classMessage<&R::thumbnailFileNameForFile>("thumbnailFileNameForFile:"),
+      classMessage<&R::smallThumbnailFileNameForFile>("smallThumbnailFileNameForFile:"),
+      message<static_cast<NameAtIndex>(&R::thumbnailFileNameForItemAtIndex)>(
+          "thumbnailFileNameForItemAtIndex:"),
+      message<static_cast<SizedNameAtIndex>(&R::thumbnailFileNameForItemAtIndex)>(
+          "thumbnailFileNameForItemAtIndex:inSmallVersion:"),
+      classMessage<static_cast<ValidThumbnail>(&R::validThumbnailForFile)>(
+          "validThumbnailForFile:inTargetDirectory:"),
+      classMessage<static_cast<SizedValidThumbnail>(&R::validThumbnailForFile)>(
+          "validThumbnailForFile:inTargetDirectory:inSmallVersion:"),
+      message<&R::thumbnailPathForItemAtIndex>("thumbnailPathForItemAtIndex:"),
+      message<static_cast<IsAtIndex>(&R::thumbnailFileExistsForItemAtIndex)>(
+          "thumbnailFileExistsForItemAtIndex:"),
+      message<static_cast<SizedIsAtIndex>(&R::thumbnailFileExistsForItemAtIndex)>(
+          "thumbnailFileExistsForItemAtIndex:inSmallVersion:"),
+      message<&R::buildThumbnails, Trait::kReleasesLock>("buildThumbnails"),
+      message<static_cast<BuildRange>(&R::buildThumbnailsFromIndex), Trait::kReleasesLock>(
+          "buildThumbnailsFromIndex:toIndex:"),
+      message<static_cast<BuildSizedRange>(&R::buildThumbnailsFromIndex), Trait::kReleasesLock>(
+          "buildThumbnailsFromIndex:toIndex:inSmallVersion:"),
+      message<&R::buildThumbnailForItemAtIndex, Trait::kReleasesLock>(
+          "buildThumbnailForItemAtIndex:"),
+      message<static_cast<BuildFile>(&R::buildThumbnailForFile), Trait::kReleasesLock>(
+          "buildThumbnailForFile:"),
+      message<static_cast<BuildFiles>(&R::buildThumbnailsForFiles), Trait::kReleasesLock>(
+          "buildThumbnailsForFiles:"),
+      message<static_cast<BuildSizedFiles>(&R::buildThumbnailsForFiles), Trait::kReleasesLock>(
+          "buildThumbnailsForFiles:inSmallVersion:"),
+      message<&R::buildPreviewForItemAtIndex, Trait::kReleasesLock>("buildPreviewForItemAtIndex:"),
+      message<static_cast<BuildImage>(&R::buildThumbnailForFile), Trait::kReleasesLock>(
+          "buildThumbnailForFile:targetFile:iconMode:width:height:"),
   };
   defineClass<R>(module, "VTSearchResult", classNamed(module, "VTObject"), kMessages);
 }

@@ -1,7 +1,8 @@
 # frozen_string_literal: true
 
 module VistaroWeb
-  # Lets the library see to what has happened outside, once a second, for as long as one serves.
+  # Lets the library see to what has happened outside, and ends sessions that are over, once a second
+  # for as long as one serves.
   module EventPump
     INTERVAL = 1
 
@@ -12,6 +13,7 @@ module VistaroWeb
     def self.pump
       sleep INTERVAL
       Library.enter { VistaroRuby.processEvents }
+      Application.store.sweep
     rescue StandardError => e
       EventLog.write("event_pump_failed", error: e.class.name, text: e.message)
     end

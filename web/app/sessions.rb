@@ -22,9 +22,9 @@ module VistaroWeb
     end
 
     # Begins one for the user; gives its id, to be told to nobody but the browser, and the session.
-    def begin_for(user)
+    def begin_for(user, anonymous: false)
       id = SecureRandom.urlsafe_base64(32)
-      session = Session.new(user, @clock.call)
+      session = Session.new(user, now, anonymous: anonymous)
       ended = @lock.synchronize do
         @sessions[digest(id)] = session
         @sessions.size > MOST ? [@sessions.shift.last] : []
@@ -38,7 +38,7 @@ module VistaroWeb
       return unless id
 
       key = digest(id)
-      now = @clock.call
+      now = self.now
       session = @lock.synchronize do
         found = @sessions.delete(key)
         @sessions[key] = found if found && !over?(found, now)
@@ -54,6 +54,11 @@ module VistaroWeb
       session
     end
 
+    # The seconds by which sessions are counted.
+    def now
+      @clock.call
+    end
+
     # Ends the session with this id, if there is one.
     def finish(id)
       session = @lock.synchronize { @sessions.delete(digest(id)) } if id
@@ -62,7 +67,7 @@ module VistaroWeb
 
     # Ends those that are over; to be called now and then.
     def sweep
-      now = @clock.call
+      now = self.now
       ended = @lock.synchronize do
         over = @sessions.select { |_, session| over?(session, now) }
         over.each_key { |key| @sessions.delete(key) }

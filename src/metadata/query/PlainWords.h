@@ -22,6 +22,12 @@ enum class WordsIn {
 std::optional<std::string> queryFromWords(std::string_view words,
                                           WordsIn in = WordsIn::kNamesAndText);
 
+/// The condition that one word, or phrase, sets. Where text is looked at it is a choice (`||`).
+std::string conditionForWord(std::string_view word, WordsIn in);
+
+/// The text as a string of a query holds it, without its quotes: every character means itself.
+std::string escapedPattern(std::string_view text);
+
 /// Whether the text is meant as a query rather than as words, by how it begins. After blanks, `(`
 /// and `!` there stands either `InRange(`; or `*`, `**` or a name beginning with kMDItem, _kMDItem
 /// or com_, followed by an operator; or any other attribute name followed by `==`. Ordinary words,

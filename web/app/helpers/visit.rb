@@ -8,15 +8,20 @@ module VistaroWeb
   module Visit
     SECRET = SecureRandom.bytes(32)
 
-    # The session of whoever is logged in; nil when nobody is.
+    # The session of whoever is logged in; nil when nobody is. Where nobody has to log in, everybody
+    # has one.
     def session_of_visitor
       return @session_of_visitor if defined?(@session_of_visitor)
 
-      @session_of_visitor = settings.store.find(cookie_value)
+      @session_of_visitor = session_that_stands || anonymous_session
     end
 
     def user
       session_of_visitor&.user
+    end
+
+    def administrator?
+      session_of_visitor&.administrator? || false
     end
 
     # Sends whoever is not logged in to do so, and back to this page afterwards.
@@ -26,6 +31,14 @@ module VistaroWeb
       halt 401, json_error("login") if api?
       target = request.get? ? "?#{Rack::Utils.build_query('to' => request.fullpath)}" : ""
       redirect "/login#{target}", 303
+    end
+
+    def require_administrator
+      require_login
+      return if administrator?
+
+      log_event("refused", reason: "administrator")
+      halt 403, api? ? json_error("forbidden") : page(:"error/failed", status: 403)
     end
 
     # Makes the session the visitor's, under an id that nobody has seen before, and ends the one
@@ -54,7 +67,7 @@ module VistaroWeb
       return if expected && given.is_a?(String) && Rack::Utils.secure_compare(expected, given)
 
       log_event("refused", reason: "token")
-      halt 403, page(:"error/forbidden")
+      halt 403, api? ? json_error("token") : page(:"error/failed", status: 403)
     end
 
     def language
@@ -71,6 +84,26 @@ module VistaroWeb
     end
 
     private
+
+    # The session of the cookie, unless it is over, its account is not allowed any more, or it was
+    # begun when the settings let people in another way.
+    def session_that_stands
+      session = settings.store.find(cookie_value) or return
+      login = settings.login
+      return session if session.anonymous? == login.anonymous? &&
+                        session.still_allowed?(settings.store.now) { |user| login.account_again(user) }
+
+      EventLog.write("session_ended", user: session.username, reason: "account")
+      settings.store.finish(cookie_value)
+      nil
+    end
+
+    def anonymous_session
+      user = settings.login.anonymous_user or return
+      id, session = settings.store.begin_for(user, anonymous: true)
+      put_cookie(id)
+      session
+    end
 
     def cookie_name
       request.ssl? ? "__Host-vistaro" : "vistaro"

@@ -3,14 +3,32 @@
 module VistaroWeb
   module Search
     # What a search found, as a page shows it: plain values that need the library no more.
-    Results = Struct.new(:groups, :total, :seconds, :cut, :notes, :problem, :query, keyword_init: true) do
+    Results = Struct.new(:groups, :total, :seconds, :query, :cut, :names_only, :notes, :problem,
+                         keyword_init: true) do
+      # Nothing, because of a Problem.
+      def self.none(problem)
+        new(groups: [], total: 0, notes: [], problem: problem)
+      end
+
       def empty?
         groups.empty?
       end
     end
 
-    # Why a query was rejected: what is wrong, and before which character of `query`.
-    Problem = Struct.new(:text, :query, :offset, keyword_init: true)
+    # Why there was no search: `kind` is "query" for one that the index rejects, with its words in
+    # `text`, or what TypedSearch.queryFor tells, with the `part` that is meant. `offset` is a byte of
+    # `source`.
+    Problem = Struct.new(:kind, :text, :part, :source, :offset, keyword_init: true) do
+      # What stands before the offset, in whole characters.
+      def before
+        source.byteslice(0, offset).scrub("")
+      end
+
+      # What begins there; never empty, so that it can be marked.
+      def after
+        source.byteslice(offset..).to_s.scrub("").then { |rest| rest.empty? ? " " : rest }
+      end
+    end
 
     # The hits of one kind. `items` are those of the page, or the first few when there are several
     # groups; `whole` tells which.

@@ -24,22 +24,33 @@ module VistaroWeb
 
       def results
         start = Process.clock_gettime(Process::CLOCK_MONOTONIC)
-        query = query_from(@request.text)
-        manager = VTSearchManager.alloc.initWithUser(@user)
-        container = query && manager.executeQuery(query, forSearchFolders: folders)
-        return rejected(query, manager) if query && !container
+        typed = TypedSearch.queryFor(@request.text)
+        return not_a_query(typed) if typed["rejection"]
 
-        chosen, total = groups_in(container)
-        Results.new(groups: chosen, total: total, cut: manager.lastSearchWasCut, notes: [], query: query,
+        manager = VTSearchManager.alloc.initWithUser(@user)
+        container = manager.executeQuery(typed["query"], forSearchFolders: folders)
+        return rejected(typed["query"], manager) unless container
+
+        groups, total = groups_in(container)
+        Results.new(groups: groups, total: total, query: typed["query"], cut: manager.lastSearchWasCut,
+                    names_only: !typed["asksForText"], notes: notes(manager),
                     seconds: Process.clock_gettime(Process::CLOCK_MONOTONIC) - start)
       end
 
       private
 
-      def query_from(text)
-        return text if PlainWords.looksLikeQuery(text)
+      # What should be said beside the hits: [key of a text, its values].
+      def notes(manager)
+        told = manager.lastNotes
+        unknown = told["unknownAttributes"].map { |name| ["unknown_attribute", { name: name }] }
+        told["hasNoAccount"] ? [["no_account", {}], *unknown] : unknown
+      end
 
-        PlainWords.namesQueryFromWords(text)
+      # What was typed makes no query.
+      def not_a_query(typed)
+        problem = Problem.new(kind: typed["rejection"], part: typed["text"], source: @request.text,
+                              offset: typed["offset"])
+        Results.none(problem)
       end
 
       def folders
@@ -51,15 +62,16 @@ module VistaroWeb
         found ? [found] : []
       end
 
+      # The index takes what was typed for a wrong query.
       def rejected(query, manager)
         why = manager.lastRejection
-        problem = Problem.new(text: why && why["text"], query: query, offset: why && why["offset"])
-        Results.new(groups: [], total: 0, notes: [], problem: problem, query: query)
+        Results.none(Problem.new(kind: "query", text: why && why["text"], source: query,
+                                 offset: why ? why["offset"] : 0))
       end
 
       # The groups to show, and the number of hits in all of them.
       def groups_in(container)
-        found = container ? container.results.to_a : []
+        found = container.results.to_a
         total = found.sum(&:count)
         wanted = kind_title
         chosen = wanted ? found.select { |group| group.title == wanted } : found
