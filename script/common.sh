@@ -34,6 +34,17 @@ install_packages() {
     { tail -n 20 build/packages.log >&2; return 1; }
 }
 
+# Installs the exact packages of npm that the browser tests need, without a browser of their own.
+install_browser_tests() {
+  local folder=web/test/browser
+  cmp -s "$folder/package-lock.json" "$folder/node_modules/.installed-lock" && return
+  say "Installing the packages of $folder"
+  mkdir -p build
+  (cd "$folder" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm ci --no-audit --no-fund --ignore-scripts) \
+    >build/npm.log 2>&1 || { tail -n 20 build/npm.log >&2; return 1; }
+  cp "$folder/package-lock.json" "$folder/node_modules/.installed-lock"
+}
+
 # build PRESET [target…]: configures when needed and builds; output only when something fails.
 build() {
   local preset=$1 log=build/$1.log
