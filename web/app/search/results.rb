@@ -36,6 +36,7 @@ module VistaroWeb
                        keyword_init: true)
 
     # One hit. Names are as the file system has them: bytes that may not be UTF-8.
-    Item = Struct.new(:id, :name, :folder, :modified, :used, :bytes, :directory, keyword_init: true)
+    Item = Struct.new(:id, :name, :folder, :modified, :used, :bytes, :type, :directory,
+                      keyword_init: true)
   end
 end

@@ -131,12 +131,13 @@ module VistaroWeb
 
       def item_at(group, index)
         path = group.pathForItemAtIndex(index)
-        types = group.valueForKey("kMDItemContentTypeTree", atIndex: index)
-        Item.new(id: @session.item_ids.id_of(path), name: File.basename(path), folder: File.dirname(path),
+        types = (group.valueForKey("kMDItemContentTypeTree", atIndex: index) || []).to_a
+        Item.new(id: @session.item_ids.id_of(ItemIds::Hit.new(path, types, group.title)),
+                 name: File.basename(path), folder: File.dirname(path),
                  modified: group.valueForKey("kMDItemContentModificationDate", atIndex: index),
                  used: group.valueForKey("kMDItemLastUsedDate", atIndex: index),
                  bytes: group.valueForKey("kMDItemFSSize", atIndex: index),
-                 directory: types ? types.include?("public.directory") : false)
+                 type: types.first, directory: types.include?("public.directory"))
       end
     end
   end
