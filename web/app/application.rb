@@ -18,6 +18,7 @@ require_relative "routes/errors"
 require_relative "routes/item"
 require_relative "routes/login"
 require_relative "routes/pictures"
+require_relative "routes/saved"
 require_relative "routes/search"
 
 module VistaroWeb
@@ -42,6 +43,6 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-    register Routes::Errors, Routes::Item, Routes::Login, Routes::Pictures, Routes::Search
+    register Routes::Errors, Routes::Item, Routes::Login, Routes::Pictures, Routes::Saved, Routes::Search
   end
 end

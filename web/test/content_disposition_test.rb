@@ -15,9 +15,9 @@ class ContentDispositionTest < Minitest::Test
       "a b.txt" => %(attachment; filename="a b.txt"; filename*=UTF-8''a%20b.txt),
       "Größe.pdf" => %(attachment; filename="Gro__e.pdf"; filename*=UTF-8''Gr%C3%B6%C3%9Fe.pdf),
       "a\"; filename=\"b.exe" => %(attachment; filename="a__ filename=_b.exe"; ) +
-                                 "filename*=UTF-8''a%22%3B%20filename%3D%22b.exe",
+        "filename*=UTF-8''a%22%3B%20filename%3D%22b.exe",
       "a\r\nSet-Cookie: x=1" => %(attachment; filename="a__Set-Cookie: x=1"; ) +
-                                "filename*=UTF-8''a__Set-Cookie%3A%20x%3D1",
+        "filename*=UTF-8''a__Set-Cookie%3A%20x%3D1",
       "../../etc/passwd" => %(attachment; filename=".._.._etc_passwd"; filename*=UTF-8''.._.._etc_passwd),
       "a\\b" => %(attachment; filename="a_b"; filename*=UTF-8''a_b),
       "\u202Egpj.exe" => %(attachment; filename="gpj.exe"; filename*=UTF-8''gpj.exe),
@@ -31,7 +31,8 @@ class ContentDispositionTest < Minitest::Test
     500.times do
       text = header(random.bytes(random.rand(1..40)))
       assert text.ascii_only?
-      assert_match(/\Aattachment; filename="[^"\\\x00-\x1f\x7f]*"; filename\*=UTF-8''[\w!$&+.^`|~%#-]*\z/, text)
+      plain = /\Aattachment; filename="[^"\\\x00-\x1f\x7f]*"; filename\*=UTF-8''/
+      assert_match(/#{plain}[\w!$&+.^`|~%#-]*\z/, text)
     end
   end
 end

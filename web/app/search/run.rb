@@ -32,8 +32,9 @@ module VistaroWeb
         return rejected(typed["query"], manager) unless container
 
         groups, total = groups_in(container)
-        Results.new(groups: groups, total: total, query: typed["query"], cut: manager.lastSearchWasCut,
+        Results.new(groups: groups, total: total, kind: kind_title, query: typed["query"],
                     names_only: !typed["asksForText"], notes: notes(manager),
+                    cut: manager.lastSearchWasCut,
                     seconds: Process.clock_gettime(Process::CLOCK_MONOTONIC) - start)
       end
 
@@ -74,9 +75,11 @@ module VistaroWeb
         found = container.results.to_a
         total = found.sum(&:count)
         wanted = kind_title
-        chosen = wanted ? found.select { |group| group.title == wanted } : found
-        whole = wanted || found.size == 1
-        [found.map { |group| shown(group, items: chosen.include?(group), whole: whole) }, total]
+        whole = !wanted.nil? || found.size == 1
+        groups = found.map do |group|
+          shown(group, items: wanted.nil? || group.title == wanted, whole: whole)
+        end
+        [groups, total]
       end
 
       def kind_title
@@ -137,7 +140,7 @@ module VistaroWeb
                  modified: group.valueForKey("kMDItemContentModificationDate", atIndex: index),
                  used: group.valueForKey("kMDItemLastUsedDate", atIndex: index),
                  bytes: group.valueForKey("kMDItemFSSize", atIndex: index),
-                 type: types.first, directory: types.include?("public.directory"))
+                 types: types, directory: types.include?("public.directory"))
       end
     end
   end
