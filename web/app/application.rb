@@ -10,11 +10,15 @@ require_relative "text"
 require_relative "sessions"
 require_relative "security/browser_checks"
 require_relative "security/headers"
+require_relative "security/running_limit"
 require_relative "helpers/formatting"
 require_relative "helpers/forms"
 require_relative "helpers/visit"
 require_relative "routes/errors"
+require_relative "routes/item"
 require_relative "routes/login"
+require_relative "routes/pictures"
+require_relative "routes/saved"
 require_relative "routes/search"
 
 module VistaroWeb
@@ -39,6 +43,6 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-    register Routes::Errors, Routes::Login, Routes::Search
+    register Routes::Errors, Routes::Item, Routes::Login, Routes::Pictures, Routes::Saved, Routes::Search
   end
 end

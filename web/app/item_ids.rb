@@ -7,31 +7,36 @@ module VistaroWeb
   # The names by which one session's pages speak of files: an address holds no path. The same path
   # has the same id for as long as the session lasts, and another one in every other session.
   class ItemIds
-    # About a hundred pages of results. The path that was longest not asked for is forgotten.
-    MOST = 10_000
+    # What a search told of a file: its path, which is bytes, its content types, the most specific one
+    # first, and the title of its kind.
+    Hit = Struct.new(:path, :types, :kind)
+
+    # About a hundred pages of results. What was longest not asked for is forgotten.
+    MOST = 5_000
 
     def initialize
       @key = SecureRandom.bytes(32)
-      @paths = {}
+      @hits = {}
       @lock = Mutex.new
     end
 
-    # The id of the path, which is bytes.
-    def id_of(path)
-      id = [OpenSSL::HMAC.digest("SHA256", @key, path)[0, 16]].pack("m0").tr("+/", "-_").delete("=")
+    # The id of what a search found.
+    def id_of(hit)
+      digest = OpenSSL::HMAC.digest("SHA256", @key, hit.path)[0, 16]
+      id = [digest].pack("m0").tr("+/", "-_").delete("=")
       @lock.synchronize do
-        @paths.delete(id)
-        @paths[id] = path
-        @paths.shift if @paths.size > MOST
+        @hits.delete(id)
+        @hits[id] = hit
+        @hits.shift if @hits.size > MOST
       end
       id
     end
 
-    # The path that a page of this session called so; nil for any other id.
-    def path_of(id)
+    # What a page of this session called so; nil for any other id.
+    def hit_of(id)
       @lock.synchronize do
-        path = @paths.delete(id)
-        path && (@paths[id] = path)
+        hit = @hits.delete(id)
+        hit && (@hits[id] = hit)
       end
     end
   end

@@ -41,6 +41,18 @@ module VistaroWeb
           .gsub(/[\u0000-\u001f\u007f-\u009f\u202a-\u202e\u2066-\u2069]/, "\u{FFFD}")
     end
 
+    # A value of the library as a page shows it.
+    def value_text(value)
+      case value
+      when true, false then t("common.#{value}")
+      when Time then value.localtime.strftime(t("common.time_format"))
+      when Integer then number_text(value)
+      when Float then value.round(3).to_s.delete_suffix(".0")
+      when Array then value.map { |part| value_text(part) }.join(", ")
+      else name_text(value)
+      end
+    end
+
     # The address of a file of `public`, which changes when the file does.
     def asset_path(name)
       settings.assets.address_of(name)

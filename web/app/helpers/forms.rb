@@ -13,6 +13,12 @@ module VistaroWeb
       erb(template, layout: false, locals: locals)
     end
 
+    # What was filled in, as text: "" when it was not, or is none.
+    def field(name)
+      value = params[name]
+      value.is_a?(String) ? value.dup.force_encoding(Encoding::UTF_8).scrub.tr("\0", "") : ""
+    end
+
     # The hidden field that every form has. Safe: it holds hexadecimal digits alone.
     def token_field
       %(<input type="hidden" name="token" value="#{form_token}">)

@@ -7,6 +7,7 @@ module VistaroWeb
       def self.registered(app)
         app.not_found { Errors.answer(self, 404) }
         app.error(Sinatra::BadRequest) { Errors.answer(self, 400) }
+        app.error(Security::RunningLimit::Exceeded) { Errors.answer(self, 429) }
         app.error do
           problem = env["sinatra.error"]
           log_event("failed", path: request.path_info, error: problem.class.name,

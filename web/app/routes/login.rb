@@ -40,8 +40,8 @@ module VistaroWeb
       # What the routes need besides.
       module Helpers
         # The address to go to afterwards: one of ours, whatever was asked for.
-        def own_target(address)
-          address.to_s.match?(%r{\A/(?![/\\])[^\x00-\x20\x7f\\]*\z}) ? address : "/"
+        def own_target(address, otherwise = "/")
+          address.to_s.match?(%r{\A/(?![/\\])[^\x00-\x20\x7f\\]*\z}) ? address : otherwise
         end
       end
     end

@@ -36,13 +36,17 @@ module VistaroWeb
         text.strip.empty?
       end
 
+      # The number of the page unless it is the first.
+      def page_or_nil
+        page if page > 1
+      end
+
       # The address of this search with some of it changed; nil leaves a part out. Another kind, order
-      # or view begins at its first page.
-      def address(**changes)
-        changes = { page: nil }.merge(changes) unless changes.key?(:page)
+      # or view begins at its first page. `path` is that of another page that takes the same.
+      def address(path: "/search", **changes)
         parts = { q: text, in: scope, kind: kind, sort: sort, order: (descending? ? "down" : nil),
-                  page: (page > 1 ? page : nil), view: view }.merge(changes).compact
-        "/search?#{Rack::Utils.build_query(parts)}"
+                  view: view }.merge(changes).compact
+        "#{path}?#{Rack::Utils.build_query(parts)}"
       end
 
       private

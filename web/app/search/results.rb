@@ -3,7 +3,8 @@
 module VistaroWeb
   module Search
     # What a search found, as a page shows it: plain values that need the library no more.
-    Results = Struct.new(:groups, :total, :seconds, :query, :cut, :names_only, :notes, :problem,
+    # `kind` is the title of the only kind that is shown; nil for all.
+    Results = Struct.new(:groups, :total, :kind, :seconds, :query, :cut, :names_only, :notes, :problem,
                          keyword_init: true) do
       # Nothing, because of a Problem.
       def self.none(problem)
@@ -36,6 +37,7 @@ module VistaroWeb
                        keyword_init: true)
 
     # One hit. Names are as the file system has them: bytes that may not be UTF-8.
-    Item = Struct.new(:id, :name, :folder, :modified, :used, :bytes, :directory, keyword_init: true)
+    Item = Struct.new(:id, :name, :folder, :modified, :used, :bytes, :types, :directory,
+                      keyword_init: true)
   end
 end

@@ -32,8 +32,9 @@ module VistaroWeb
         return rejected(typed["query"], manager) unless container
 
         groups, total = groups_in(container)
-        Results.new(groups: groups, total: total, query: typed["query"], cut: manager.lastSearchWasCut,
+        Results.new(groups: groups, total: total, kind: kind_title, query: typed["query"],
                     names_only: !typed["asksForText"], notes: notes(manager),
+                    cut: manager.lastSearchWasCut,
                     seconds: Process.clock_gettime(Process::CLOCK_MONOTONIC) - start)
       end
 
@@ -74,9 +75,11 @@ module VistaroWeb
         found = container.results.to_a
         total = found.sum(&:count)
         wanted = kind_title
-        chosen = wanted ? found.select { |group| group.title == wanted } : found
-        whole = wanted || found.size == 1
-        [found.map { |group| shown(group, items: chosen.include?(group), whole: whole) }, total]
+        whole = !wanted.nil? || found.size == 1
+        groups = found.map do |group|
+          shown(group, items: wanted.nil? || group.title == wanted, whole: whole)
+        end
+        [groups, total]
       end
 
       def kind_title
@@ -131,12 +134,13 @@ module VistaroWeb
 
       def item_at(group, index)
         path = group.pathForItemAtIndex(index)
-        types = group.valueForKey("kMDItemContentTypeTree", atIndex: index)
-        Item.new(id: @session.item_ids.id_of(path), name: File.basename(path), folder: File.dirname(path),
+        types = (group.valueForKey("kMDItemContentTypeTree", atIndex: index) || []).to_a
+        Item.new(id: @session.item_ids.id_of(ItemIds::Hit.new(path, types, group.title)),
+                 name: File.basename(path), folder: File.dirname(path),
                  modified: group.valueForKey("kMDItemContentModificationDate", atIndex: index),
                  used: group.valueForKey("kMDItemLastUsedDate", atIndex: index),
                  bytes: group.valueForKey("kMDItemFSSize", atIndex: index),
-                 directory: types ? types.include?("public.directory") : false)
+                 types: types, directory: types.include?("public.directory"))
       end
     end
   end

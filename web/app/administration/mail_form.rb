@@ -1,0 +1,31 @@
+# frozen_string_literal: true
+
+require_relative "form"
+require_relative "../mail/address"
+
+module VistaroWeb
+  module Administration
+    # How mail is sent.
+    class MailForm < Form
+      setting "mailEnabled", :flag
+      setting "smtpFromEmailAddress", :text, pattern: Mail::Address::PATTERN
+      setting "smtpServerAddress", :text, pattern: /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z|\A[0-9A-Fa-f:]+\z/
+      setting "smtpDefaultServerPort", :flag
+      setting "smtpCustomServerPort", :port
+      setting "smtpUseSSL", :flag
+      setting "smtpServerAuthenticationMode", :number
+      setting "smtpServerUsername", :text, pattern: /\A[^[:cntrl:]]{1,200}\z/
+      setting "smtpServerPassword", :secret
+
+      private
+
+      def problem_together
+        return "no_mail_host" if on?("mailEnabled") && value("smtpServerAddress").empty?
+        return "no_sender" if on?("mailEnabled") && value("smtpFromEmailAddress").empty?
+        return "no_mail_port" if !on?("smtpDefaultServerPort") && value("smtpCustomServerPort").empty?
+
+        "login_in_clear" if !value("smtpServerUsername").empty? && !on?("smtpUseSSL")
+      end
+    end
+  end
+end
