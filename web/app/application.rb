@@ -14,10 +14,14 @@ require_relative "security/running_limit"
 require_relative "helpers/formatting"
 require_relative "helpers/forms"
 require_relative "helpers/visit"
+require_relative "routes/administration"
 require_relative "routes/errors"
+require_relative "routes/folders"
 require_relative "routes/item"
 require_relative "routes/login"
+require_relative "routes/mail"
 require_relative "routes/pictures"
+require_relative "routes/preferences"
 require_relative "routes/saved"
 require_relative "routes/search"
 
@@ -43,6 +47,7 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-    register Routes::Errors, Routes::Item, Routes::Login, Routes::Pictures, Routes::Saved, Routes::Search
+    register Routes::Administration, Routes::Errors, Routes::Folders, Routes::Item, Routes::Login,
+             Routes::Mail, Routes::Pictures, Routes::Preferences, Routes::Saved, Routes::Search
   end
 end

@@ -17,11 +17,6 @@ module VistaroWeb
       ACTIONS[user.defaultAction] || ACTIONS.first
     end
 
-    # What a form asks for.
-    def self.wanted(params)
-      Wanted.new(params["per_page"].to_s, params["folder"].to_s, params["kind"].to_s, params["action"].to_s)
-    end
-
     def initialize(user)
       @per_page = user.resultsPerPage.to_s
       @folder = user.defaultSearchFolder&.title.to_s
@@ -37,7 +32,7 @@ module VistaroWeb
       self
     end
 
-    # What was typed into the form, each a text; "" for all folders and for all kinds.
+    # What a form asks for, each a text; "" for all folders and for all kinds.
     Wanted = Struct.new(:per_page, :folder, :kind, :action) do
       include VistaroRuby
 

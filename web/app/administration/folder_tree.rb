@@ -81,8 +81,7 @@ module VistaroWeb
         list.insert(index + by, list.delete_at(index)) if (index + by).between?(0, list.size - 1)
       end
 
-      def path=(change)
-        title, path = change
+      def put_at(title, path)
         entry = find(title)
         entry["path"] = canonical(path) unless entry["path"] == path
       end

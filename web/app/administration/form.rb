@@ -4,7 +4,8 @@ module VistaroWeb
   module Administration
     # Settings that are changed together, by a form whose fields have their names.
     class Form
-      # How one is typed and stored: :text, :secret (never shown; kept when nothing is typed), :port, :number, :flag.
+      # How one is typed and stored: :text, :secret (never shown; kept when nothing is typed), :port,
+      # :number, :flag.
       Setting = Struct.new(:name, :type, :pattern)
 
       class << self
@@ -24,9 +25,10 @@ module VistaroWeb
         new(all.to_h { |setting| [setting.name, text_of(settings, setting)] })
       end
 
-      # What was typed into the form. A box that was not ticked is not sent.
-      def self.typed(params)
-        new(all.to_h { |setting| [setting.name, params[setting.name].to_s] }, params["forget"] == "1")
+      # What was typed into the form: the block gives the text of a field. A box that was not ticked is
+      # not sent.
+      def self.typed
+        new(all.to_h { |setting| [setting.name, yield(setting.name)] }, yield("forget") == "1")
       end
 
       def self.text_of(settings, setting)
@@ -39,7 +41,7 @@ module VistaroWeb
       end
 
       # `values` are texts by name; `forgets_secrets` removes those that nothing is typed for.
-      def initialize(values, forgets_secrets = false)
+      def initialize(values, forgets_secrets = nil)
         @values = values
         @forgets_secrets = forgets_secrets
       end

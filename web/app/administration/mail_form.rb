@@ -7,9 +7,11 @@ module VistaroWeb
   module Administration
     # How mail is sent.
     class MailForm < Form
+      HOST = /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z|\A[0-9A-Fa-f:]+\z/
+
       setting "mailEnabled", :flag
       setting "smtpFromEmailAddress", :text, pattern: Mail::Address::PATTERN
-      setting "smtpServerAddress", :text, pattern: /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z|\A[0-9A-Fa-f:]+\z/
+      setting "smtpServerAddress", :text, pattern: HOST
       setting "smtpDefaultServerPort", :flag
       setting "smtpCustomServerPort", :port
       setting "smtpUseSSL", :flag

@@ -34,6 +34,13 @@ module VistaroWeb
       Text.number(language, number)
     end
 
+    # The title of a kind in the visitor's language; as it is when it is none of those that ship.
+    def kind_name(title)
+      t("kinds.#{title.downcase.tr(' ', '_')}")
+    rescue KeyError
+      title
+    end
+
     # A name as it can be shown: bytes that are not UTF-8 become U+FFFD, and control characters,
     # which could turn the text around them, their pictures.
     def name_text(name)
