@@ -14,6 +14,8 @@ require_relative "security/running_limit"
 require_relative "helpers/formatting"
 require_relative "helpers/forms"
 require_relative "helpers/visit"
+require_relative "routes/api"
+require_relative "routes/api_session"
 require_relative "routes/errors"
 require_relative "routes/item"
 require_relative "routes/login"
@@ -43,6 +45,7 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-    register Routes::Errors, Routes::Item, Routes::Login, Routes::Pictures, Routes::Saved, Routes::Search
+    register Routes::API, Routes::APISession, Routes::Errors, Routes::Item, Routes::Login,
+             Routes::Pictures, Routes::Saved, Routes::Search
   end
 end

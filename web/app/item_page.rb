@@ -51,7 +51,27 @@ module VistaroWeb
       @emailable
     end
 
+    # For programs: values as JSON has them.
+    def data
+      { name: text(name), kind: kind, path: text(path), folders: folders.map { |part| text(part) },
+        folder: directory?, downloadable: downloadable?, open: open_address, link: web_link,
+        metadata: (facts + more_facts).to_h { |fact| [fact.name, plain(fact.value)] } }
+    end
+
     private
+
+    def plain(value)
+      case value
+      when Time then value.to_f
+      when String then text(value)
+      when Array then value.map { |part| plain(part) }
+      else value
+      end
+    end
+
+    def text(name)
+      name.dup.force_encoding(Encoding::UTF_8).scrub("\u{FFFD}")
+    end
 
     # An address that a page may lead to.
     def allowed(address)
