@@ -14,7 +14,9 @@ require_relative "security/running_limit"
 require_relative "helpers/formatting"
 require_relative "helpers/forms"
 require_relative "helpers/visit"
-require_relative "routes/administration"
+    register Routes::API, Routes::APISession, Routes::Administration, Routes::Errors, Routes::Folders,
+             Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures, Routes::Preferences,
+             Routes::Saved, Routes::Search
 require_relative "routes/errors"
 require_relative "routes/folders"
 require_relative "routes/item"
@@ -47,7 +49,12 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
+<<<<<<< HEAD
     register Routes::Administration, Routes::Errors, Routes::Folders, Routes::Item, Routes::Login,
              Routes::Mail, Routes::Pictures, Routes::Preferences, Routes::Saved, Routes::Search
+=======
+    register Routes::API, Routes::APISession, Routes::Errors, Routes::Item, Routes::Login,
+             Routes::Pictures, Routes::Saved, Routes::Search
+>>>>>>> refs/heads/web
   end
 end

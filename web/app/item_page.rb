@@ -1,5 +1,7 @@
 # frozen_string_literal: true
 
+require_relative "search_folders"
+
 module VistaroWeb
   # What the page of an item shows: plain values that need the library no more. To be made with the
   # library entered.
@@ -7,6 +9,11 @@ module VistaroWeb
     # What people want to see of any file stands first, by attribute.
     FIRST = %w[kMDItemKind kMDItemFSSize kMDItemContentModificationDate kMDItemContentCreationDate
                kMDItemLastUsedDate].freeze
+    # What few want to know of.
+    LESS = %w[kMDItemLogicalSize kMDItemPhysicalSize kMDItemFSCreationDate kMDItemFSContentChangeDate
+              kMDItemFSOwnerUserID kMDItemFSOwnerGroupID kMDItemFSInvisible kMDItemFSIsExtensionHidden
+              kMDItemFSHasCustomIcon kMDItemFSLabel kMDItemContentType kMDItemAttributeChangeDate
+              kMDItemDateAdded kMDItemFSNodeCount].freeze
     # Said elsewhere on the page, or of no use to people.
     LEFT_OUT = %w[kMDItemPath kMDItemDisplayName kMDItemFSName kMDItemContentTypeTree
                   kMDItemTextContent].freeze
@@ -15,19 +22,20 @@ module VistaroWeb
     # One line of what is known; a size is a number of bytes.
     Fact = Struct.new(:name, :value, :size?)
 
-    attr_reader :name, :kind, :path, :folders, :facts, :open_address, :web_link, :types
+    attr_reader :name, :kind, :path, :folders, :facts, :more_facts, :open_address, :web_link, :types
 
     def initialize(item, machine)
       @name = item.name
       @kind = item.kind
       @path = item.path
-      @folders = folders_of(item.folder)
+      @folders = SearchFolders.new.names_to(item.folder.b)
       @directory = item.directory?
       @downloadable = item.downloadable?
       @emailable = item.emailable?
       @open_address = allowed(item.open_address(**machine))
       @web_link = item.web_link
-      @facts = facts_in(item.metadata)
+      less = titles_of(LESS)
+      @more_facts, @facts = facts_in(item.metadata).partition { |fact| less.include?(fact.name) }
       @types = item.types
     end
 
@@ -43,27 +51,26 @@ module VistaroWeb
       @emailable
     end
 
+    # For programs: values as JSON has them.
+    def data
+      { name: text(name), kind: kind, path: text(path), folders: folders.map { |part| text(part) },
+        folder: directory?, downloadable: downloadable?, open: open_address, link: web_link,
+        metadata: (facts + more_facts).to_h { |fact| [fact.name, plain(fact.value)] } }
+    end
+
     private
 
-    # From the title of the search folder down; from the root when it lies in none by its name.
-    def folders_of(folder)
-      root, title = search_folders.find { |path, _| "#{folder}/".start_with?("#{path}/") }
-      return folder.split("/").reject(&:empty?) unless root
-
-      [title, *folder.delete_prefix(root).split("/").reject(&:empty?)]
-    end
-
-    # [path, title] of each that is no group.
-    def search_folders
-      concrete(VistaroRuby::VTSettings.sharedInstance.searchFolders).map do |folder|
-        [folder.path.to_s.b.delete_suffix("/"), folder.title]
+    def plain(value)
+      case value
+      when Time then value.to_f
+      when String then text(value)
+      when Array then value.map { |part| plain(part) }
+      else value
       end
     end
 
-    def concrete(folders)
-      folders.flat_map do |folder|
-        folder.is_a?(VistaroRuby::VTSearchFolderGroup) ? concrete(folder.folders) : [folder]
-      end
+    def text(name)
+      name.dup.force_encoding(Encoding::UTF_8).scrub("\u{FFFD}")
     end
 
     # An address that a page may lead to.

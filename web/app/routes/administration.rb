@@ -19,8 +19,7 @@ module VistaroWeb
         app.helpers Helpers
 
         app.before(%r{/admin(/.*)?}) do
-          require_login
-          refuse_visitor unless session_of_visitor.administrator?
+          require_administrator
           require_form_token if request.post?
         end
 
@@ -41,11 +40,6 @@ module VistaroWeb
         end
 
         private
-
-        def refuse_visitor
-          log_event("refused", reason: "administration", path: request.path_info)
-          halt 403, page(:"error/forbidden")
-        end
 
         def change_by_form(name, form)
           typed = form.typed { |setting| field(setting) }

@@ -20,7 +20,7 @@ module VistaroWeb
         route.status status
         return route.page(:"error/failed", status: status) unless route.api?
 
-        route.json_error(status == 404 ? "not_found" : "failed")
+        route.json_error({ 404 => "not_found", 429 => "busy" }.fetch(status, "failed"))
       end
     end
   end

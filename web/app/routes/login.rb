@@ -14,16 +14,10 @@ module VistaroWeb
 
         app.post "/login" do
           require_form_token
-          name = params["name"].to_s
-          outcome = settings.login.attempt(name, params["password"].to_s, request.ip)
-          log_event("login_#{outcome.kind}", name: name)
-          unless outcome.user
-            status outcome.kind == :throttled ? 429 : 401
-            next page(:"login/form", problem: outcome.kind, name: name,
-                                     target: own_target(params["to"]))
-          end
-          take_session(*settings.store.begin_for(outcome.user))
-          redirect own_target(params["to"]), 303
+          outcome = log_in(field("name"), field("password"))
+          redirect own_target(params["to"]), 303 if outcome.user
+          status outcome.kind == :throttled ? 429 : 401
+          page :"login/form", problem: outcome.kind, name: field("name"), target: own_target(params["to"])
         end
 
         app.post "/logout" do
@@ -39,6 +33,14 @@ module VistaroWeb
 
       # What the routes need besides.
       module Helpers
+        # Begins a session when name and password are right; gives the Login::Outcome.
+        def log_in(name, password)
+          outcome = settings.login.attempt(name, password, request.ip)
+          log_event("login_#{outcome.kind}", name: name[0, 256])
+          take_session(*settings.store.begin_for(outcome.user)) if outcome.user
+          outcome
+        end
+
         # The address to go to afterwards: one of ours, whatever was asked for.
         def own_target(address, otherwise = "/")
           address.to_s.match?(%r{\A/(?![/\\])[^\x00-\x20\x7f\\]*\z}) ? address : otherwise

@@ -70,7 +70,7 @@ module VistaroWeb
 
         # Whoever asks is shown what the host said only when there is something to do about it.
         def host_answer(job)
-          job.answer if session_of_visitor.administrator?
+          job.answer if administrator?
         end
 
         private

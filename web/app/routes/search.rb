@@ -19,11 +19,8 @@ module VistaroWeb
         app.get "/search" do
           require_login
           asked = VistaroWeb::Search::Request.new(params)
-          choices, results = settings.searches_running.run(user.uid) do
-            Library.enter do
-              [VistaroWeb::Search::Choices.new(asked, user),
-               (VistaroWeb::Search::Run.new(asked, session_of_visitor).results unless asked.blank?)]
-            end
+          choices, results = run_search(asked) do |search|
+            [VistaroWeb::Search::Choices.new(asked, user), (search.results unless asked.blank?)]
           end
           if params["part"] == "results"
             next part(:"search/results", asked: asked, results: results, saved: choices.saved)
@@ -35,6 +32,14 @@ module VistaroWeb
 
       # What the pages need besides.
       module Helpers
+        # Gives what the block makes of a Search::Run, with the library entered. Raises
+        # Security::RunningLimit::Exceeded when the user has enough running.
+        def run_search(asked)
+          settings.searches_running.run(user.uid) do
+            Library.enter { yield VistaroWeb::Search::Run.new(asked, session_of_visitor) }
+          end
+        end
+
         # The page of the item, from which one comes back to the search.
         def item_address(item, asked)
           "/item/#{item.id}?#{Rack::Utils.build_query('from' => asked.address(page: asked.page_or_nil))}"

@@ -16,10 +16,10 @@ module VistaroWeb
       end
     end
 
-    # Why there was no search: `kind` is "query" for one that the index rejects, with its words in
-    # `text`, or what TypedSearch.queryFor tells, with the `part` that is meant. `offset` is a byte of
-    # `source`.
-    Problem = Struct.new(:kind, :text, :part, :source, :offset, keyword_init: true) do
+    # Why there was no search: `kind` is "query" for one that the index rejects, with what it
+    # expects, in English, as `part`; or what TypedSearch.queryFor tells, with the part that is meant.
+    # `offset` is a byte of `source`.
+    Problem = Struct.new(:kind, :part, :source, :offset, keyword_init: true) do
       # What stands before the offset, in whole characters.
       def before
         source.byteslice(0, offset).scrub("")
@@ -36,8 +36,9 @@ module VistaroWeb
     Group = Struct.new(:title, :total, :items, :page, :pages, :thumbnails, :sorted_by, :descending, :whole,
                        keyword_init: true)
 
-    # One hit. Names are as the file system has them: bytes that may not be UTF-8.
-    Item = Struct.new(:id, :name, :folder, :modified, :used, :bytes, :types, :directory,
+    # One hit. Names are as the file system has them: bytes that may not be UTF-8. `folders` are
+    # the names that lead to it.
+    Item = Struct.new(:id, :name, :folders, :modified, :used, :bytes, :types, :directory,
                       keyword_init: true)
   end
 end

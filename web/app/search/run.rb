@@ -2,6 +2,7 @@
 
 require_relative "request"
 require_relative "results"
+require_relative "../search_folders"
 
 module VistaroWeb
   module Search
@@ -19,6 +20,7 @@ module VistaroWeb
       def initialize(request, session)
         @request = request
         @session = session
+        @folders = SearchFolders.new
         @user = session.user or raise ArgumentError, "a search needs a user"
       end
 
@@ -66,7 +68,7 @@ module VistaroWeb
       # The index takes what was typed for a wrong query.
       def rejected(query, manager)
         why = manager.lastRejection
-        Results.none(Problem.new(kind: "query", text: why && why["text"], source: query,
+        Results.none(Problem.new(kind: "query", part: why && why["expected"], source: query,
                                  offset: why ? why["offset"] : 0))
       end
 
@@ -136,7 +138,7 @@ module VistaroWeb
         path = group.pathForItemAtIndex(index)
         types = (group.valueForKey("kMDItemContentTypeTree", atIndex: index) || []).to_a
         Item.new(id: @session.item_ids.id_of(ItemIds::Hit.new(path, types, group.title)),
-                 name: File.basename(path), folder: File.dirname(path),
+                 name: File.basename(path), folders: @folders.names_to(File.dirname(path).b),
                  modified: group.valueForKey("kMDItemContentModificationDate", atIndex: index),
                  used: group.valueForKey("kMDItemLastUsedDate", atIndex: index),
                  bytes: group.valueForKey("kMDItemFSSize", atIndex: index),
