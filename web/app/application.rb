@@ -14,9 +14,9 @@ require_relative "security/running_limit"
 require_relative "helpers/formatting"
 require_relative "helpers/forms"
 require_relative "helpers/visit"
-    register Routes::API, Routes::APISession, Routes::Administration, Routes::Errors, Routes::Folders,
-             Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures, Routes::Preferences,
-             Routes::Saved, Routes::Search
+require_relative "routes/administration"
+require_relative "routes/api"
+require_relative "routes/api_session"
 require_relative "routes/errors"
 require_relative "routes/folders"
 require_relative "routes/item"
@@ -49,12 +49,8 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-<<<<<<< HEAD
-    register Routes::Administration, Routes::Errors, Routes::Folders, Routes::Item, Routes::Login,
-             Routes::Mail, Routes::Pictures, Routes::Preferences, Routes::Saved, Routes::Search
-=======
-    register Routes::API, Routes::APISession, Routes::Errors, Routes::Item, Routes::Login,
-             Routes::Pictures, Routes::Saved, Routes::Search
->>>>>>> refs/heads/web
+    register Routes::API, Routes::APISession, Routes::Administration, Routes::Errors, Routes::Folders,
+             Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures, Routes::Preferences,
+             Routes::Saved, Routes::Search
   end
 end
