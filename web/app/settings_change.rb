@@ -23,12 +23,12 @@ module VistaroWeb
     class << self
       # Yields the settings with the library entered, saves them, and gives what the block gives. When
       # the block raises, nothing is changed.
-      def make
+      def make(&block)
         with_lock do
           # Status 3: the file is there and cannot be understood. What it holds must not be lost.
           raise Failed, :damaged if Command.run("settings", "list").last == 3
 
-          Library.enter { change(VistaroRuby::VTSettings.sharedInstance) { |settings| yield settings } }
+          Library.enter { change(VistaroRuby::VTSettings.sharedInstance, &block) }
         end
       end
 

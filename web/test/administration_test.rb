@@ -38,7 +38,8 @@ class AdministrationTest < WebTest
                       "of" => "Tree", "change" => "remove" }
       assert_equal 403, status, address
     end
-    assert_equal before, File.exist?(VTSettings.settingsStoragePath) && File.read(VTSettings.settingsStoragePath)
+    assert_equal before,
+File.exist?(VTSettings.settingsStoragePath) && File.read(VTSettings.settingsStoragePath)
   end
 
   def test_takes_no_form_but_its_own
@@ -63,14 +64,15 @@ class AdministrationTest < WebTest
   end
 
   def test_changes_the_server
-    send_form "/admin/server", "serverName" => "files.example.org", "serverPort" => "9100", "sslEnabled" => "1",
-                               "useSSLTestCertificate" => "1"
+    send_form "/admin/server", "serverName" => "files.example.org", "serverPort" => "9100",
+                               "sslEnabled" => "1", "useSSLTestCertificate" => "1"
     assert_equal "/admin/server?done=saved", last_response["Location"]
     follow_redirect!
     assert_includes body, "take effect when the server is started again"
     settings.reloadConfig
     assert_equal ["files.example.org", 9100, true, true],
-                 [settings.serverName, settings.serverPort, settings.sslEnabled, settings.useSSLTestCertificate]
+                 [settings.serverName, settings.serverPort, settings.sslEnabled,
+                  settings.useSSLTestCertificate]
     refute settings.userAuthenticationDisabled
   end
 
@@ -96,26 +98,25 @@ class AdministrationTest < WebTest
   end
 
   def test_keeps_the_password_of_the_mail_host_and_never_shows_it
-    send_form "/admin/mail", "smtpServerUsername" => "sender", "smtpServerPassword" => "geheim", "smtpUseSSL" => "1",
-                             "smtpServerAuthenticationMode" => "1", "smtpDefaultServerPort" => "1"
+    fields = { "smtpUseSSL" => "1", "smtpServerAuthenticationMode" => "1", "smtpDefaultServerPort" => "1" }
+    send_form "/admin/mail", fields.merge("smtpServerUsername" => "sender", "smtpServerPassword" => "geheim")
     follow_redirect!
     refute_includes body, "geheim"
     assert_includes body, "A password is stored."
-    send_form "/admin/mail", "smtpServerUsername" => "other", "smtpUseSSL" => "1", "smtpServerAuthenticationMode" => "1",
-                             "smtpDefaultServerPort" => "1"
+    send_form "/admin/mail", fields.merge("smtpServerUsername" => "other")
     assert_equal %w[other geheim], [settings.smtpServerUsername, settings.smtpServerPassword]
-    send_form "/admin/mail", "forget" => "1", "smtpServerAuthenticationMode" => "1", "smtpDefaultServerPort" => "1"
+    send_form "/admin/mail", fields.merge("forget" => "1")
     assert_nil settings.smtpServerPassword
     assert_nil settings.smtpServerUsername
     refute_includes @log.string, "geheim"
   end
 
   def test_refuses_mail_that_cannot_work
-    good = { "mailEnabled" => "1", "smtpFromEmailAddress" => "a@example.org", "smtpServerAddress" => "localhost",
-             "smtpDefaultServerPort" => "1" }
-    [{ "smtpServerAddress" => "" }, { "smtpFromEmailAddress" => "" }, { "smtpFromEmailAddress" => "a@b\r\nBcc: c@d.e" },
-     { "smtpServerAddress" => "a b" }, { "smtpDefaultServerPort" => "" }, { "smtpCustomServerPort" => "70000" },
-     { "smtpServerUsername" => "x" }].each do |fields|
+    good = { "mailEnabled" => "1", "smtpFromEmailAddress" => "a@example.org",
+             "smtpServerAddress" => "localhost", "smtpDefaultServerPort" => "1" }
+    [{ "smtpServerAddress" => "" }, { "smtpServerAddress" => "a b" }, { "smtpFromEmailAddress" => "" },
+     { "smtpFromEmailAddress" => "a@b\r\nBcc: c@d.e" }, { "smtpDefaultServerPort" => "" },
+     { "smtpCustomServerPort" => "70000" }, { "smtpServerUsername" => "x" }].each do |fields|
       send_form "/admin/mail", good.merge(fields)
       assert_equal 422, status, fields
     end

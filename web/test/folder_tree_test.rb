@@ -27,7 +27,7 @@ class FolderTreeTest < Minitest::Test
     assert_equal({ "title" => "A", "download" => 1, "path" => path("a"), "userDefinedURLPaths" => false },
                  @tree.find("A"))
     assert_equal ["G"], @tree.groups
-    assert_equal ["", "", "G"], %w[A G B].map { |title| @tree.group_of(title) }
+    assert_equal(["", "", "G"], %w[A G B].map { |title| @tree.group_of(title) })
   end
 
   def test_names_a_folder_after_itself_and_stores_its_path_without_links
@@ -116,7 +116,9 @@ class FolderTreeTest < Minitest::Test
   end
 
   def shape(entries = @tree.entries)
-    entries.flat_map { |entry| entry["children"] ? [entry["title"], shape(entry["children"])] : [entry["title"]] }
+    entries.flat_map do |entry|
+      entry["children"] ? [entry["title"], shape(entry["children"])] : [entry["title"]]
+    end
   end
 
   def assert_refused(reason, &)

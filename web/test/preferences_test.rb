@@ -31,7 +31,8 @@ class PreferencesTest < WebTest
 
   def test_refuse_what_cannot_be_and_keep_what_was_typed
     log_in
-    { "per_page" => ["0", "201", "-1", "x", "", "1e9", "7\n"], "action" => ["", "remove"] }.each do |name, values|
+    { "per_page" => ["0", "201", "-1", "x", "", "1e9", "7\n"],
+"action" => ["", "remove"] }.each do |name, values|
       values.each do |value|
         save("folder" => "Tree", name => value)
         assert_equal 422, status, "#{name} #{value.inspect}"

@@ -8,6 +8,9 @@ class TextTest < Minitest::Test
 
   PLACES = Dir[File.expand_path("../{app,views}/**/*.{rb,erb}", __dir__)].freeze
 
+  # t("key") and t(something ? "key" : "key").
+  USE = /(?<![a-z])t\((?:[^()"]*\? )?"([^"]+)"(?: : "([^"]+)")?/
+
   def test_are_there_in_every_language
     english = Text::TABLES.fetch("en")
     assert_operator english.size, :>, 150
@@ -30,7 +33,7 @@ class TextTest < Minitest::Test
   def test_are_there_for_every_key_that_is_used
     keys = Text::TABLES.fetch("en").keys
     PLACES.each do |file|
-      File.read(file).scan(/(?<![a-z])t\((?:[^()"]*\? )?"([^"]+)"(?: : "([^"]+)")?/).flatten.compact.each do |key|
+      File.read(file).scan(USE).flatten.compact.each do |key|
         beginning = key[/\A[^#]+/]
         found = keys.any? { |other| key == beginning ? used?(other, key) : other.start_with?(beginning) }
         assert found, "#{key} in #{File.basename(file)}"

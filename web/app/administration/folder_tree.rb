@@ -95,7 +95,9 @@ module VistaroWeb
       def use_addresses(title, addresses)
         entry = find(title)
         given = addresses.reject { |_, address| address.empty? }
-        given.each { |key, address| raise Refused, "wrong_address" unless address.match?(ADDRESSES.fetch(key)) }
+        given.each do |key, address|
+          raise Refused, "wrong_address" unless address.match?(ADDRESSES.fetch(key))
+        end
         ADDRESSES.each_key { |key| entry.delete(key) }
         entry.merge!(given, "userDefinedURLPaths" => given.any?)
       end

@@ -9,6 +9,9 @@ module VistaroWeb
     class MailForm < Form
       HOST = /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z|\A[0-9A-Fa-f:]+\z/
 
+      # What mail needs, and what is said when it is missing.
+      NEEDED = { "smtpServerAddress" => "no_mail_host", "smtpFromEmailAddress" => "no_sender" }.freeze
+
       setting "mailEnabled", :flag
       setting "smtpFromEmailAddress", :text, pattern: Mail::Address::PATTERN
       setting "smtpServerAddress", :text, pattern: HOST
@@ -22,11 +25,13 @@ module VistaroWeb
       private
 
       def problem_together
-        return "no_mail_host" if on?("mailEnabled") && value("smtpServerAddress").empty?
-        return "no_sender" if on?("mailEnabled") && value("smtpFromEmailAddress").empty?
+        if on?("mailEnabled")
+          missing = NEEDED.find { |name, _| value(name).empty? }
+          return missing.last if missing
+        end
         return "no_mail_port" if !on?("smtpDefaultServerPort") && value("smtpCustomServerPort").empty?
 
-        "login_in_clear" if !value("smtpServerUsername").empty? && !on?("smtpUseSSL")
+        "login_in_clear" unless value("smtpServerUsername").empty? || on?("smtpUseSSL")
       end
     end
   end

@@ -21,7 +21,7 @@ module VistaroWeb
 
       SECONDS = 20
       # In the order of our liking; all are used over encrypted connections only.
-      LOGINS = %i[plain login cram_md5].freeze
+      LOGINS = { plain: "PLAIN", login: "LOGIN", cram_md5: "CRAM-MD5" }.freeze
       REASONS = {
         Net::SMTPAuthenticationError => :login, Net::SMTPUnsupportedCommand => :encryption,
         OpenSSL::SSL::SSLError => :encryption, Net::ProtocolError => :refused,
@@ -91,8 +91,8 @@ module VistaroWeb
       def log_in(smtp)
         raise Net::SMTPAuthenticationError.new(nil, message: "No login without encryption") unless @encryption
 
-        way = LOGINS.find { |login| smtp.auth_capable?(login.to_s.tr("_", "-").upcase) } || LOGINS.first
-        smtp.authenticate(@name, @password, way)
+        way = LOGINS.find { |_, name| smtp.capable_auth_types.include?(name) } || LOGINS.first
+        smtp.authenticate(@name, @password, way.first)
       end
     end
   end

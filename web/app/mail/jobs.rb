@@ -48,14 +48,22 @@ module VistaroWeb
 
       def admit(job)
         now = @clock.call
-        times = @sent[job.owner].reject! { |time| now - time > HOUR } || @sent[job.owner]
-        running = @jobs.each_value.count { |other| other.owner == job.owner && other.state == :sending }
-        raise TooMany if running >= MOST_AT_ONCE || times.size >= MOST_PER_HOUR
+        times = @sent[job.owner]
+        times.reject! { |time| now - time > HOUR }
+        raise TooMany if times.size >= MOST_PER_HOUR || running(job.owner) >= MOST_AT_ONCE
 
         times << now
         @jobs[job.id] = job
-        over = @jobs.each_value.find { |other| other.state != :sending }
-        @jobs.delete(over.id) if @jobs.size > MOST_KEPT && over
+        forget_one if @jobs.size > MOST_KEPT
+      end
+
+      def running(owner)
+        @jobs.each_value.count { |job| job.owner == owner && job.state == :sending }
+      end
+
+      def forget_one
+        ended = @jobs.each_value.find { |job| job.state != :sending }
+        @jobs.delete(ended.id) if ended
       end
 
       def deliver(job, host, message)

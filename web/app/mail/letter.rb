@@ -24,7 +24,7 @@ module VistaroWeb
 
       # `bytes` are the content of the file called `name`.
       def attach(name, bytes, mime_type)
-        name = one_line(name).tr('/\\', "_").gsub('"', "'")
+        name = one_line(name).tr("/\\", "_").gsub('"', "'")
         encoded = [bytes].pack("m").gsub("\n", "\r\n")
         @message.attachments[name] = { mime_type: mime_type || "application/octet-stream",
                                        encoding: "base64", content: encoded }

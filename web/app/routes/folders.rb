@@ -56,7 +56,9 @@ module VistaroWeb
         def folder_page(title, problem = nil)
           row, tree = Library.enter do
             folders = VistaroRuby::VTSettings.sharedInstance.searchFolders
-            [VistaroWeb::Administration::FolderRows.of(folders).find { |other| other.title == title }, stored_tree]
+            [VistaroWeb::Administration::FolderRows.of(folders).find do |other|
+               other.title == title
+             end, stored_tree]
           end
           halt 404 unless row
           page :"administration/folder", row: row, problem: problem, group: tree.group_of(title),
@@ -97,7 +99,8 @@ module VistaroWeb
             tree.put_at(title, field("path"))
             tree.allow_download(title, field("download") == "1")
             own = field("addresses") == "own"
-            tree.use_addresses(title, "afpURLPath" => own ? field("afp") : "", "smbURLPath" => own ? field("smb") : "")
+            tree.use_addresses(title, "afpURLPath" => own ? field("afp") : "",
+"smbURLPath" => own ? field("smb") : "")
           end
           tree.rename(title, field("title"))
         end

@@ -99,7 +99,9 @@ module VistaroWeb
           problem = if content.nil? then "too_long"
                     elsif recipients.nil? then "wrong_recipients"
                     elsif field("subject").match?(/[[:cntrl:]]/) then "odd_subject"
-                    elsif Mail::FIELDS.any? { |name| field(name).length > Mail::MOST_CHARACTERS } then "long_text"
+                    elsif Mail::FIELDS.any? do |name|
+                            field(name).length > Mail::MOST_CHARACTERS
+                          end then "long_text"
                     end
           [problem, recipients]
         end

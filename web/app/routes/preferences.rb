@@ -17,7 +17,8 @@ module VistaroWeb
         app.post "/preferences" do
           require_login_by_name
           require_form_token
-          wanted = VistaroWeb::Preferences::Wanted.new(field("per_page"), field("folder"), field("kind"), field("action"))
+          wanted = VistaroWeb::Preferences::Wanted.new(field("per_page"), field("folder"), field("kind"),
+field("action"))
           problem = wanted.problem || change_settings { wanted.store(user) }
           redirect "/preferences?done=saved", 303 unless problem
           status 422

@@ -75,30 +75,36 @@ class SMTPSink
     end
   end
 
+  # One line after the other, until the other side goes; the socket becomes another one when it is
+  # encrypted.
   def converse(socket)
     say(socket, "220 sink")
     message = new_message(socket, nil)
-    while (line = socket.gets("\r\n", chomp: true))
+    while (line = socket.gets("\r\n")&.chomp("\r\n"))
       verb = line[/\A\w+/].to_s.upcase
       next say(socket, "554 refused") if verb == @refuse
+      return say(socket, "221 bye") if verb == "QUIT"
 
-      case verb
-      when "EHLO" then greet(socket)
-      when "STARTTLS"
+      if verb == "STARTTLS"
         say(socket, "220 go on")
         socket = encrypt(socket)
-        message = new_message(socket, nil)
-      when "AUTH" then message.login = log_in(socket, line)
-      when "MAIL" then mail_from(socket, message, line)
-      when "RCPT"
-        message.to << line[/<([^>]*)>/, 1]
-        say(socket, "250 fine")
-      when "DATA"
-        take(socket, message)
-        message = new_message(socket, message.login)
-      when "QUIT" then return say(socket, "221 bye")
-      else say(socket, "250 fine")
+      else
+        answer(socket, message, verb, line)
       end
+      message = new_message(socket, message.login) if %w[STARTTLS DATA].include?(verb)
+    end
+  end
+
+  def answer(socket, message, verb, line)
+    case verb
+    when "EHLO" then greet(socket)
+    when "AUTH" then message.login = log_in(socket, line)
+    when "MAIL" then mail_from(socket, message, line)
+    when "RCPT"
+      message.to << line[/<([^>]*)>/, 1]
+      say(socket, "250 fine")
+    when "DATA" then take(socket, message)
+    else say(socket, "250 fine")
     end
   end
 
@@ -107,7 +113,9 @@ class SMTPSink
     offers = ["sink"]
     offers << "STARTTLS" if @mode == :starttls && !encrypted
     offers << "AUTH LOGIN PLAIN" if @login && encrypted
-    offers.each_with_index { |offer, index| say(socket, "250#{index == offers.size - 1 ? ' ' : '-'}#{offer}") }
+    offers.each_with_index do |offer, index|
+      say(socket, "250#{index == offers.size - 1 ? ' ' : '-'}#{offer}")
+    end
   end
 
   def log_in(socket, line)
