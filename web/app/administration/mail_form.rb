@@ -25,10 +25,8 @@ module VistaroWeb
       private
 
       def problem_together
-        if on?("mailEnabled")
-          missing = NEEDED.find { |name, _| value(name).empty? }
-          return missing.last if missing
-        end
+        missing = NEEDED.find { |name, _| value(name).empty? } if on?("mailEnabled")
+        return missing.last if missing
         return "no_mail_port" if !on?("smtpDefaultServerPort") && value("smtpCustomServerPort").empty?
 
         "login_in_clear" unless value("smtpServerUsername").empty? || on?("smtpUseSSL")
