@@ -9,6 +9,7 @@ require_relative "library"
 require_relative "text"
 require_relative "sessions"
 require_relative "security/browser_checks"
+require_relative "security/forwarding"
 require_relative "security/headers"
 require_relative "security/running_limit"
 require_relative "helpers/formatting"
@@ -45,6 +46,7 @@ module VistaroWeb
     set :store, Sessions.new
     set :assets, Assets.new(public_folder)
 
+    use Security::Forwarding
     use Security::Headers
     use Security::BrowserChecks
 

@@ -3,7 +3,9 @@
 require "optparse"
 require "puma"
 require "puma/server"
+require "puma/minissl"
 require_relative "boot"
+require_relative "certificate"
 
 module VistaroWeb
   # The application behind Puma, in one process, since the library is in one.
@@ -23,23 +25,40 @@ module VistaroWeb
     end
 
     def run
-      settings = Library.enter { VistaroRuby::VTSettings.sharedInstance }
-      port = @port || Library.enter { settings.serverPort }
+      port, certificate = Library.enter do
+        settings = VistaroRuby::VTSettings.sharedInstance
+        [@port || settings.serverPort, (Certificate.path(settings) if wants_tls?(settings))]
+      end
       server = Puma::Server.new(Application, Puma::Events.null, { min_threads: 2, max_threads: THREADS })
-      listen(server, port)
+      listen(server, port, certificate)
       VistaroWeb.boot
       obey_signals(server)
-      EventLog.write("listening", address: @address, port: port)
+      EventLog.write("listening", address: @address, port: port, tls: !certificate.nil?)
       server.run.join
       EventLog.write("stopped")
+    rescue Certificate::Unusable => e
+      abort "vistaro-web: #{e.message}"
     end
 
     private
 
-    def listen(server, port)
-      server.add_tcp_listener(@address, port)
+    def wants_tls?(settings)
+      [true, 1, "1"].include?(settings.sslEnabled)
+    end
+
+    def listen(server, port, certificate)
+      return server.add_tcp_listener(@address, port) unless certificate
+
+      server.add_ssl_listener(@address, port, tls_context(certificate))
     rescue SystemCallError => e
       abort "vistaro-web: cannot listen on #{@address} port #{port}: #{e.message}"
+    end
+
+    def tls_context(certificate)
+      context = Puma::MiniSSL::Context.new
+      context.key = context.cert = certificate
+      context.no_tlsv1_1 = true # and older ones: 1.2 at least
+      context
     end
 
     # What a signal asks for takes locks, which its handler must not: a thread does it.

@@ -88,6 +88,33 @@ class LoginTest < WebTest
     assert_operator login.checks, :<=, 50
   end
 
+  def test_an_address_that_a_request_claims_counts_for_nothing
+    now = [0.0]
+    login = use_login(now)
+    get "/login"
+    form = { "token" => token, "name" => "ann", "password" => "wrong" }
+    500.times do |number|
+      now[0] += 0.01
+      header "X-Forwarded-For", "10.0.#{number / 250}.#{number % 250}"
+      post "/login", form.merge("name" => "user#{number}")
+    end
+    assert_operator login.checks, :<=, 30
+    assert_equal ["127.0.0.1"], events("login_throttled").map { |event| event["source"] }.uniq
+  end
+
+  def test_a_proxy_of_the_settings_is_believed
+    settings.setValue(["127.0.0.1"], forKey: "webProxyAddresses")
+    header "X-Forwarded-For", "10.6.6.6, 10.7.7.7"
+    header "X-Forwarded-Proto", "https"
+    header "X-Forwarded-Host", "evil.example"
+    get "/login"
+    assert_match(/\A__Host-vistaro=/, last_response["Set-Cookie"])
+    # The cookie goes back over TLS alone, and to this server the proxy speaks without.
+    header "Cookie", last_response["Set-Cookie"][/\A[^;]+/]
+    post "/login", { "token" => token, "name" => "ann", "password" => "wrong" }
+    assert_equal(["10.7.7.7"], events("login_refused").map { |event| event["source"] })
+  end
+
   def test_others_cannot_lock_somebody_out
     now = [0.0]
     use_login(now)

@@ -102,6 +102,7 @@ std::optional<TypedPeriod> lastDays(std::string_view text) {
   const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), count);
   if (error != std::errc() || stop != text.data() + text.size()) return std::nullopt;
   if (count < 1 || count > 100'000) return std::nullopt;
+  if (count == 1) return TypedPeriod{"$time.today", "$time.tomorrow"};
   return TypedPeriod{fmt::format("$time.today(-{})", count - 1), "$time.tomorrow"};
 }
 

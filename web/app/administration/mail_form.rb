@@ -25,10 +25,18 @@ module VistaroWeb
       private
 
       def problem_together
-        missing = NEEDED.find { |name, _| value(name).empty? } if on?("mailEnabled")
-        return missing.last if missing
-        return "no_mail_port" if !on?("smtpDefaultServerPort") && value("smtpCustomServerPort").empty?
+        missing_for_mail || missing_port || login_in_clear
+      end
 
+      def missing_for_mail
+        NEEDED.find { |name, _| value(name).empty? }&.last if on?("mailEnabled")
+      end
+
+      def missing_port
+        "no_mail_port" if !on?("smtpDefaultServerPort") && value("smtpCustomServerPort").empty?
+      end
+
+      def login_in_clear
         "login_in_clear" unless value("smtpServerUsername").empty? || on?("smtpUseSSL")
       end
     end

@@ -15,6 +15,7 @@ export function showPreview(link) {
 dialog.addEventListener("keydown", (event) => {
   if (event.key !== " ") return;
   event.preventDefault();
+  event.stopPropagation(); // the result has the focus again, and would show its preview
   dialog.close();
 });
 dialog.addEventListener("click", (event) => {
