@@ -300,7 +300,7 @@ TEST_F(EndToEnd, KnowsShortNamesAndKindsInWhatIsTyped) {
   const auto query = [&](const std::string& typed) {
     return inChildProcess([&] { return server_.queryFor(typed); });
   };
-  EXPECT_EQ(query("AUTHOR:ann"), "kMDItemAuthors == \"*ann*\"cd, names only");
+  EXPECT_EQ(query("AUTHORS:ann"), "kMDItemAuthors == \"*ann*\"cd, names only");
   EXPECT_EQ(query("kind:image"),
             "kMDItemKind == \"*image*\"cd || kMDItemContentTypeTree == \"public.image\", "
             "names only");

@@ -18,7 +18,7 @@ class TermReader {
   std::vector<SearchTerm> read() {
     while (at_ < typed_.size()) {
       if (typed_[at_] == '"') {
-        takePhrase({});
+        takePhrase({}, at_);
       } else if (isBlank(peek().codePoint)) {
         at_ += peek().length;
       } else {
@@ -31,9 +31,9 @@ class TermReader {
  private:
   DecodedCodePoint peek() const { return decodeCodePoint(typed_.substr(at_)); }
 
-  void takePhrase(std::string name) {
-    const std::size_t begin = ++at_;
-    SearchTerm term{std::move(name), {}, /*isPhrase=*/true, begin};
+  /// `begin` is where `name` does, which may have become longer than what was typed.
+  void takePhrase(std::string name, std::size_t begin) {
+    SearchTerm term{std::move(name), {}, /*isPhrase=*/true, ++at_};
     while (at_ < typed_.size() && typed_[at_] != '"') {
       const DecodedCodePoint character = peek();
       appendCodePoint(term.text, isBlank(character.codePoint) ? U' ' : character.codePoint);
@@ -44,18 +44,20 @@ class TermReader {
     if (term.text.find_first_not_of(' ') != std::string::npos) {
       terms_.push_back(std::move(term));
     } else if (!term.name.empty()) {
-      terms_.push_back({{}, term.name + ':', /*isPhrase=*/false, begin - term.name.size() - 2});
+      terms_.push_back({{}, term.name + ':', /*isPhrase=*/false, begin});
     }
   }
 
   void takeWord() {
-    SearchTerm term{{}, {}, /*isPhrase=*/false, at_};
+    const std::size_t begin = at_;
+    SearchTerm term{{}, {}, /*isPhrase=*/false, begin};
     while (at_ < typed_.size() && typed_[at_] != '"') {
       const DecodedCodePoint character = peek();
       if (isBlank(character.codePoint)) break;
       if (character.codePoint == ':' && term.name.empty() && !term.text.empty()) {
         at_ += character.length;
-        if (at_ < typed_.size() && typed_[at_] == '"') return takePhrase(std::move(term.text));
+        if (at_ < typed_.size() && typed_[at_] == '"')
+          return takePhrase(std::move(term.text), begin);
         term.name = std::exchange(term.text, {});
         term.offset = at_;
         continue;
@@ -64,7 +66,7 @@ class TermReader {
       at_ += character.length;
     }
     if (term.text.empty()) {  // "name:" alone
-      term.offset -= term.name.size() + 1;
+      term.offset = begin;
       term.text = std::exchange(term.name, {}) + ':';
     }
     terms_.push_back(std::move(term));

@@ -113,7 +113,7 @@ std::optional<TypedPeriod> periodNamed(std::string_view typed) {
   for (const NamedPeriod& period : kNamedPeriods) {
     if (period.word == word) return TypedPeriod{period.begin, period.end};
   }
-  if (auto days = lastDays(word)) return days;
+  if (auto days = lastDays(typed)) return days;
   return calendarPeriod(typed);
 }
 
