@@ -18,6 +18,7 @@ require_relative "helpers/visit"
 require_relative "routes/administration"
 require_relative "routes/api"
 require_relative "routes/api_session"
+require_relative "routes/clicks"
 require_relative "routes/errors"
 require_relative "routes/folders"
 require_relative "routes/item"
@@ -51,8 +52,8 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-    register Routes::API, Routes::APISession, Routes::Administration, Routes::Errors, Routes::Folders,
-             Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures, Routes::Preferences,
+    register Routes::API, Routes::APISession, Routes::Administration, Routes::Clicks, Routes::Errors,
+             Routes::Folders, Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures, Routes::Preferences,
              Routes::Saved, Routes::Search
   end
 end
