@@ -53,7 +53,7 @@ module VistaroWeb
 
     helpers Visit, Formatting, Forms
     register Routes::API, Routes::APISession, Routes::Administration, Routes::Clicks, Routes::Errors,
-             Routes::Folders, Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures, Routes::Preferences,
-             Routes::Saved, Routes::Search
+             Routes::Folders, Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures,
+             Routes::Preferences, Routes::Saved, Routes::Search
   end
 end

@@ -34,7 +34,7 @@ export async function visit(browser, site, options = {}) {
   const problems = [];
   page.on("pageerror", (error) => problems.push(`script: ${error.message}`));
   page.on("console", (message) => {
-    if (message.type() === "error" && !/status of 40[134]|status of 429/.test(message.text())) {
+    if (message.type() === "error" && !/status of 4\d\d/.test(message.text())) {
       problems.push(message.text());
     }
   });
