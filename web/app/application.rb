@@ -36,7 +36,6 @@ module VistaroWeb
     set :show_exceptions, false
     set :raise_errors, false
     set :dump_errors, false
-    set :static_cache_control, [:public, { max_age: 31_536_000 }]  # their addresses carry a digest
     set :absolute_redirects, false
     set :erb, escape_html: true
     set :store, Sessions.new
