@@ -1,11 +1,11 @@
 # frozen_string_literal: true
 
 require "sinatra/base"
-require "tilt/erubi"
 require_relative "assets"
 require_relative "event_log"
 require_relative "event_pump"
 require_relative "library"
+require_relative "templates"
 require_relative "text"
 require_relative "sessions"
 require_relative "security/browser_checks"
@@ -41,11 +41,11 @@ module VistaroWeb
     set :show_exceptions, false
     set :raise_errors, false
     set :dump_errors, false
-    set :static_cache_control, [:public, { max_age: 31_536_000 }]  # their addresses carry a digest
     set :absolute_redirects, false
     set :erb, escape_html: true
     set :store, Sessions.new
     set :assets, Assets.new(public_folder)
+    set :templates_of_parts, Templates.new(views)
 
     use Security::Forwarding
     use Security::Headers

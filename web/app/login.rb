@@ -61,12 +61,14 @@ module VistaroWeb
       end
     end
 
-    # The account as it is now: its groups and rights may have changed. Nil when it is gone, belongs
-    # to somebody else now, or may not log in any more.
-    def account_again(user)
+    # The account of the session as it is now: its groups and rights may have changed. Nil when it is
+    # gone, belongs to somebody else now, or was closed meanwhile.
+    def account_again(session)
       Library.enter do
-        again = VistaroRuby::VTUser.userWithName(user.username)
-        again if again && again.uid == user.uid && allowed?(again)
+        again = VistaroRuby::VTUser.userWithName(session.username)
+        next if again.nil? || again.uid != session.uid || !allowed?(again)
+
+        again unless session.was_open? && !again.accountIsOpen
       end
     end
 

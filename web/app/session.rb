@@ -20,8 +20,15 @@ module VistaroWeb
       Library.enter do
         @username = user.username
         @uid = user.uid
+        @was_open = user.accountIsOpen
         take(user)
       end
+    end
+
+    # Whether the account was one that may log in when the session began. Where the password is kept
+    # elsewhere, the system may always have called it closed.
+    def was_open?
+      @was_open
     end
 
     # Whether nobody logged in: everybody is the same one then.
@@ -45,7 +52,7 @@ module VistaroWeb
       end
       return true unless due
 
-      again = yield(user)
+      again = yield
       Library.enter { take(again) } if again
       !again.nil?
     end

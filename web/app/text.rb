@@ -26,6 +26,8 @@ module VistaroWeb
       key = "#{key}_#{count == 1 ? 'one' : 'other'}" if count
       text = TABLES.fetch(language)[key] || TABLES[FALLBACK].fetch(key)
       values = values.merge(count: number(language, count)) if count
+      return text if values.empty?
+
       text.gsub(/%\{(\w+)\}/) { values.fetch(Regexp.last_match(1).to_sym).to_s }
     end
 

@@ -107,6 +107,13 @@ class BrowserChecksTest < WebTest
     assert_equal "no-store", last_response["Cache-Control"]
   end
 
+  def test_what_is_for_everybody_is_kept_as_long_as_it_is_the_same
+    get "/css/base.css"
+    assert_equal "no-cache", last_response["Cache-Control"]
+    get app.assets.address_of("css/base.css")
+    assert_equal "public, max-age=31536000, immutable", last_response["Cache-Control"]
+  end
+
   def test_pages_hold_no_script_or_style
     write("plan.txt")
     log_in

@@ -41,6 +41,20 @@ class SessionTest < WebTest
     refute logged_in?
   end
 
+  def test_ends_when_the_account_is_locked
+    log_in
+    File.write(File.join(@root, "etc/shadow"), SHADOW.sub("ann:", "ann:!"))
+    @now += VistaroWeb::Session::RECHECK_SECONDS
+    refute logged_in?
+  end
+
+  def test_ends_when_the_days_of_the_account_are_over
+    log_in
+    File.write(File.join(@root, "etc/shadow"), SHADOW.gsub(":7:::", ":7::19500:"))
+    @now += VistaroWeb::Session::RECHECK_SECONDS
+    refute logged_in?
+  end
+
   def test_ends_when_the_account_is_somebody_elses
     log_in
     File.write(File.join(@root, "etc/passwd"), PASSWD.sub("ann:x:62001", "ann:x:62009"))

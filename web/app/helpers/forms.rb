@@ -10,7 +10,7 @@ module VistaroWeb
 
     # A part of a page, without the layout.
     def part(template, **locals)
-      erb(template, layout: false, locals: locals)
+      settings.templates_of_parts.render(template, self, locals)
     end
 
     # What was filled in, as text: "" when it was not, or is none.

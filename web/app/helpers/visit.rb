@@ -91,7 +91,7 @@ module VistaroWeb
       session = settings.store.find(cookie_value) or return
       login = settings.login
       return session if session.anonymous? == login.anonymous? &&
-                        session.still_allowed?(settings.store.now) { |user| login.account_again(user) }
+                        session.still_allowed?(settings.store.now) { login.account_again(session) }
 
       EventLog.write("session_ended", user: session.username, reason: "account")
       settings.store.finish(cookie_value)

@@ -22,14 +22,26 @@ module VistaroWeb
         "X-Frame-Options" => "DENY"
       }.freeze
 
+      ASSETS = %r{\A/(?:css/|js/|icon\.svg\z)}
+
       def initialize(app)
         @app = app
       end
 
       def call(env)
         status, headers, body = @app.call(env)
-        headers["Cache-Control"] ||= "no-store"
+        headers["Cache-Control"] ||= kept(env)
         [status, headers.merge(ALWAYS), body]
+      end
+
+      private
+
+      # Our own scripts and styles are for everybody. Those that an address with a digest asks for
+      # never change.
+      def kept(env)
+        return "no-store" unless env["PATH_INFO"].match?(ASSETS)
+
+        env["QUERY_STRING"].empty? ? "no-cache" : "public, max-age=31536000, immutable"
       end
     end
   end

@@ -12,6 +12,7 @@ const live = document.getElementById("live");
 // One and two characters find so much that it is worth waiting whether more come.
 const REST_FEW = 150;
 const REST = 40;
+const BUSY = 400;
 
 let timer;
 let running;
@@ -40,6 +41,8 @@ async function show(address, { remember = true } = {}) {
     const separator = address.includes("?") ? "&" : "?";
     const answer = await fetch(`${address}${separator}part=results`, { signal, headers: { Accept: "text/html" } });
     if (answer.redirected) return location.assign(address); // the session is over
+    if (answer.status === 429) return searchSoon(BUSY); // what was given up still runs there
+    if (!answer.ok) throw new Error(`status ${answer.status}`);
     results.innerHTML = await answer.text(); // made by our own templates, which escape
     shownAddress = address;
     if (remember) history.replaceState(null, "", address);
@@ -61,12 +64,12 @@ function markProblem() {
   else field.removeAttribute("aria-describedby");
 }
 
-function searchSoon() {
+function searchSoon(rest = field.value.trim().length < 3 ? REST_FEW : REST) {
   clearTimeout(timer);
   timer = setTimeout(() => {
     const address = addressOf();
     if (address !== shownAddress) show(address);
-  }, field.value.trim().length < 3 ? REST_FEW : REST);
+  }, rest);
 }
 
 form.addEventListener("submit", (event) => {
@@ -76,7 +79,7 @@ form.addEventListener("submit", (event) => {
   history.pushState(null, "", address);
   show(address, { remember: false });
 });
-field.addEventListener("input", searchSoon);
+field.addEventListener("input", () => searchSoon());
 for (const choice of form.querySelectorAll("select")) {
   choice.addEventListener("change", () => form.requestSubmit());
 }
@@ -127,7 +130,7 @@ function move(step) {
   else all[Math.min(at + step, all.length - 1)]?.focus();
 }
 
-const completions = completing(field, document.getElementById("completions"), document.getElementById("completion-words"), searchSoon);
+const completions = completing(field, document.getElementById("completions"), document.getElementById("completion-words"), () => searchSoon());
 
 addEventListener("keydown", (event) => {
   if (event.ctrlKey || event.metaKey || event.altKey || event.isComposing) return;
