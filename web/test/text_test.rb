@@ -41,6 +41,13 @@ class TextTest < Minitest::Test
     end
   end
 
+  def test_name_attributes_in_every_language
+    assert_equal "Größe", AttributeTitles.in("de", "Size")
+    assert_equal "Size", AttributeTitles.in("en", "Größe")
+    assert_equal "Size", AttributeTitles.in("en", "Size")
+    assert_equal "No attribute", AttributeTitles.in("de", "No attribute")
+  end
+
   def test_fall_back_to_no_other_language
     assert_raises(KeyError) { Text.fetch("de", "search.no_such_text") }
   end

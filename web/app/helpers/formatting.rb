@@ -1,5 +1,7 @@
 # frozen_string_literal: true
 
+require_relative "../attribute_titles"
+
 module VistaroWeb
   # How values are shown.
   module Formatting
@@ -39,6 +41,11 @@ module VistaroWeb
       t("kinds.#{title.downcase.tr(' ', '_')}")
     rescue KeyError
       title
+    end
+
+    # The name of an attribute in the visitor's language.
+    def attribute_name(title)
+      AttributeTitles.in(language, title)
     end
 
     # A name as it can be shown: bytes that are not UTF-8 become U+FFFD, and control characters,
