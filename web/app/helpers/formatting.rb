@@ -30,6 +30,17 @@ module VistaroWeb
       time.strftime(t("common.date_format"))
     end
 
+    # A time that something took.
+    def seconds_text(seconds)
+      text = format("%.3f", seconds)
+      language == "de" ? text.tr(".", ",") : text
+    end
+
+    # What the visitor calls the kind with this title.
+    def kind_text(title)
+      Text.kind(language, title)
+    end
+
     def number_text(number)
       Text.number(language, number)
     end
