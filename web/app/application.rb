@@ -15,12 +15,17 @@ require_relative "security/running_limit"
 require_relative "helpers/formatting"
 require_relative "helpers/forms"
 require_relative "helpers/visit"
+require_relative "routes/administration"
 require_relative "routes/api"
 require_relative "routes/api_session"
+require_relative "routes/clicks"
 require_relative "routes/errors"
+require_relative "routes/folders"
 require_relative "routes/item"
 require_relative "routes/login"
+require_relative "routes/mail"
 require_relative "routes/pictures"
+require_relative "routes/preferences"
 require_relative "routes/saved"
 require_relative "routes/search"
 
@@ -47,7 +52,8 @@ module VistaroWeb
     use Security::BrowserChecks
 
     helpers Visit, Formatting, Forms
-    register Routes::API, Routes::APISession, Routes::Errors, Routes::Item, Routes::Login,
-             Routes::Pictures, Routes::Saved, Routes::Search
+    register Routes::API, Routes::APISession, Routes::Administration, Routes::Clicks, Routes::Errors,
+             Routes::Folders, Routes::Item, Routes::Login, Routes::Mail, Routes::Pictures,
+             Routes::Preferences, Routes::Saved, Routes::Search
   end
 end

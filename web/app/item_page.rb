@@ -24,6 +24,11 @@ module VistaroWeb
 
     attr_reader :name, :kind, :path, :folders, :facts, :more_facts, :open_address, :web_link, :types
 
+    # The address, if a page may lead to it.
+    def self.open_address(address)
+      address if address&.match?(%r{\A(?:afp|smb|file|urlrunner)://}i)
+    end
+
     def initialize(item, machine)
       @name = item.name
       @kind = item.kind
@@ -32,7 +37,7 @@ module VistaroWeb
       @directory = item.directory?
       @downloadable = item.downloadable?
       @emailable = item.emailable?
-      @open_address = allowed(item.open_address(**machine))
+      @open_address = self.class.open_address(item.open_address(**machine))
       @web_link = item.web_link
       less = titles_of(LESS)
       @more_facts, @facts = facts_in(item.metadata).partition { |fact| less.include?(fact.name) }
@@ -71,11 +76,6 @@ module VistaroWeb
 
     def text(name)
       name.dup.force_encoding(Encoding::UTF_8).scrub("\u{FFFD}")
-    end
-
-    # An address that a page may lead to.
-    def allowed(address)
-      address if address&.match?(%r{\A(?:afp|smb|file|urlrunner)://}i)
     end
 
     def facts_in(metadata)

@@ -31,11 +31,6 @@ module VistaroWeb
       text.gsub(/%\{(\w+)\}/) { values.fetch(Regexp.last_match(1).to_sym).to_s }
     end
 
-    # What people call the kind with this title; the title when there is no other word for it.
-    def self.kind(language, title)
-      TABLES.fetch(language)["kinds.#{title}"] || title
-    end
-
     # 12345 as people write it: 12,345 or 12.345.
     def self.number(language, number)
       separator = language == "de" ? "." : ","

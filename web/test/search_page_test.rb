@@ -33,7 +33,7 @@ class SearchPageTest < WebTest
     get "/search", { "q" => "plan" }
     links = body.scan(%r{href="(/item/[^"]+)"}).flatten
     assert_equal 1, links.size
-    assert_match(%r{\A/item/[\w-]{22}\?from=%2Fsearch%3Fq%3Dplan\z}, links.first)
+    assert_match(%r{\A/item/[\w-]{22}\?click=1&amp;from=%2Fsearch%3Fq%3Dplan\z}, links.first)
   end
 
   def test_says_that_nothing_was_found

@@ -30,10 +30,4 @@ class TextValuesTest < Minitest::Test
       "en;q=0.1,de;q=0.9" => "de", "fr" => "en", "*;q=0.1" => "en", ";;;q=,,=" => "en"
     }.each { |header, language| assert_equal language, Text.preferred(header), header.inspect }
   end
-
-  def test_kinds_keep_their_title_where_there_is_no_other_word
-    assert_equal "Bilder", Text.kind("de", "Images")
-    assert_equal "Images", Text.kind("en", "Images")
-    assert_equal "Cheeses", Text.kind("de", "Cheeses")
-  end
 end

@@ -1,5 +1,7 @@
 # frozen_string_literal: true
 
+require_relative "../attribute_titles"
+
 module VistaroWeb
   # How values are shown.
   module Formatting
@@ -36,13 +38,20 @@ module VistaroWeb
       language == "de" ? text.tr(".", ",") : text
     end
 
-    # What the visitor calls the kind with this title.
-    def kind_text(title)
-      Text.kind(language, title)
-    end
-
     def number_text(number)
       Text.number(language, number)
+    end
+
+    # The title of a kind in the visitor's language; as it is when it is none of those that ship.
+    def kind_name(title)
+      t("kinds.#{title.downcase.tr(' ', '_')}")
+    rescue KeyError
+      title
+    end
+
+    # The name of an attribute in the visitor's language.
+    def attribute_name(title)
+      AttributeTitles.in(language, title)
     end
 
     # A name as it can be shown: bytes that are not UTF-8 become U+FFFD, and control characters,

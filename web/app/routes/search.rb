@@ -42,7 +42,8 @@ module VistaroWeb
 
         # The page of the item, from which one comes back to the search.
         def item_address(item, asked)
-          "/item/#{item.id}?#{Rack::Utils.build_query('from' => asked.address(page: asked.page_or_nil))}"
+          "/item/#{item.id}?#{Rack::Utils.build_query('click' => 1,
+'from' => asked.address(page: asked.page_or_nil))}"
         end
       end
     end
