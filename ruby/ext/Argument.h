@@ -110,7 +110,6 @@ struct Argument<std::vector<std::string>>
     : ConvertedArgument<std::vector<std::string>, textsFromRuby> {
   using ConvertedArgument::ConvertedArgument;
 };
-
 template <>
 struct Argument<const std::vector<std::string>&> : Argument<std::vector<std::string>> {
   using Argument<std::vector<std::string>>::Argument;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "Outcome.h"
 
@@ -39,10 +40,9 @@ void withoutInterpreterLock(void (*work)(void* argument), void* argument);
 template <class Call>
 auto callWithoutInterpreterLock(Call& call) {
   using Answer = std::invoke_result_t<Call&>;
-  struct Nothing {};
   struct Job {
     Call* call;
-    std::conditional_t<std::is_void_v<Answer>, Nothing, Answer> answer;
+    std::conditional_t<std::is_void_v<Answer>, std::monostate, Answer> answer;
     std::exception_ptr error;
   } job{&call, {}, nullptr};
   withoutInterpreterLock(

@@ -57,7 +57,7 @@ class SessionTest < WebTest
 
   def test_ends_when_the_account_is_somebody_elses
     log_in
-    File.write(File.join(@root, "etc/passwd"), PASSWD.sub("ann:x:62001", "ann:x:62009"))
+    File.write(File.join(@root, "etc/passwd"), PASSWD.sub("ann:x:2001", "ann:x:2009"))
     @now += VistaroWeb::Session::RECHECK_SECONDS
     refute logged_in?
   end

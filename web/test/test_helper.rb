@@ -1,59 +1,35 @@
 # frozen_string_literal: true
 
-require "minitest/autorun"
-require "fileutils"
+require_relative "../../ruby/test/test_helper"
 require "rack/test"
 require "stringio"
-require "tmpdir"
 require_relative "../app/boot"
 
-# The application in a world of its own: settings, accounts and a tree of files in temporary folders,
-# with `ann` (62001) and the administrator `ben` (62002), whose passwords are their names twice.
-class WebTest < Minitest::Test
+# The application in a world of its own, with `ann` and the administrator `ben`, whose passwords are
+# their names twice, and `nobody`.
+class WebTest < WorldTest
   include Rack::Test::Methods
-  include VistaroRuby
 
-  FOLDERS = ["etc", "tmp", "Library/Application Support", "Library/Caches", "var/lib/vistaro"].freeze
-  PASSWD = <<~TEXT
-    root:x:0:0:System:/root:/bin/sh
-    nobody:x:65534:65534:nobody:/nonexistent:/bin/false
-    ann:x:62001:62001:Ann Other:/home/ann:/bin/sh
-    ben:x:62002:62002:Ben Third:/home/ben:/bin/sh
-  TEXT
-  GROUP = "root:x:0:\nadmin:x:80:ben\nann:x:62001:\nben:x:62002:\nnogroup:x:65534:\n"
+  PASSWD = "#{WorldTest::PASSWD}nobody:x:65534:65534:nobody:/nonexistent:/bin/false\n".freeze
   # Of a hash that is quick to check: passwords of tests guard nothing.
   SHADOW = %w[root ann ben].map do |name|
     "#{name}:#{(name * 2).crypt('$6$rounds=1000$saltsalt$')}:19000:0:99999:7:::\n"
   end.join.freeze
 
   def setup
-    @folder = Dir.mktmpdir("vistaro-")
-    File.chmod(0o755, @folder)
-    @root = File.join(@folder, "root")
-    @tree = File.join(@folder, "tree")
-    FileUtils.mkdir_p([@tree, *FOLDERS.map { |name| File.join(@root, name) }])
+    super
     File.write(File.join(@root, "etc/passwd"), PASSWD)
-    File.write(File.join(@root, "etc/group"), GROUP)
     File.write(File.join(@root, "etc/shadow"), SHADOW, perm: 0o600)
-    ENV["VISTARO_ROOT"] = @root
     VistaroRuby.restart
     VistaroWeb::EventLog.output = @log = StringIO.new
     settings.loadAttributeNames
     settings.searchFolders = [folder]
-    VistaroWeb::Application.set(:store, VistaroWeb::Sessions.new)
-    VistaroWeb::Application.set(:login, VistaroWeb::Login.new(minimum_seconds: 0))
-  end
-
-  def teardown
-    FileUtils.rm_rf(@folder)
+    app.set(:store, VistaroWeb::Sessions.new)
+    app.set(:login, VistaroWeb::Login.new(minimum_seconds: 0))
   end
 
   def app
     VistaroWeb::Application
-  end
-
-  def settings
-    VTSettings.sharedInstance
   end
 
   # A folder of the tree that may be searched.

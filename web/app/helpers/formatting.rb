@@ -32,6 +32,12 @@ module VistaroWeb
       time.strftime(t("common.date_format"))
     end
 
+    # A time that something took.
+    def seconds_text(seconds)
+      text = format("%.3f", seconds)
+      language == "de" ? text.tr(".", ",") : text
+    end
+
     def number_text(number)
       Text.number(language, number)
     end
