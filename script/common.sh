@@ -15,14 +15,15 @@ as_root() {
   fi
 }
 
-# install_packages build [test] [lint]: installs what is missing of these rows of packages.txt.
+# install_packages build [test] [lint]: installs what is missing of these rows of packages.txt. What
+# another installed package provides is not missing.
 install_packages() {
-  local missing=() purpose package
+  local missing=() purpose package installed
+  installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}, ${Provides},\n' |
+    sed -n 's/^installed / /p' | sed 's/ ([^)]*)//g')
   while read -r purpose package; do
     case " $* " in *" $purpose "*) ;; *) continue ;; esac
-    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
-      missing+=("$package")
-    fi
+    case $installed in *" $package,"*) ;; *) missing+=("$package") ;; esac
   done < <(grep -v '^#' script/packages.txt)
   [ ${#missing[@]} -eq 0 ] && return
   say "Installing ${missing[*]}"
@@ -31,6 +32,17 @@ install_packages() {
     as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get install -y --no-install-recommends "${missing[@]}"; } >build/packages.log 2>&1 ||
     { tail -n 20 build/packages.log >&2; return 1; }
+}
+
+# Installs the exact packages of npm that the browser tests need, without a browser of their own.
+install_browser_tests() {
+  local folder=web/test/browser
+  cmp -s "$folder/package-lock.json" "$folder/node_modules/.installed-lock" && return
+  say "Installing the packages of $folder"
+  mkdir -p build
+  (cd "$folder" && PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm ci --no-audit --no-fund --ignore-scripts) \
+    >build/npm.log 2>&1 || { tail -n 20 build/npm.log >&2; return 1; }
+  cp "$folder/package-lock.json" "$folder/node_modules/.installed-lock"
 }
 
 # build PRESET [target…]: configures when needed and builds; output only when something fails.

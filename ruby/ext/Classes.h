@@ -28,6 +28,7 @@ void defineCocoaCryptoHashing(VALUE module);
 void defineBase64(VALUE module);
 void defineHexDump(VALUE module);
 void defineNSFileManagerAdditions(VALUE module);
+void defineTypedSearch(VALUE module);
 
 /// A class that is defined already.
 inline VALUE classNamed(VALUE module, const char* name) {

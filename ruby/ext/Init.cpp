@@ -54,6 +54,7 @@ void define() {
   defineBase64(module);
   defineHexDump(module);
   defineNSFileManagerAdditions(module);
+  defineTypedSearch(module);
 }
 
 }  // namespace

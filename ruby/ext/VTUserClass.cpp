@@ -3,8 +3,11 @@
 #include "directory/DirServiceWrapper.h"
 #include "directory/VTUser.h"
 #include "kinds/VTSearchKind.h"
+#include "platform/Platform.h"
+#include "platform/linux/AccountRecords.h"
 #include "saved/VTSavedSearch.h"
 #include "scopes/VTSearchFolder.h"
+#include "search/ItemContent.h"
 
 namespace vt::ruby {
 namespace {
@@ -13,12 +16,23 @@ using U = VTUser;
 using ByName = std::shared_ptr<U> (*)(const std::string&);
 using ByPassword = std::shared_ptr<U> (*)(const std::string&, const std::string&);
 
+// The number of an open file, which the caller makes an IO of; nil when there is nothing to read.
+std::optional<std::int64_t> contentDescriptorForPath(const U& user, const std::string& path) {
+  return openItemContent(&user, path);
+}
+
+// Whether the account may still log in, as far as the system tells without its password.
+bool accountIsOpen(const U& user) {
+  return passwordsUnder(Platform::current().systemPath(""))->isOpen(user.username());
+}
+
 }  // namespace
 
 void defineVTUser(VALUE module) {
   static constexpr Message kMessages[] = {
       classMessage<static_cast<ByName>(&U::userWithName)>("userWithName:"),
-      classMessage<static_cast<ByPassword>(&U::userWithName)>("userWithName:password:"),
+      classMessage<static_cast<ByPassword>(&U::userWithName), Trait::kReleasesLock>(
+          "userWithName:password:"),
       initialiser<&U::initWithUsername>("initWithUsername:fromDirectoryService:"),
       message<&U::uid>("uid"),
       message<&U::gid>("gid"),
@@ -39,6 +53,8 @@ void defineVTUser(VALUE module) {
       message<&U::addSavedSearch>("addSavedSearch:"),
       message<&U::removeSavedSearch>("removeSavedSearch:"),
       message<&U::savedSearches>("savedSearches"),
+      message<accountIsOpen>("accountIsOpen"),
+      message<contentDescriptorForPath>("contentDescriptorForPath:"),
       message<&U::accessAllowedToPath>("accessAllowedToPath:"),
       message<&U::accessAllowedToFileIntern>("accessAllowedToFileIntern:"),
   };

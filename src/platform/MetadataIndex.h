@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "foundation/Dictionary.h"
+#include "foundation/FunctionRef.h"
 #include "foundation/Key.h"
+#include "foundation/Result.h"
 #include "foundation/Value.h"
 
 namespace vt {
@@ -69,6 +71,29 @@ struct MDQueryNotes {
   std::vector<MDQueryStep> steps{};
 };
 
+/// What somebody typed into a search field, as the index's query language has it.
+struct MDTypedQuery {
+  std::string query;
+  /// Else its words are looked for in names alone. Always of a query that was typed as such.
+  bool asksForText = true;
+};
+
+/// Why what was typed makes no query.
+struct MDTypedRejection {
+  /// "nothing" (there is no word), "number", "date", "truth" (what stands after a name is none) or
+  /// "length" (it is too long).
+  std::string kind;
+  std::uint64_t offset = 0;  ///< where it stands, in bytes of what was typed
+  std::string text;          ///< what stands there
+};
+
+/// What the names before colons in a search field mean.
+struct MDTypedNames {
+  FunctionRef<std::vector<std::string>(const std::string& shortName)> attributes;
+  /// The content types of the kinds that a word names.
+  FunctionRef<std::vector<std::string>(const std::string& word)> typesOfKind;
+};
+
 /// Is told, now and then within an execution, how much has been looked at since it began. The
 /// counts are of what the index came upon, whoever may read it: they are for whoever runs the
 /// process, not for the user on whose behalf it searches. Must not throw.
@@ -99,6 +124,15 @@ class MetadataIndex {
   virtual void MDQuerySetSortComparator(MDQuery& query, MDQuerySortComparatorFunction comparator,
                                         const void* context,
                                         const std::optional<MDQueryDeclaredOrder>& declared) = 0;
+
+  /// The query for what somebody typed into a search field: words, `name:value`, or a query, which
+  /// stays as it is. Words are looked for in the text of files as well as in names if the index
+  /// holds it, or `readsFiles` is set, and the files may be read for it. An index that knows no
+  /// better takes everything for a query.
+  virtual Result<MDTypedQuery, MDTypedRejection> MDQueryStringFromTyped(
+      const std::string& typed, const MDTypedNames& /*names*/, bool /*readsFiles*/) {
+    return MDTypedQuery{typed};
+  }
 
   /// The folders to search below, absolute paths; none finds nothing. `options` is 0.
   virtual void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,

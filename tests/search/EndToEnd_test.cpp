@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "directory/VTUser.h"
@@ -23,7 +24,9 @@
 #include "platform/memory/MemoryBundles.h"
 #include "platform/memory/MemoryResources.h"
 #include "scopes/VTConcreteSearchFolder.h"
+#include "search/ItemContent.h"
 #include "search/SearchWorld.h"
+#include "search/TypedSearch.h"
 #include "search/VTSearchManager.h"
 #include "search/VTSearchResult.h"
 #include "search/VTSearchResultContainer.h"
@@ -112,6 +115,29 @@ class FileServer {
             ->metadataForItemAtIndex(0);
     const Value* size = metadata->find("Size");
     return (size ? std::to_string(size->integerValue()) : "no") + " bytes, " + ids();
+  }
+
+  /// What the file `name` holds, opened for the user called `user`; then the ids of the process. To
+  /// be called in a child process.
+  std::string contentOf(const std::string& name, const std::string& user) const {
+    const PlatformScope scope(platform());
+    const std::optional<int> file =
+        openItemContent(VTUser::userWithName(user).get(), files_ / name);
+    if (!file) return "nothing, " + ids();
+    char bytes[100];
+    const ssize_t count = read(*file, bytes, sizeof bytes);
+    close(*file);
+    return std::string(bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0))) + ", " + ids();
+  }
+
+  /// The query for what somebody typed, or why there is none. To be called in a child process.
+  std::string queryFor(const std::string& typed) const {
+    const LogRedirection silence([](std::string_view) {});
+    const PlatformScope scope(platform());
+    VTSettings::sharedInstance()->loadAttributeNames();
+    const auto query = queryForTypedSearch(typed, /*readsFiles=*/false);
+    if (!query) return query.error().kind + " at " + std::to_string(query.error().offset);
+    return query->query + (query->asksForText ? "" : ", names only");
   }
 
  private:
@@ -255,6 +281,32 @@ TEST_F(EndToEnd, TellsTheMetadataOfWhatTheUserMayReadAlone) {
   EXPECT_EQ(looking("others'.txt", "ann"), "no bytes, uid 0 gid 0");
   EXPECT_EQ(looking("closed/inside.txt", "ann"), "no bytes, uid 0 gid 0");
   EXPECT_EQ(looking("closed/inside.txt", "root"), "1 bytes, uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, OpensWhatTheUserMayReadAlone) {
+  const auto opening = [&](const std::string& name, const std::string& user) {
+    return inChildProcess([&] { return server_.contentOf(name, user); });
+  };
+  EXPECT_EQ(opening("editors'.txt", "ann"), "x, uid 0 gid 0");
+  EXPECT_EQ(opening("her own.txt", "ann"), "x, uid 0 gid 0");
+  EXPECT_EQ(opening("others'.txt", "ann"), "nothing, uid 0 gid 0");
+  EXPECT_EQ(opening("denied to her.txt", "ann"), "nothing, uid 0 gid 0");
+  EXPECT_EQ(opening("closed/inside.txt", "ann"), "nothing, uid 0 gid 0");
+  EXPECT_EQ(opening("closed/inside.txt", "root"), "x, uid 0 gid 0");
+  EXPECT_EQ(opening("closed", "root"), "nothing, uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, KnowsShortNamesAndKindsInWhatIsTyped) {
+  const auto query = [&](const std::string& typed) {
+    return inChildProcess([&] { return server_.queryFor(typed); });
+  };
+  EXPECT_EQ(query("AUTHORS:ann"), "kMDItemAuthors == \"*ann*\"cd, names only");
+  EXPECT_EQ(query("kind:image"),
+            "kMDItemKind == \"*image*\"cd || kMDItemContentTypeTree == \"public.image\", "
+            "names only");
+  EXPECT_EQ(query("kind:im"), "kMDItemKind == \"*im*\"cd, names only");
+  EXPECT_EQ(query("x size:y"), "number at 7");
+  EXPECT_EQ(query("kMDItemFSSize == 1"), "kMDItemFSSize == 1");
 }
 
 TEST_F(EndToEnd, ReturnsToTheGroupThatASearchLeftTheProcessIn) {

@@ -117,6 +117,18 @@ TEST_F(SearchCommand, FindsWordsInTheTextOfFiles) {
   EXPECT_THAT(names(report["groups"][0]), ElementsAre("letter.txt"));
 }
 
+TEST_F(SearchCommand, UnderstandsNamedValues) {
+  addFile("small.pdf", 10);
+  addFile("large.pdf", 5000);
+  addFile("large.txt", 5000);
+  const json report = searchJSON({"large", "kind:pdf", "size:>4kb"});
+  EXPECT_EQ(report["count"], 1);
+  EXPECT_THAT(names(report["groups"][0]), ElementsAre("large.pdf"));
+  const ProgramResult wrong = search({"size:big"});
+  EXPECT_EQ(wrong.exitCode, 2);
+  EXPECT_THAT(wrong.errors, HasSubstr("\"big\" is not a number"));
+}
+
 TEST_F(SearchCommand, ShowsAUserOnlyWhatTheyMayRead) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can search on behalf of others";
   addFile("open.pdf");

@@ -5,11 +5,11 @@
 #include <filesystem>
 
 #include "kinds/VTSearchKind.h"
-#include "metadata/query/PlainWords.h"
 #include "platform/Attributes.h"
 #include "platform/Identity.h"
 #include "platform/Platform.h"
 #include "scopes/VTConcreteSearchFolder.h"
+#include "search/TypedSearch.h"
 #include "settings/VTSettings.h"
 #include "vistaro/CanonicalFolder.h"
 #include "vistaro/Checkup.h"
@@ -32,6 +32,18 @@ std::string joined(const std::vector<std::string>& words) {
   return text;
 }
 
+std::string rejectionText(const MDTypedRejection& why) {
+  const std::string text = printable(why.text);
+  if (why.kind == "number") return fmt::format("\"{}\" is not a number", text);
+  if (why.kind == "date") {
+    return fmt::format("\"{}\" is not a date: type today, last-week, 2024, 2024-03 or 2024-03-31",
+                       text);
+  }
+  if (why.kind == "truth") return fmt::format("\"{}\" should be yes or no", text);
+  if (why.kind == "nothing") return "there is nothing to search for: type some words";
+  return "these words cannot make a query: there are too many";
+}
+
 std::shared_ptr<ObjectArray<VTSearchFolder>> foldersOfSettings() {
   std::shared_ptr<ObjectArray<VTSearchFolder>> folders =
       VTSettings::sharedInstance()->searchFolders();
@@ -52,10 +64,12 @@ std::string queryFor(const SearchOptions& options) {
   if (text.find_first_not_of(noWords) == std::string::npos) {
     throw CommandError{kUsage, "there is nothing to search for: type some words"};
   }
-  if (options.raw || query::looksLikeQuery(text)) return text;
-  std::optional<std::string> query = query::queryFromWords(text);
-  if (!query) throw CommandError{kUsage, "these words cannot make a query: there are too many"};
-  return *query;
+  if (options.raw) return text;
+  // Names before colons mean something only once they are known, which costs a look at all of them.
+  if (text.find(':') != std::string::npos) VTSettings::sharedInstance()->loadAttributeNames();
+  const auto query = queryForTypedSearch(text, /*readsFiles=*/true);
+  if (!query) throw CommandError{kUsage, rejectionText(query.error())};
+  return query->query;
 }
 
 std::shared_ptr<VTUser> userFor(const SearchOptions& options) {

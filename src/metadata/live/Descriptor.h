@@ -23,6 +23,8 @@ class Descriptor {
 
   bool isOpen() const { return descriptor_ >= 0; }
   int get() const { return descriptor_; }
+  /// Hands the descriptor over to the caller, who closes it.
+  int release() { return std::exchange(descriptor_, -1); }
   void close() {
     if (descriptor_ >= 0) ::close(descriptor_);
     descriptor_ = -1;

@@ -1,67 +1,57 @@
 #include "metadata/query/PlainWords.h"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
-#include "foundation/UTF8.h"
 #include "metadata/query/QueryLexer.h"
 #include "metadata/query/QueryParser.h"
-#include "metadata/query/WordBoundaries.h"
+#include "metadata/query/SearchTerms.h"
 
 namespace vt::query {
-
 namespace {
 
-/// The words of the text, with phrases whole; what cannot stand in a query is replaced.
-std::vector<std::string> split(std::string_view text) {
-  std::vector<std::string> words;
-  std::string word;
-  const auto endWord = [&] {
-    // A phrase of blanks asks for nothing.
-    if (word.find_first_not_of(' ') != std::string::npos) words.push_back(word);
-    word.clear();
-  };
-  bool isInPhrase = false;
-  for (std::size_t at = 0; at < text.size();) {
-    const DecodedCodePoint character = decodeCodePoint(text.substr(at));
-    at += character.length;
-    const bool isBlank = character.codePoint <= 0x20;  // the control characters too
-    if (character.codePoint == '"') {
-      isInPhrase = !isInPhrase;
-      endWord();
-    } else if (isBlank && !isInPhrase) {
-      endWord();
-    } else {
-      appendCodePoint(word, isBlank ? U' ' : character.codePoint);
-    }
+/// Parenthesised when it is a choice among others that must hold too.
+std::string joined(const std::vector<std::string>& words, WordsIn in) {
+  std::string query;
+  for (const std::string& word : words) {
+    if (!query.empty()) query += " && ";
+    const bool needsParentheses = in == WordsIn::kNamesAndText && words.size() > 1;
+    if (needsParentheses) query += '(';
+    query += conditionForWord(word, in);
+    if (needsParentheses) query += ')';
   }
-  endWord();
-  return words;
-}
-
-std::string escaped(std::string_view word) {
-  std::string text;
-  for (const char c : word) {
-    if (c == '*' || c == '?' || c == '\\' || c == '"') text += '\\';
-    text += c;
-  }
-  return text;
+  return query;
 }
 
 }  // namespace
 
-std::optional<std::string> queryFromWords(std::string_view words) {
-  const std::vector<std::string> found = split(words);
-  if (found.empty() || found.size() > kMaximumTerms / 2) return std::nullopt;
-  std::string query;
-  for (const std::string& word : found) {
-    if (!query.empty()) query += " && ";
-    const std::string text = escaped(word);
-    if (found.size() > 1) query += '(';
-    query.append("kMDItemFSName == \"*").append(text).append("*\"cd || ");
-    query.append("kMDItemTextContent == \"").append(text).append("*\"cdw");
-    if (found.size() > 1) query += ')';
+std::string escapedPattern(std::string_view text) {
+  std::string pattern;
+  for (const char c : text) {
+    if (c == '*' || c == '?' || c == '\\' || c == '"') pattern += '\\';
+    pattern += c;
   }
+  return pattern;
+}
+
+std::string conditionForWord(std::string_view word, WordsIn in) {
+  const std::string pattern = escapedPattern(word);
+  std::string condition = "kMDItemFSName == \"*" + pattern + "*\"cd";
+  if (in == WordsIn::kNamesAndText) {
+    condition += " || kMDItemTextContent == \"" + pattern + "*\"cdw";
+  }
+  return condition;
+}
+
+std::optional<std::string> queryFromWords(std::string_view words, WordsIn in) {
+  std::vector<std::string> found;
+  for (const SearchTerm& term : searchTermsIn(words)) {
+    for (std::string& word : term.words()) found.push_back(std::move(word));
+  }
+  const std::size_t termsOfWord = in == WordsIn::kNamesAndText ? 2 : 1;
+  if (found.empty() || found.size() > kMaximumTerms / termsOfWord) return std::nullopt;
+  std::string query = joined(found, in);
   if (query.size() > kMaximumQueryBytes) return std::nullopt;
   return query;
 }

@@ -75,9 +75,13 @@ bool equalInConstantTime(std::string_view a, std::string_view b) {
   return difference == 0;
 }
 
+// Crypt itself answers a bad setting with "*0" or "*1".
+bool isLocked(const std::string& hash) {
+  return hash.empty() || hash.front() == '*' || hash.front() == '!';
+}
+
 bool hashMatches(const std::string& hash, const std::string& password) {
-  // A locked or closed password; crypt itself answers a bad setting with "*0" or "*1".
-  if (hash.empty() || hash.front() == '*' || hash.front() == '!') return false;
+  if (isLocked(hash)) return false;
   // 32 KiB: too much for the stack of a small thread. It holds the password afterwards.
   const auto work = std::make_unique<crypt_data>();
   const char* made = crypt_r(password.c_str(), hash.c_str(), work.get());
@@ -106,6 +110,11 @@ bool FilePasswords::verify(const std::string& name, const std::string& password)
   if (!stored) return false;
   const bool verified = hashMatches(stored->hash, password);
   return verified && mayBeUsed(stored->dates, today_());
+}
+
+bool FilePasswords::isOpen(const std::string& name) const {
+  const std::optional<StoredPassword> stored = storedPassword(root_, name);
+  return stored && !isLocked(stored->hash) && mayBeUsed(stored->dates, today_());
 }
 
 }  // namespace vt

@@ -31,6 +31,7 @@ class FilePasswords final : public PasswordCheck {
   explicit FilePasswords(std::string root, Today today = nullptr);
 
   bool verify(const std::string& name, const std::string& password) const override;
+  bool isOpen(const std::string& name) const override;
 
  private:
   std::string root_;

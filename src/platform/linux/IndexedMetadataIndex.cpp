@@ -31,6 +31,9 @@ std::optional<Value> valueOf(const IndexHits& hits, std::size_t row, LiveAttribu
   return value;
 }
 
+/// Whether the text of files is in the index, beside their names and what their status tells.
+constexpr bool kHoldsText = false;
+
 }  // namespace
 
 IndexedMetadataIndex::IndexedMetadataIndex(std::shared_ptr<LiveMetadataIndex> live,
@@ -88,7 +91,8 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
   if (!index) return source_->whyNotAt(now);
   const query::EvaluationContext context{now, query::Calendar()};
-  if (query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
+  if (!kHoldsText &&
+      query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
     return "the index holds no text";
   }
   SearchScopes scopes = findSearchScopes(live.scopes, judge);
@@ -178,6 +182,11 @@ std::vector<std::string> IndexedMetadataIndex::MDItemCopyAttributeNames(MDItem& 
     if (MDItemCopyAttribute(item, name)) names.push_back(std::move(name));
   }
   return names;
+}
+
+Result<MDTypedQuery, MDTypedRejection> IndexedMetadataIndex::MDQueryStringFromTyped(
+    const std::string& typed, const MDTypedNames& names, bool readsFiles) {
+  return live_->MDQueryStringFromTyped(typed, names, readsFiles || kHoldsText);
 }
 
 std::vector<std::string> IndexedMetadataIndex::MDSchemaCopyAllAttributes() {

@@ -55,6 +55,9 @@ class IndexedMetadataIndex final : public MetadataIndex {
   std::shared_ptr<MDItem> MDItemCreate(const std::string& path) override;
   std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
   std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) override;
+  Result<MDTypedQuery, MDTypedRejection> MDQueryStringFromTyped(const std::string& typed,
+                                                                const MDTypedNames& names,
+                                                                bool readsFiles) override;
   std::vector<std::string> MDSchemaCopyAllAttributes() override;
   std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
       std::string_view attribute) override;

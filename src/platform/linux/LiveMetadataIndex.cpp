@@ -11,6 +11,7 @@
 #include "metadata/live/PathResolver.h"
 #include "metadata/query/QueryMatcher.h"
 #include "metadata/query/QueryParser.h"
+#include "metadata/query/TypedQuery.h"
 #include "platform/Identity.h"
 #include "platform/linux/LiveQuery.h"
 #include "platform/linux/PrivilegedMoment.h"
@@ -22,6 +23,23 @@ namespace {
 LiveQuery& ours(MDQuery& query) { return static_cast<LiveQuery&>(query); }
 const LiveQuery& ours(const MDQuery& query) { return static_cast<const LiveQuery&>(query); }
 LiveMDItem& ours(MDItem& item) { return static_cast<LiveMDItem&>(item); }
+
+std::string kindOf(query::TypedQueryError::Kind kind) {
+  using Kind = query::TypedQueryError::Kind;
+  switch (kind) {
+    case Kind::kNothing:
+      return "nothing";
+    case Kind::kNumber:
+      return "number";
+    case Kind::kDate:
+      return "date";
+    case Kind::kBoolean:
+      return "truth";
+    case Kind::kTooLong:
+      break;
+  }
+  return "length";
+}
 
 Date now() {
   return std::chrono::time_point_cast<Date::duration>(std::chrono::system_clock::now());
@@ -172,6 +190,15 @@ std::vector<std::string> LiveMetadataIndex::MDItemCopyAttributeNames(MDItem& ite
     if (MDItemCopyAttribute(item, attribute.name)) names.push_back(attribute.name);
   }
   return names;
+}
+
+Result<MDTypedQuery, MDTypedRejection> LiveMetadataIndex::MDQueryStringFromTyped(
+    const std::string& typed, const MDTypedNames& names, bool readsFiles) {
+  const query::WordsIn in = readsFiles ? query::WordsIn::kNamesAndText : query::WordsIn::kNames;
+  auto query = query::queryFromTyped(typed, *schema_, {names.attributes, names.typesOfKind}, in);
+  if (query) return MDTypedQuery{*std::move(query), readsFiles || query::looksLikeQuery(typed)};
+  const query::TypedQueryError& error = query.error();
+  return MDTypedRejection{kindOf(error.kind), error.offset, error.text};
 }
 
 std::vector<std::string> LiveMetadataIndex::MDSchemaCopyAllAttributes() {

@@ -62,6 +62,9 @@ class LiveMetadataIndex final : public MetadataIndex {
   std::optional<Value> MDItemCopyAttribute(MDItem& item, std::string_view attribute) override;
   /// Of all that the table of attributes lists, what the file system and the name tell.
   std::vector<std::string> MDItemCopyAttributeNames(MDItem& item) override;
+  Result<MDTypedQuery, MDTypedRejection> MDQueryStringFromTyped(const std::string& typed,
+                                                                const MDTypedNames& names,
+                                                                bool readsFiles) override;
   std::vector<std::string> MDSchemaCopyAllAttributes() override;
   std::optional<std::string> MDSchemaCopyDisplayNameForAttribute(
       std::string_view attribute) override;

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <poll.h>
+#include <shadow.h>
 #include <string.h>  // explicit_bzero
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -12,15 +13,19 @@
 #include <cstring>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/AuthProtocol.h"
 #include "platform/linux/ChildProcess.h"
+#include "platform/linux/FilePasswords.h"
 #include "platform/linux/Pipe.h"
 
 namespace vt {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kLargestShadowEntry = 65536;
 
 bool isUsable(const std::string& text) {
   return !text.empty() && text.size() <= auth::kLongestText && text.find('\0') == text.npos;
@@ -128,6 +133,24 @@ bool PamPasswords::verify(const std::string& name, const std::string& password) 
   if (helper.startError() != 0) return false;
   const std::optional<std::string> said = readAnswer(source.get(), deadline);
   return finish(helper, deadline) && said == std::string(1, auth::kAccepted);
+}
+
+bool PamPasswords::isOpen(const std::string& name) const {
+  spwd entry{};
+  spwd* found = nullptr;
+  std::vector<char> buffer(1024);
+  int error = getspnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
+  while (error == ERANGE && buffer.size() < kLargestShadowEntry) {
+    buffer.resize(buffer.size() * 2);
+    error = getspnam_r(name.c_str(), &entry, buffer.data(), buffer.size(), &found);
+  }
+  if (error != 0 || !found) return true;
+  const bool isLocked = found->sp_pwdp && found->sp_pwdp[0] == '!';
+  PasswordDates dates;
+  dates.accountExpiry = found->sp_expire;
+  explicit_bzero(buffer.data(), buffer.size());
+  const auto today = std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now());
+  return !isLocked && mayBeUsed(dates, today.time_since_epoch().count());
 }
 
 }  // namespace vt

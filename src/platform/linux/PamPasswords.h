@@ -32,6 +32,10 @@ class PamPasswords final : public PasswordCheck {
   /// longer than the limit, in which case it is killed.
   bool verify(const std::string& name, const std::string& password) const override;
 
+  /// As the shadow entry has it that the name service switch gives to root: locked by a "!", or
+  /// closed by its date. Open without such an entry, for then others keep the password.
+  bool isOpen(const std::string& name) const override;
+
  private:
   Options options_;
 };

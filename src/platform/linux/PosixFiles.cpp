@@ -127,6 +127,18 @@ Result<std::string, FileError> PosixFiles::readContent(const std::string& path,
   return readAll(file.get(), path, limit);
 }
 
+Result<int, FileError> PosixFiles::openContent(const std::string& path) const {
+  if (path.find('\0') != std::string::npos) return errorOf(EINVAL, "open", path);
+  Descriptor file = openForReading(AT_FDCWD, path.c_str(), 0);
+  if (!file.isOpen()) return errorOf(errno, "open", path);
+  struct stat status{};
+  if (::fstat(file.get(), &status) != 0) return errorOf(errno, "stat", path);
+  if (!S_ISREG(status.st_mode)) {
+    return errorOf(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, "open", path);
+  }
+  return file.release();
+}
+
 std::optional<FileError> PosixFiles::writeAtomically(const std::string& path,
                                                      std::string_view bytes) {
   const std::string folder = folderOf(path);

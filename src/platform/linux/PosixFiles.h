@@ -36,6 +36,7 @@ class PosixFiles : public Files {
   Result<std::string, FileError> read(const std::string& path, std::uint64_t limit) const override;
   Result<std::string, FileError> readContent(const std::string& path,
                                              std::uint64_t limit) const override;
+  Result<int, FileError> openContent(const std::string& path) const override;
   [[nodiscard]] std::optional<FileError> writeAtomically(const std::string& path,
                                                          std::string_view bytes) override;
   [[nodiscard]] std::optional<FileError> keepAs(const std::string& path,

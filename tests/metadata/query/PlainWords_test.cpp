@@ -31,6 +31,12 @@ TEST(PlainWords, BecomeAQueryForNameAndText) {
   }
 }
 
+TEST(PlainWords, CanAskForNamesAlone) {
+  EXPECT_EQ(queryFromWords("budget", WordsIn::kNames), "kMDItemFSName == \"*budget*\"cd");
+  EXPECT_EQ(queryFromWords("annual report", WordsIn::kNames),
+            "kMDItemFSName == \"*annual*\"cd && kMDItemFSName == \"*report*\"cd");
+}
+
 TEST(PlainWords, AreNoQueryWhenThereAreNone) {
   using namespace std::string_view_literals;
   for (const std::string_view words : {""sv, "  \t\n"sv, "\"\""sv, "\" \" \""sv, "\0\x01"sv}) {

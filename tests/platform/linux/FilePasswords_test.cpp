@@ -86,6 +86,30 @@ TEST_F(FilePasswordsTest, FollowTheDatesOfTheAccount) {
   }
 }
 
+TEST_F(FilePasswordsTest, TellWhetherAnAccountIsOpenWithoutItsPassword) {
+  struct Case {
+    const char* what;
+    std::string shadow;
+    bool isOpen;
+  };
+  const std::string hash = hashed("secret", "$6$");
+  const Case cases[] = {
+      {"as usual", hash + ":19000:0:99999:7:::", true},
+      {"locked", "!" + hash + ":19000:0:99999:7:::", false},
+      {"without password", "*:19000:0:99999:7:::", false},
+      {"closed tomorrow", hash + ":19000:0:99999:7::20001:", true},
+      {"closed today", hash + ":19000:0:99999:7::20000:", false},
+      {"password to be changed", hash + ":0:0:99999:7:::", false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    setShadow(c.shadow);
+    const FilePasswords passwords(folder_.root(), [] { return kToday; });
+    EXPECT_EQ(passwords.isOpen("ann"), c.isOpen);
+    EXPECT_FALSE(passwords.isOpen("bob"));
+  }
+}
+
 TEST_F(FilePasswordsTest, NeedBothFilesToKnowTheAccount) {
   const std::string good = hashed("secret", "$6$");
   EXPECT_FALSE(verify(folder_, "ann", "secret")) << "no shadow file";

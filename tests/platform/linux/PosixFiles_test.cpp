@@ -177,6 +177,9 @@ TEST(PosixFiles, ReadsContentOfRegularFilesAlone) {
     SCOPED_TRACE(c.what);
     const auto content = PosixFiles().readContent(c.path, 4);
     EXPECT_EQ(content ? 0 : content.error().number, c.error);
+    const auto opened = PosixFiles().openContent(c.path);
+    EXPECT_EQ(opened ? 0 : opened.error().number, c.error == EFBIG ? 0 : c.error);
+    if (opened) close(*opened);
   }
   EXPECT_EQ(*PosixFiles().readContent(folder / "file", 4), "1234");
 }

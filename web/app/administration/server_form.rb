@@ -1,0 +1,26 @@
+# frozen_string_literal: true
+
+require_relative "form"
+
+module VistaroWeb
+  module Administration
+    # Name, port and encryption of the server, and whether one has to log in.
+    class ServerForm < Form
+      setting "serverName", :text, pattern: /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z/
+      setting "serverPort", :port
+      setting "userAuthenticationDisabled", :flag
+      setting "sslEnabled", :flag
+      setting "useSSLTestCertificate", :flag
+      setting "sslCertificatePath", :text, pattern: %r{\A/[^[:cntrl:]]+\z}
+
+      private
+
+      def problem_together
+        return unless on?("sslEnabled") && !on?("useSSLTestCertificate")
+
+        path = value("sslCertificatePath")
+        "no_certificate" unless File.file?(path) && File.readable?(path)
+      end
+    end
+  end
+end

@@ -1,0 +1,147 @@
+# frozen_string_literal: true
+
+require_relative "test_helper"
+
+# The page of a file, its pictures and its download.
+class ItemPageTest < WebTest
+  def setup
+    super
+    searched = folder
+    searched.download = 1
+    settings.searchFolders = [searched]
+  end
+
+  # The address of the page of the file called so, which a search finds first.
+  def address_of(name)
+    get "/search", { "q" => "\"#{name}\"" }
+    body[%r{href="(/item/[\w-]+)}, 1]
+  end
+
+  def test_tells_what_is_known_of_a_file
+    write("sub/plan.txt", "words")
+    log_in
+    get address_of("plan")
+    assert_includes body, "<h1><bdi>plan.txt</bdi></h1>"
+    assert_includes body, "<li><bdi>Tree</bdi></li><li><bdi>sub</bdi></li>"
+    assert_includes body, "5 bytes"
+    assert_includes body, "Download"
+  end
+
+  def test_downloads_the_bytes
+    bytes = Random.bytes(300_000)
+    write("data.bin", bytes)
+    log_in
+    get "#{address_of('data')}/download"
+    assert_equal bytes, last_response.body.b
+    assert_equal "attachment; filename=\"data.bin\"; filename*=UTF-8''data.bin",
+                 last_response["Content-Disposition"]
+    assert_equal "300000", last_response["Content-Length"]
+  end
+
+  def test_downloads_a_range
+    write("letters.txt", "abcdefghij")
+    log_in
+    address = "#{address_of('letters')}/download"
+    { "bytes=2-4" => "cde", "bytes=7-" => "hij", "bytes=-2" => "ij" }.each do |range, part|
+      get address, {}, { "HTTP_RANGE" => range }
+      assert_equal [206, part], [status, body], range
+    end
+    get address, {}, { "HTTP_RANGE" => "bytes=10-" }
+    assert_equal 416, status
+    assert_equal "bytes */10", last_response["Content-Range"]
+  end
+
+  def test_a_range_of_another_version_gives_all_of_it
+    write("letters.txt", "abcdefghij")
+    log_in
+    get "#{address_of('letters')}/download", {}, { "HTTP_RANGE" => "bytes=2-4", "HTTP_IF_RANGE" => '"old"' }
+    assert_equal [200, "abcdefghij"], [status, body]
+  end
+
+  def test_is_gone_when_the_right_to_read_is
+    skip "only root can search on behalf of others" unless Process.euid.zero?
+    path = write("plan.txt")
+    log_in
+    address = address_of("plan")
+    File.chmod(0o600, path)
+    ["", "/download", "/thumbnail", "/preview"].each do |part|
+      get address + part
+      assert_equal 404, status, part
+    end
+  end
+
+  def test_is_gone_when_its_folder_is_no_longer_searched
+    write("plan.txt")
+    log_in
+    address = address_of("plan")
+    settings.searchFolders = [folder("Other", @root)]
+    get address
+    assert_equal 404, status
+  end
+
+  def test_follows_no_link_that_took_the_place_of_a_file_or_folder
+    path = write("sub/plan.txt")
+    secret = File.join(@folder, "plan.txt")
+    File.write(secret, "secret")
+    log_in
+    address = address_of("plan")
+    File.unlink(path)
+    File.symlink(secret, path)
+    get "#{address}/download"
+    assert_equal 404, status
+    FileUtils.rm_rf(File.dirname(path))
+    File.symlink(@folder, File.dirname(path))
+    get "#{address}/download"
+    assert_equal 404, status
+  end
+
+  def test_opens_regular_files_alone
+    path = write("plan.txt")
+    log_in
+    address = address_of("plan")
+    File.unlink(path)
+    File.mkfifo(path)
+    get "#{address}/download"
+    assert_equal 404, status
+  end
+
+  def test_downloads_only_where_the_settings_allow_it
+    write("plan.txt")
+    log_in
+    address = address_of("plan")
+    settings.searchFolders = [folder]
+    get address
+    assert_includes body, "cannot be downloaded"
+    get "#{address}/download"
+    assert_equal 404, status
+  end
+
+  def test_ids_of_other_sessions_mean_nothing
+    write("plan.txt")
+    log_in
+    address = address_of("plan")
+    clear_cookies
+    log_in("ben")
+    get address
+    assert_equal 404, status
+    refute_equal address, address_of("plan")
+  end
+
+  def test_paths_are_no_ids
+    log_in
+    ["/etc/passwd", "..", "%2e%2e%2f%2e%2e%2fetc%2fpasswd", "a" * 22].each do |id|
+      get "/item/#{Rack::Utils.escape_path(id)}/download"
+      assert_equal 404, status, id
+    end
+  end
+
+  def test_makes_a_thumbnail_and_asks_for_the_right_each_time
+    write("plan.txt", "Some text to draw\n" * 20)
+    log_in
+    address = address_of("plan")
+    get "#{address}/thumbnail"
+    follow_redirect! if status == 303
+    assert_equal 200, status
+    assert_match(%r{\Aimage/}, last_response["Content-Type"])
+  end
+end
