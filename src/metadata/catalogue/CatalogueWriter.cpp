@@ -198,10 +198,8 @@ StoreFailure CatalogueWriter::setRows(const SegmentIdentity& segment,
   if (StoreFailure failure = statements_.setRows.restart().bind(1, key).bindBytes(2, bytes).run()) {
     return failure;
   }
-  return statements_.forgetRows.restart()
-      .bind(1, key)
-      .bind(2, earlier ? rowsKeyOf(*earlier) : key)
-      .run();
+  if (!earlier) return std::nullopt;
+  return statements_.forgetRows.restart().bind(1, key).bind(2, rowsKeyOf(*earlier)).run();
 }
 
 Result<bool, StoreError> CatalogueWriter::isMostlyForgotten() {

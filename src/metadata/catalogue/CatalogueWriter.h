@@ -37,7 +37,8 @@ class CatalogueWriter {
   /// Forgets contents whose files are gone.
   StoreFailure remove(std::span<const ContentNumber> numbers);
 
-  /// Says which content each row of a segment has; forgets what was said of others but `earlier`.
+  /// Says which content each row of a segment has. With `earlier`, the one that readers may still
+  /// have open, it forgets what was said of all others.
   StoreFailure setRows(const SegmentIdentity& segment, std::span<const ContentNumber> contents,
                        const std::optional<SegmentIdentity>& earlier = std::nullopt);
 

@@ -18,6 +18,13 @@ Extractors::Extractors(const ContentTypes& types,
   }
 }
 
+const Extractor* Extractors::named(std::string_view name, std::uint32_t version) const {
+  const auto found = std::ranges::find_if(extractors_, [&](const auto& extractor) {
+    return extractor->name() == name && extractor->version() == version;
+  });
+  return found == extractors_.end() ? nullptr : found->get();
+}
+
 Extractors builtInExtractors(const ContentTypes& types) {
   std::vector<std::unique_ptr<Extractor>> extractors;
   extractors.push_back(std::make_unique<PlainTextExtractor>(types));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "metadata/extract/Extractor.h"
@@ -16,6 +17,8 @@ class Extractors {
 
   /// The one for regular files of the type; nullptr when none looks into them.
   Extractor* forType(ContentTypeId type) const { return byType_[type]; }
+  /// The one of that name and version; nullptr when there is none.
+  const Extractor* named(std::string_view name, std::uint32_t version) const;
 
  private:
   std::vector<std::unique_ptr<Extractor>> extractors_;
