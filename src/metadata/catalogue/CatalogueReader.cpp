@@ -70,6 +70,10 @@ StoreFailure CatalogueReader::lookAnew() {
   return looked ? StoreFailure() : StoreFailure(looked.error());
 }
 
+Result<std::int64_t, StoreError> CatalogueReader::version() const {
+  return database_->number("PRAGMA data_version");
+}
+
 Result<std::optional<std::vector<ContentNumber>>, StoreError> CatalogueReader::rowsOf(
     const SegmentIdentity& segment, std::size_t rowCount) {
   Statement& asked = statements_.rows.restart();

@@ -35,8 +35,13 @@ class CatalogueReader {
   CatalogueReader& operator=(const CatalogueReader&) = delete;
   ~CatalogueReader();
 
-  /// Looks at the catalogue as it is at this moment from now on, until the next.
+  /// Looks at the catalogue as it is at this moment from now on. To be ended soon: the log of what
+  /// is written meanwhile grows.
   StoreFailure lookAnew();
+  /// Looks at it as it is whenever it is asked.
+  void lookAway() { moment_.reset(); }
+  /// Another number once somebody has written.
+  Result<std::int64_t, StoreError> version() const;
 
   /// Which content each row of a segment has; nothing when that was not said, or of another number
   /// of rows. Costs a copy of 4 bytes for each.

@@ -65,7 +65,7 @@ StoreFailure ContentIndexer::run(Progress progress) {
   const std::vector<std::uint32_t> rows = pendingRows();
   counts_.expected = rows.size();
   Clock::time_point committed = Clock::now();
-  Clock::time_point reported = committed;
+  Clock::time_point reported = committed - kBetweenReports;
   std::string folderPath;
   Descriptor folder;
   std::uint32_t openFolder = kNoFolder;
