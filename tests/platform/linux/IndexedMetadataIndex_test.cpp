@@ -114,9 +114,9 @@ class IndexedMetadataIndexTest : public testing::Test {
 
   void buildIndex() { source_->index = IndexedTree(tree_.path(), *types_).index(); }
 
-  IndexedTree buildIndexWithContents(bool looksIntoFiles = true) {
+  const IndexedTree& buildIndexWithContents(bool looksIntoFiles = true) {
     if (!extractors_) extractors_.emplace(builtInExtractors(*types_));
-    IndexedTree indexed(*types_, &*extractors_);
+    const IndexedTree& indexed = indexed_.emplace(*types_, &*extractors_);
     const auto done = Indexer(indexed.folder(), indexed.lock(), *types_, &*extractors_)
                           .run({tree_.path()}, [&](const IndexingProgress& progress) {
                             return looksIntoFiles || !progress.contents;
@@ -160,6 +160,7 @@ class IndexedMetadataIndexTest : public testing::Test {
 
   LiveTree tree_;
   std::optional<Extractors> extractors_;
+  std::optional<IndexedTree> indexed_;
   std::shared_ptr<const ContentTypes> types_ = std::make_shared<const ContentTypes>(shippedTypes());
   std::shared_ptr<ScriptedIdentity> identity_ = std::make_shared<ScriptedIdentity>();
   std::shared_ptr<TestSource> source_ = std::make_shared<TestSource>(*identity_);
@@ -255,7 +256,7 @@ TEST_F(IndexedMetadataIndexTest, WalksForText) {
 
 TEST_F(IndexedMetadataIndexTest, FindsTextThatTheIndexerHasLookedInto) {
   tree_.file("words.txt", "The budget of 2024");
-  const IndexedTree indexed = buildIndexWithContents();
+  buildIndexWithContents();
   identity_->uid = kStranger;
   // What is gone since proves that the index answers.
   std::filesystem::remove(tree_ / "words.txt");
@@ -269,7 +270,7 @@ TEST_F(IndexedMetadataIndexTest, FindsTextThatTheIndexerHasLookedInto) {
 
 TEST_F(IndexedMetadataIndexTest, WalksForTextThatTermsCannotTell) {
   tree_.file("words.txt", "The budget of 2024");
-  const IndexedTree indexed = buildIndexWithContents();
+  buildIndexWithContents();
   const auto query = executed("kMDItemTextContent == \"*dget\"");
   EXPECT_THAT(names(*query), ElementsAre("words.txt"));
   EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause,
@@ -277,7 +278,7 @@ TEST_F(IndexedMetadataIndexTest, WalksForTextThatTermsCannotTell) {
 }
 
 TEST_F(IndexedMetadataIndexTest, CountsReadableFilesThatWereNotLookedIntoYet) {
-  const IndexedTree indexed = buildIndexWithContents(/*looksIntoFiles=*/false);
+  buildIndexWithContents(/*looksIntoFiles=*/false);
   identity_->uid = kStranger;
   const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
   EXPECT_THAT(names(*query), IsEmpty());
@@ -289,7 +290,7 @@ TEST_F(IndexedMetadataIndexTest, CountsReadableFilesThatWereNotLookedIntoYet) {
 TEST_F(IndexedMetadataIndexTest, TellsAttributesThatStandInFiles) {
   extractors_ = TitleExtractor::alone(*types_);
   tree_.file("sub/words.txt", "A title");
-  const IndexedTree indexed = buildIndexWithContents();
+  buildIndexWithContents();
   for (const char* text :
        {"kMDItemTitle == \"A title\"", "kMDItemPixelWidth > 600", "* == \"*title\"",
         "** == \"title\"w", "kMDItemTitle == \"*\" && kMDItemTitle != \"x*\""}) {
@@ -307,7 +308,7 @@ TEST_F(IndexedMetadataIndexTest, TellsAttributesThatStandInFiles) {
 }
 
 TEST_F(IndexedMetadataIndexTest, WalksWhenTheCatalogueIsDamaged) {
-  const IndexedTree indexed = buildIndexWithContents();
+  const IndexedTree& indexed = buildIndexWithContents();
   writeFile(indexed.path() + "/" + kCatalogueName, std::string(20'000, 'x'));
   const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
   EXPECT_THAT(names(*query), ElementsAre("secret.txt", "old.txt"));
