@@ -34,6 +34,7 @@ Result<std::unique_ptr<CatalogueReader>, StoreError> CatalogueReader::open(
   Statements statements;
   const std::pair<Statement*, std::string_view> prepared[] = {
       {&statements.rows, "SELECT contents FROM segment_rows WHERE segment = ?"},
+      {&statements.all, "SELECT number FROM content"},
       {&statements.withText, "SELECT number FROM content WHERE has_text"},
       {&statements.withAttribute,
        "SELECT content, value FROM attribute "
@@ -99,6 +100,12 @@ Result<ContentNumber, StoreError> CatalogueReader::end() {
     return damageError(database_->path(), "its numbers are too large");
   }
   return static_cast<ContentNumber>(*last) + 1;
+}
+
+Result<Bitmap, StoreError> CatalogueReader::all(ContentNumber end) {
+  Bitmap found(end);
+  if (StoreFailure failure = addAll(statements_.all.restart(), found)) return *std::move(failure);
+  return found;
 }
 
 Result<Bitmap, StoreError> CatalogueReader::withText(ContentNumber end) {

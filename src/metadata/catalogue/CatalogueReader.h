@@ -35,6 +35,8 @@ class CatalogueReader {
   CatalogueReader& operator=(const CatalogueReader&) = delete;
   ~CatalogueReader();
 
+  const std::string& path() const { return database_->path(); }
+
   /// Looks at the catalogue as it is at this moment from now on. To be ended soon: the log of what
   /// is written meanwhile grows.
   StoreFailure lookAnew();
@@ -52,6 +54,7 @@ class CatalogueReader {
   Result<ContentNumber, StoreError> end();
 
   // Of contents below `end`.
+  Result<Bitmap, StoreError> all(ContentNumber end);
   Result<Bitmap, StoreError> withText(ContentNumber end);
   Result<Bitmap, StoreError> withWords(const ContentQuery& question, ContentNumber end);
   /// Those with a value of the attribute that passes.
@@ -73,6 +76,7 @@ class CatalogueReader {
  private:
   struct Statements {
     Statement rows;
+    Statement all;
     Statement withText;
     Statement withAttribute;
     Statement attribute;

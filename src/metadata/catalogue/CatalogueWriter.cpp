@@ -211,6 +211,11 @@ Result<bool, StoreError> CatalogueWriter::isMostlyForgotten() {
   return forgotten > *kept && forgotten > kManyForgotten;
 }
 
+StoreFailure CatalogueWriter::checkText() {
+  if (StoreFailure failure = commit()) return failure;
+  return text_.check();
+}
+
 StoreFailure CatalogueWriter::mergeText() {
   if (StoreFailure failure = commit()) return failure;
   return text_.mergeAll();

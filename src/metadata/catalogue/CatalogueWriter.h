@@ -48,6 +48,8 @@ class CatalogueWriter {
   /// for nothing, and only making the catalogue anew takes them out.
   Result<bool, StoreError> isMostlyForgotten();
 
+  /// Looks through the text index for contradictions. Commits.
+  StoreFailure checkText();
   /// See TextIndex::mergeAll(). Commits.
   StoreFailure mergeText();
 

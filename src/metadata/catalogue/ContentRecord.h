@@ -16,7 +16,7 @@ namespace vt {
 using ContentNumber = std::uint32_t;
 
 /// What a row has in the place of a number: nobody looks into such files.
-inline constexpr ContentNumber kNoContent = 0;
+inline constexpr ContentNumber kWithoutContent = 0;
 /// The same: the file is still to be looked into.
 inline constexpr ContentNumber kPendingContent = std::numeric_limits<ContentNumber>::max();
 
@@ -45,7 +45,7 @@ struct ContentVersion {
 
 /// What is known of a file whose content was looked into.
 struct ContentRecord {
-  ContentNumber number = kNoContent;
+  ContentNumber number = kWithoutContent;
   ContentIdentity identity;
   ContentVersion version;
   std::string extractor;

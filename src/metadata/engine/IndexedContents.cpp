@@ -41,7 +41,7 @@ bool IndexedContents::knowsAttribute(std::string_view name) const {
 
 bool IndexedContents::tell(std::string_view attribute, std::size_t row, Value& value) const {
   const ContentNumber content = rows_[row];
-  if (content == kNoContent || content >= end_ || !knowsAttribute(attribute)) return false;
+  if (content == kWithoutContent || content >= end_ || !knowsAttribute(attribute)) return false;
   Result<Value, StoreError> found = catalogue_->attribute(content, attribute);
   // What can't be read any more is not there: the next search says why.
   if (!found || found->isNull()) return false;

@@ -103,7 +103,7 @@ StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
       file.isOpen() ? statusOf(file.get()) : std::optional<FileStatus>();
   if (!opened || !opened->isRegularFile()) {
     // The next crawl tells what has become of it.
-    contents_[row] = kNoContent;
+    contents_[row] = kWithoutContent;
     ++counts_.vanished;
     return std::nullopt;
   }

@@ -30,7 +30,8 @@ struct ContentCounts {
 /// the catalogue, where searches see it some seconds later.
 class ContentIndexer {
  public:
-  /// Is told at the beginning and then some times a second how far it has come; ends the run by answering false.
+  /// Is told at the beginning and then some times a second how far it has come; ends the run by
+  /// answering false.
   using Progress = FunctionRef<bool(const ContentCounts&)>;
 
   /// Borrows all for its life. `contents` has that of each row of the segment, as the catalogue was

@@ -39,7 +39,7 @@ void RowContents::add(const CrawledEntry& entry) { contents_.push_back(contentOf
 ContentNumber RowContents::contentOf(const CrawledEntry& entry) {
   const FileStatus& status = entry.status;
   const Extractor* const extractor = extractors_->forType(entry.type);
-  if (extractor == nullptr || !status.isRegularFile()) return kNoContent;
+  if (extractor == nullptr || !status.isRegularFile()) return kWithoutContent;
   const ContentIdentity identity{status.device, status.inode};
   const auto known = std::ranges::lower_bound(known_, identity, isBefore, &Known::identity);
   if (known == known_.end() || known->identity != identity) return kPendingContent;

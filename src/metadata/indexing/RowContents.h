@@ -36,7 +36,7 @@ class RowContents {
   struct Known {
     ContentIdentity identity;
     ContentVersion version;
-    ContentNumber number = kNoContent;
+    ContentNumber number = kWithoutContent;
     const Extractor* extractor = nullptr;  // nullptr when it is to be looked into again
     bool isSeen = false;
   };

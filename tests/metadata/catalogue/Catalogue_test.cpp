@@ -118,7 +118,7 @@ TEST_F(Catalogue, RemembersWhyAFileCouldNotBeLookedInto) {
 
 TEST_F(Catalogue, SaysWhichContentEachRowHasForTwoSegmentsAtMost) {
   const SegmentIdentity segments[] = {{1, 0xF000000000000001}, {1, 2}, {1, 3}};
-  const std::vector<ContentNumber> rows = {5, kNoContent, kPendingContent};
+  const std::vector<ContentNumber> rows = {5, kWithoutContent, kPendingContent};
   throwIf(writer_->setRows(segments[0], rows));
   throwIf(writer_->setRows(segments[1], rows, segments[0]));
   throwIf(writer_->commit());

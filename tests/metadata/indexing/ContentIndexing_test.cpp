@@ -64,7 +64,7 @@ class ContentIndexing : public testing::Test {
     std::vector<std::string> names;
     for (std::size_t row = 0; row < rows->size(); ++row) {
       const ContentNumber content = (*rows)[row];
-      if (content != kNoContent && content != kPendingContent && found.contains(content)) {
+      if (content != kWithoutContent && content != kPendingContent && found.contains(content)) {
         names.emplace_back(segment.name(row));
       }
     }
