@@ -177,6 +177,15 @@ TEST_F(IndexCommand, LooksIntoTextFiles) {
               HasSubstr("\nContents    1 files, 1 with text, 0 attributes; 0 to be looked into\n"));
 }
 
+TEST_F(IndexCommand, LooksIntoNoFileWhenOnlyNamesAreWanted) {
+  write(tree_ / "notes.txt", "the budget of 2024");
+  ASSERT_EQ(index({"--once", "--names-only", tree_.path()}).exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(indexFolder() + "/catalogue"));
+  const ProgramResult found = search({"budget"});
+  EXPECT_THAT(found.errors, HasSubstr("since the index holds no text"));
+  EXPECT_THAT(found.output, HasSubstr("notes.txt"));
+}
+
 TEST_F(IndexCommand, MakesADamagedCatalogueAnew) {
   write(tree_ / "notes.txt", "the budget of 2024");
   ASSERT_EQ(indexTree().exitCode, 0);

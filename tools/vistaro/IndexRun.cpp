@@ -62,7 +62,7 @@ class IndexRun {
       throw CommandError{kFailure,
                          "the table of types cannot be read; `vistaro doctor` tells more"};
     }
-    extractors_.emplace(builtInExtractors(*types_));
+    if (!options.namesOnly) extractors_.emplace(builtInExtractors(*types_));
     for (const std::string& folder : options.folders) {
       folders_.push_back(canonicalFolder(folder));
     }
@@ -77,7 +77,7 @@ class IndexRun {
                          "there is nothing to index: name a folder, or let one be searched with "
                          "`vistaro folders add`"};
     }
-    const Indexer indexer(folder_, lock_, *types_, &*extractors_);
+    const Indexer indexer(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr);
     ProgressLine line(Clock::now());
     const bool shows = Terminal::obeysEscapes(STDERR_FILENO);
     auto ended = indexer.run(roots, [&](const IndexingProgress& progress) {
