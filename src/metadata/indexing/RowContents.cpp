@@ -34,7 +34,10 @@ Result<RowContents, StoreError> RowContents::of(CatalogueWriter& catalogue,
   return contents;
 }
 
-void RowContents::add(const CrawledEntry& entry) { contents_.push_back(contentOf(entry)); }
+void RowContents::add(const CrawledEntry& entry) {
+  devices_.insert(entry.status.device);
+  contents_.push_back(contentOf(entry));
+}
 
 ContentNumber RowContents::contentOf(const CrawledEntry& entry) {
   const FileStatus& status = entry.status;
@@ -59,7 +62,7 @@ std::vector<ContentNumber> RowContents::contentsOf(std::span<const std::uint32_t
 std::vector<ContentNumber> RowContents::unseen() const {
   std::vector<ContentNumber> numbers;
   for (const Known& known : known_) {
-    if (!known.isSeen) numbers.push_back(known.number);
+    if (!known.isSeen && devices_.contains(known.identity.device)) numbers.push_back(known.number);
   }
   return numbers;
 }

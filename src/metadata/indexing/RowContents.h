@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <span>
+#include <unordered_set>
 #include <vector>
 
 #include "foundation/Result.h"
@@ -29,7 +30,8 @@ class RowContents {
   /// What the entries have, `rows` being their numbers, counted from 0 as they were added.
   std::vector<ContentNumber> contentsOf(std::span<const std::uint32_t> rows) const;
 
-  /// The contents that no entry has.
+  /// The contents that no entry has, of the file systems that any entry is on: another one may have
+  /// been taken away, and come back.
   std::vector<ContentNumber> unseen() const;
 
  private:
@@ -47,6 +49,7 @@ class RowContents {
   const Extractors* extractors_;
   std::vector<Known> known_;  // by identity
   std::vector<ContentNumber> contents_;
+  std::unordered_set<std::uint64_t> devices_;  // that entries are on
 };
 
 }  // namespace vt

@@ -1,4 +1,8 @@
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <random>
 
@@ -75,6 +79,52 @@ TEST(CatalogueDamage, IsNotedByTheCheck) {
   writeFile(folder.file(), damaged);
   const auto reader = CatalogueReader::open(folder.path());
   ASSERT_TRUE(!reader || (*reader)->check());
+}
+
+/// Adds texts without end, and says of each commit how many there are by then.
+[[noreturn]] void addForEver(const CatalogueInFolder& folder, int tellTo) {
+  const auto writer = folder.writer();
+  for (std::uint32_t added = 0;;) {
+    for (int i = 0; i < 7; ++i) {
+      valueOrThrow(writer->add(CatalogueInFolder::recordOf(++added), textAlone("some words")));
+    }
+    throwIf(writer->commit());
+    if (write(tellTo, &added, sizeof added) != sizeof added) _exit(1);
+  }
+}
+
+TEST(CatalogueDamage, IsNotDoneByKillingTheWriter) {
+  std::mt19937 random(kSeed);
+  for (int round = 0; round < 30; ++round) {
+    SCOPED_TRACE(testing::Message() << "seed " << kSeed << ", round " << round);
+    const CatalogueInFolder folder;
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) addForEver(folder, ends[1]);
+    close(ends[1]);
+    std::uint32_t told = 0;
+    for (std::uint32_t commits = 1 + random() % 20; commits > 0; --commits) {
+      ASSERT_EQ(read(ends[0], &told, sizeof told), static_cast<ssize_t>(sizeof told));
+    }
+    for (std::uint32_t turns = random() % 2000; turns > 0; --turns) sched_yield();
+    kill(child, SIGKILL);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    while (read(ends[0], &told, sizeof told) > 0) {  // what was committed meanwhile
+    }
+    close(ends[0]);
+
+    const auto writer = folder.writer();
+    EXPECT_FALSE(writer->checkText());
+    const auto reader = folder.reader();
+    EXPECT_FALSE(reader->check());
+    const std::uint64_t contents = valueOrThrow(reader->counts()).contents;
+    EXPECT_GE(contents, told);
+    EXPECT_EQ(contents % 7, 0U) << "a commit is whole or not at all";
+    const auto found = reader->withWords(*contentQueryOf("words", 0), valueOrThrow(reader->end()));
+    EXPECT_EQ(found->count(), contents);
+  }
 }
 
 }  // namespace

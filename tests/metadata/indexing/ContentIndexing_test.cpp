@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
@@ -136,6 +138,28 @@ TEST_F(ContentIndexing, ForgetsWhatIsGone) {
   EXPECT_EQ(filesWith("words"), Names{"two.txt"});
   const auto reader = valueOrThrow(CatalogueReader::open(index_->path()));
   EXPECT_EQ(valueOrThrow(reader->counts()).contents, 1U);
+}
+
+TEST_F(ContentIndexing, RemembersTheFilesOfAFileSystemThatIsAway) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can mount";
+  const std::string place = files_ / "volume";
+  std::filesystem::create_directory(place);
+  // Kept mounted elsewhere, so that it is the same one when it comes back.
+  const TemporaryFolder kept;
+  if (mount("none", kept.path().c_str(), "tmpfs", 0, "") != 0) GTEST_SKIP() << "mounts are refused";
+  writeFile(kept / "one.txt", "words");
+  const auto put = [&] { return mount(kept.path().c_str(), place.c_str(), nullptr, MS_BIND, ""); };
+  EXPECT_EQ(put(), 0);
+  run();
+  EXPECT_EQ(umount(place.c_str()), 0);
+  run();
+  EXPECT_EQ(filesWith("words"), Names{});
+  EXPECT_EQ(put(), 0);
+  run();
+  EXPECT_EQ(umount(place.c_str()), 0);
+  EXPECT_EQ(umount(kept.path().c_str()), 0);
+  EXPECT_EQ(filesWith("words"), Names{"one.txt"});
+  EXPECT_EQ(extractor_->looks, 1);
 }
 
 TEST_F(ContentIndexing, LooksIntoAllAgainWithANewVersionOfTheExtractor) {
