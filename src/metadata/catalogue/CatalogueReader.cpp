@@ -17,9 +17,7 @@ StoreFailure addAll(Statement& asked, Bitmap& set) {
       set.add(static_cast<std::size_t>(number));
     }
   }
-  StoreFailure failure = asked.error();
-  asked.restart();
-  return failure;
+  return asked.finish();
 }
 
 }  // namespace
@@ -32,7 +30,7 @@ Result<std::unique_ptr<CatalogueReader>, StoreError> CatalogueReader::open(
   Result<TextIndex, StoreError> text = TextIndex::of(*database);
   if (!text) return text.error();
   Statements statements;
-  const std::pair<Statement*, std::string_view> prepared[] = {
+  StoreFailure refusal = database->prepareAll({
       {&statements.rows, "SELECT contents FROM segment_rows WHERE segment = ?"},
       {&statements.all, "SELECT number FROM content"},
       {&statements.withText, "SELECT number FROM content WHERE has_text"},
@@ -46,12 +44,8 @@ Result<std::unique_ptr<CatalogueReader>, StoreError> CatalogueReader::open(
       {&statements.failures,
        "SELECT number, extractor, extractor_version, failure, reason, path FROM content "
        "WHERE failure IS NOT NULL ORDER BY number DESC LIMIT ?"},
-  };
-  for (const auto& [statement, words] : prepared) {
-    Result<Statement, StoreError> made = database->prepare(words);
-    if (!made) return made.error();
-    *statement = std::move(made).value();
-  }
+  });
+  if (refusal) return *std::move(refusal);
   return std::unique_ptr<CatalogueReader>(
       new CatalogueReader(std::move(database), std::move(text).value(), std::move(statements)));
 }
@@ -87,9 +81,7 @@ Result<std::optional<std::vector<ContentNumber>>, StoreError> CatalogueReader::r
       if (rowCount > 0) std::memcpy(rows->data(), bytes.data(), bytes.size());
     }
   }
-  const StoreFailure failure = asked.error();
-  asked.restart();
-  if (failure) return *failure;
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
   return rows;
 }
 
@@ -131,9 +123,7 @@ Result<Bitmap, StoreError> CatalogueReader::withAttribute(std::string_view name,
     const Value value = attributeValue(asked.bytes(1));
     if (!value.isNull() && passes(value)) found.add(static_cast<std::size_t>(number));
   }
-  const StoreFailure failure = asked.error();
-  asked.restart();
-  if (failure) return *failure;
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
   return found;
 }
 
@@ -142,9 +132,7 @@ Result<Value, StoreError> CatalogueReader::attribute(ContentNumber content, std:
   asked.bind(2, std::int64_t{content});
   Value value;
   if (asked.next()) value = attributeValue(asked.bytes(0));
-  const StoreFailure failure = asked.error();
-  asked.restart();
-  if (failure) return *failure;
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
   return value;
 }
 
@@ -152,9 +140,7 @@ Result<std::vector<std::string>, StoreError> CatalogueReader::attributeNames() {
   std::vector<std::string> names;
   Statement& asked = statements_.names.restart();
   while (asked.next()) names.emplace_back(asked.bytes(0));
-  const StoreFailure failure = asked.error();
-  asked.restart();
-  if (failure) return *failure;
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
   return names;
 }
 
@@ -189,16 +175,14 @@ Result<std::vector<ContentRecord>, StoreError> CatalogueReader::failures(std::si
     record.path = asked.bytes(5);
     found.push_back(std::move(record));
   }
-  const StoreFailure failure = asked.error();
-  asked.restart();
-  if (failure) return *failure;
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
   return found;
 }
 
 StoreFailure CatalogueReader::check() {
   Result<Statement, StoreError> asked = database_->prepare("PRAGMA integrity_check(1)");
   if (!asked) return asked.error();
-  if (!asked->next()) return asked->error();
+  if (!asked->next()) return asked->finish();
   if (asked->bytes(0) != "ok") return damageError(database_->path(), asked->bytes(0));
   const auto lost = database_->number(
       "SELECT count(*) FROM attribute WHERE content NOT IN (SELECT number FROM content)");

@@ -29,7 +29,7 @@ Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
   Result<TextIndex, StoreError> text = TextIndex::of(*database);
   if (!text) return text.error();
   Statements statements;
-  const std::pair<Statement*, std::string_view> prepared[] = {
+  StoreFailure refusal = database->prepareAll({
       {&statements.all,
        "SELECT number, device, inode, modified, size, extractor, extractor_version, has_text, "
        "failure FROM content"},
@@ -44,12 +44,8 @@ Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
       {&statements.addAttribute, "INSERT INTO attribute(name, content, value) VALUES(?, ?, ?)"},
       {&statements.setRows, "INSERT OR REPLACE INTO segment_rows(segment, contents) VALUES(?, ?)"},
       {&statements.forgetRows, "DELETE FROM segment_rows WHERE segment NOT IN (?, ?)"},
-  };
-  for (const auto& [statement, words] : prepared) {
-    Result<Statement, StoreError> made = database->prepare(words);
-    if (!made) return made.error();
-    *statement = std::move(made).value();
-  }
+  });
+  if (refusal) return *std::move(refusal);
   return std::unique_ptr<CatalogueWriter>(
       new CatalogueWriter(std::move(database), std::move(text).value(), std::move(statements)));
 }
@@ -90,9 +86,7 @@ StoreFailure CatalogueWriter::forEach(FunctionRef<void(const ContentRecord&)> vi
     }
     visit(record);
   }
-  StoreFailure failure = all.error();
-  all.restart();
-  return failure;
+  return all.finish();
 }
 
 StoreFailure CatalogueWriter::forgetOne(ContentNumber number) {
@@ -108,8 +102,7 @@ StoreFailure CatalogueWriter::forgetFile(const ContentIdentity& identity) {
   find.bind(1, bitsOf(identity.device)).bind(2, bitsOf(identity.inode));
   const bool isKnown = find.next();
   const auto number = static_cast<ContentNumber>(isKnown ? find.number(0) : 0);
-  StoreFailure failure = find.error();
-  find.restart();
+  StoreFailure failure = find.finish();
   return failure || !isKnown ? failure : forgetOne(number);
 }
 
@@ -166,9 +159,7 @@ Result<std::int64_t, StoreError> CatalogueWriter::idOfName(const std::string& na
   Statement& find = statements_.findName.restart().bind(1, name);
   const bool isKnown = find.next();
   std::int64_t id = isKnown ? find.number(0) : 0;
-  const StoreFailure failure = find.error();
-  find.restart();
-  if (failure) return *failure;
+  if (StoreFailure failure = find.finish()) return *std::move(failure);
   if (!isKnown) {
     if (StoreFailure refused = statements_.addName.restart().bind(1, name).run()) {
       return *std::move(refused);

@@ -107,6 +107,10 @@ bool Statement::next() {
 
 StoreFailure Statement::run() {
   next();
+  return finish();
+}
+
+StoreFailure Statement::finish() {
   StoreFailure failure = error_;
   restart();
   return failure;
@@ -188,12 +192,22 @@ Result<Statement, StoreError> Database::prepare(std::string_view statement) cons
   return Statement(prepared, path_.get());
 }
 
+StoreFailure Database::prepareAll(
+    std::initializer_list<std::pair<Statement*, std::string_view>> statements) const {
+  for (const auto& [statement, words] : statements) {
+    Result<Statement, StoreError> made = prepare(words);
+    if (!made) return made.error();
+    *statement = std::move(made).value();
+  }
+  return std::nullopt;
+}
+
 Result<std::int64_t, StoreError> Database::number(std::string_view statement) const {
   Result<Statement, StoreError> asked = prepare(statement);
   if (!asked) return asked.error();
-  if (asked->next()) return asked->number(0);
-  if (asked->error()) return *asked->error();
-  return std::int64_t{0};
+  const std::int64_t number = asked->next() ? asked->number(0) : 0;
+  if (StoreFailure failure = asked->finish()) return *std::move(failure);
+  return number;
 }
 
 Transaction::Transaction(const Database& database, bool isForWriting)

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "foundation/Result.h"
 #include "metadata/store/StoreError.h"
@@ -19,7 +21,7 @@ using StoreFailure = std::optional<StoreError>;
 
 /// A prepared statement of a Database, which must outlive it. Used again and again.
 ///
-/// Once a step has failed, error() tells why; the next run() or restart() begins anew.
+/// Once a step has failed, finish() tells why and begins anew, as run() and restart() do.
 class Statement {
  public:
   Statement() = default;
@@ -45,8 +47,8 @@ class Statement {
   std::string_view bytes(int column) const;
   bool isNull(int column) const;
 
-  /// Why next() gave no row, unless there was none.
-  const StoreFailure& error() const { return error_; }
+  /// Ends the reading of rows. Why next() gave no row, unless there was none.
+  StoreFailure finish();
 
  private:
   struct Finalize {
@@ -74,6 +76,9 @@ class Database {
   StoreFailure execute(const char* statements) const;
   /// Prepares a statement of the program's own: it must be right, but the file may be damaged.
   Result<Statement, StoreError> prepare(std::string_view statement) const;
+  /// The same for several.
+  StoreFailure prepareAll(
+      std::initializer_list<std::pair<Statement*, std::string_view>> statements) const;
   /// The number that a statement gives in its first row; 0 when it gives none.
   Result<std::int64_t, StoreError> number(std::string_view statement) const;
 

@@ -65,9 +65,7 @@ StoreFailure TextIndex::findPhrase(const TermPhrase& phrase, Bitmap& found) {
       found.add(static_cast<std::size_t>(document));
     }
   }
-  StoreFailure failure = finding_.error();
-  finding_.restart();
-  return failure;
+  return finding_.finish();
 }
 
 StoreFailure TextIndex::mergeAll() const {

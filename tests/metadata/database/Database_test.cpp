@@ -46,7 +46,7 @@ TEST_F(DatabaseTest, GivesBackWhatWasBound) {
   EXPECT_EQ(asking.bytes(2), bytes);
   EXPECT_TRUE(asking.isNull(3));
   EXPECT_FALSE(asking.next());
-  EXPECT_FALSE(asking.error());
+  EXPECT_FALSE(asking.finish());
 }
 
 TEST_F(DatabaseTest, UndoesWhatIsNotCommitted) {
