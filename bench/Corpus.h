@@ -30,6 +30,13 @@ class Corpus {
     return summary_.at("name_words").at(frequency).at(1).at("word");
   }
 
+  /// A word of texts, likewise; the tree must be of files with content.
+  std::string contentWord(const char* frequency) const {
+    return summary_.at("content_words").at(frequency).at(1).at("word");
+  }
+  /// What several words of texts begin with: four letters or more.
+  std::string contentPrefix() const { return summary_.at("content_prefixes").back().at("prefix"); }
+
   std::string indexFolder() const { return place_ / "index"; }
   /// Indexes the tree from the beginning, as a process of its own.
   ProgramRun index() const {
@@ -38,6 +45,14 @@ class Corpus {
   }
   /// The same with what there is remembered.
   ProgramRun indexAgain() const { return runMeasured({VT_PROGRAM, "index", "--once", tree}); }
+  /// Likewise, without a look into files.
+  ProgramRun indexNames() const {
+    std::filesystem::remove_all(indexFolder());
+    return indexNamesAgain();
+  }
+  ProgramRun indexNamesAgain() const {
+    return runMeasured({VT_PROGRAM, "index", "--once", "--names-only", tree});
+  }
 
   std::string database() const { return place_ / "all.db"; }
   std::string guardedDatabase() const { return place_ / "guarded.db"; }

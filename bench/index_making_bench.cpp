@@ -40,11 +40,11 @@ double bytesPerFile(const Corpus& corpus) {
 
 int run(const Corpus& corpus) {
   // The first of each finds what is in the caches of the kernel for those that count.
-  corpus.index();
+  corpus.indexNames();
   corpus.updatedb();
-  const ProgramRun made = worstAndBest([&] { return corpus.index(); });
+  const ProgramRun made = worstAndBest([&] { return corpus.indexNames(); });
   const ProgramRun peer = worstAndBest([&] { return corpus.updatedb(); });
-  const ProgramRun again = worstAndBest([&] { return corpus.indexAgain(); });
+  const ProgramRun again = worstAndBest([&] { return corpus.indexNamesAgain(); });
   const ProgramRun peerAgain = worstAndBest([&] { return corpus.updatedbAgain(); });
   const bool reached[] = {
       printFigure("CrawlAndPublish", 1000 * made.seconds, "ms", "updatedb", 1000 * peer.seconds, 1),

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Corpus.h"
+#include "ExecutedSearch.h"
 #include "Report.h"
 #include "directory/VTUser.h"
 #include "foundation/NSLog.h"
@@ -40,22 +41,7 @@ double bestOfRounds(Work work) {
 
 std::string named(const std::string& word) { return "kMDItemFSName == \"*" + word + "*\"cd"; }
 
-/// One search as the web page makes it, the records of up to 10,000 hits built.
-double secondsOfSearch(const Corpus& corpus, const std::string& query, const char* user) {
-  const auto manager =
-      VTSearchManager::initWithUser(user != nullptr ? VTUser::userWithName(user) : nullptr);
-  const auto folders = ObjectArray<VTSearchFolder>::make(
-      {VTConcreteSearchFolder::initWithPath(corpus.tree, "Corpus")});
-  std::size_t groups = 0;
-  const double seconds =
-      secondsOf([&] { groups = manager->executeQuery(query, folders)->count(); });
-  if (!manager->lastNotes().walkedBecause.empty()) {
-    throw std::runtime_error("walked, since " + manager->lastNotes().walkedBecause);
-  }
-  return groups > 0 ? seconds : std::numeric_limits<double>::infinity();
-}
-
-/// The same as a process of its own, which prints what it found.
+/// A search by name as a process of its own, which prints what it found.
 double secondsOfCommand(const Corpus& corpus, const std::string& word) {
   return secondsOfProgram(
       {VT_PROGRAM, "search", "--json", "--path", corpus.tree, "--raw", named(word)});
@@ -218,7 +204,7 @@ double mebibytesOfReader(const Corpus& corpus) {
 int run(int argc, char** argv) {
   const LogRedirection silence([](std::string_view) {});
   const Corpus corpus(argv[1]);
-  corpus.index();
+  corpus.indexNames();
   corpus.updatedb();
   corpus.makeGuardedDatabase();
   const PlatformScope scope(linuxPlatform(readEnvironment().value()));

@@ -66,6 +66,9 @@ struct MDQueryNotes {
   /// Why the files had to be walked, as the end of a sentence: "there is no index". "" when they
   /// had not.
   std::string walkedBecause{};
+  /// How many files of the scope that the effective user may read have not been looked into yet:
+  /// what stands in them was not found. 0 when the query does not ask for that.
+  std::uint64_t filesNotLookedInto = 0;
   /// How the query was answered, if kMDQueryCountsSteps was asked for. The counts tell of files
   /// that the effective user may not read: they are for whoever runs the process.
   std::vector<MDQueryStep> steps{};

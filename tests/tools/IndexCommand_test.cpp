@@ -59,7 +59,7 @@ TEST_F(IndexCommand, LetsSearchesWalkWhatItDoesNotHold) {
   EXPECT_THAT(find("a.pdf").errors,
               HasSubstr("since the index does not hold " + tree_.path().string()));
   ASSERT_EQ(indexTree().exitCode, 0);
-  EXPECT_THAT(search({"words in a text"}).errors, HasSubstr("since the index holds no text"));
+  EXPECT_EQ(search({"words in a text"}).errors, "");
 }
 
 TEST_F(IndexCommand, IndexesTheSearchFoldersOfTheSettings) {
@@ -125,7 +125,9 @@ TEST_F(IndexCommand, ReadsAllAnewWhenTheIndexIsDamaged) {
   addFile("a.pdf");
   ASSERT_EQ(indexTree().exitCode, 0);
   EXPECT_THAT(index({"--verify"}).output,
-              MatchesRegex("generation 1 is sound: 1 files, [0-9]+ bytes\n"));
+              MatchesRegex("generation 1 is sound: 1 files, [0-9]+ bytes\n"
+                           "the catalogue is sound: 0 files looked into, 0 to be looked into, 0 "
+                           "gone since\n"));
   std::fstream(indexFolder() + "/segment-1", std::ios::in | std::ios::out).seekp(1025).put('?');
   const ProgramResult damaged = index({"--verify"});
   EXPECT_EQ(damaged.exitCode, 3);
@@ -154,6 +156,46 @@ TEST_F(IndexCommand, TellsWhatTheIndexHolds) {
   EXPECT_EQ(report["folders"], 1);
   EXPECT_EQ(report["bytes"], std::filesystem::file_size(indexFolder() + "/segment-1"));
   EXPECT_THAT(report["began"].get<std::string>(), MatchesRegex("20.*T.*Z"));
+}
+
+TEST_F(IndexCommand, LooksIntoTextFiles) {
+  addFile("a.pdf");
+  write(tree_ / "notes.txt", "the budget of 2024");
+  const ProgramResult made = indexTree();
+  EXPECT_THAT(made.output, ContainsRegex("\n  1 files looked into in [0-9.]+ s\n"));
+  EXPECT_THAT(indexTree().output, Not(HasSubstr("looked into")));
+  const ProgramResult found = search({"--raw", "kMDItemTextContent == \"budg*\"cdw"});
+  EXPECT_EQ(found.errors, "");
+  EXPECT_THAT(found.output, HasSubstr("notes.txt"));
+  EXPECT_THAT(index({"--verify"}).output, HasSubstr("1 files looked into, 0 to be looked into"));
+  const json report = status();
+  EXPECT_EQ(report["contents"], 1);
+  EXPECT_EQ(report["texts"], 1);
+  EXPECT_EQ(report["filesNotLookedInto"], 0);
+  EXPECT_EQ(report["failures"], 0);
+  EXPECT_THAT(index({"--status"}).output,
+              HasSubstr("\nContents    1 files, 1 with text, 0 attributes; 0 to be looked into\n"));
+}
+
+TEST_F(IndexCommand, LooksIntoNoFileWhenOnlyNamesAreWanted) {
+  write(tree_ / "notes.txt", "the budget of 2024");
+  ASSERT_EQ(index({"--once", "--names-only", tree_.path()}).exitCode, 0);
+  EXPECT_FALSE(std::filesystem::exists(indexFolder() + "/catalogue"));
+  const ProgramResult found = search({"budget"});
+  EXPECT_THAT(found.errors, HasSubstr("since the index holds no text"));
+  EXPECT_THAT(found.output, HasSubstr("notes.txt"));
+}
+
+TEST_F(IndexCommand, MakesADamagedCatalogueAnew) {
+  write(tree_ / "notes.txt", "the budget of 2024");
+  ASSERT_EQ(indexTree().exitCode, 0);
+  std::ofstream(indexFolder() + "/catalogue") << std::string(20'000, 'x');
+  EXPECT_EQ(index({"--verify"}).exitCode, 3);
+  EXPECT_THAT(status()["contentError"].get<std::string>(), HasSubstr("catalogue is damaged"));
+  const ProgramResult again = indexTree();
+  EXPECT_EQ(again.exitCode, 0);
+  EXPECT_THAT(again.errors, HasSubstr("all files are looked into anew"));
+  EXPECT_EQ(index({"--verify"}).exitCode, 0);
 }
 
 TEST_F(IndexCommand, KeepsTheIndexFromOthers) {
@@ -195,7 +237,7 @@ TEST_F(IndexCommand, EndsBySignalWithNothingHalfDone) {
   for (const auto& entry : std::filesystem::directory_iterator(indexFolder())) {
     names.push_back(entry.path().filename());
   }
-  EXPECT_THAT(names, testing::UnorderedElementsAre("lock", "manifest", "segment-1"));
+  EXPECT_THAT(names, testing::UnorderedElementsAre("catalogue", "lock", "manifest", "segment-1"));
 }
 
 }  // namespace

@@ -35,6 +35,15 @@ TEST(IndexingLine, TellsNoRateBeforeAnythingWasFound) {
   EXPECT_EQ(indexingLine(after(0, 7)), "indexing: 3 folders, 7 files");
 }
 
+TEST(IndexingLine, TellsHowManyFilesWereLookedInto) {
+  IndexingProgress progress = after(2, 1000);
+  progress.isPublishing = true;
+  progress.contents.emplace();
+  progress.contents->expected = 70;
+  progress.contents->done = 3;
+  EXPECT_EQ(indexingLine(progress), "looking into files: 3 of 70");
+}
+
 TEST(IndexingLine, TellsOfTheWriting) {
   IndexingProgress progress = after(2, 1000);
   progress.isPublishing = true;

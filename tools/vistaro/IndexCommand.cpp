@@ -39,16 +39,20 @@ void addIndexCommand(CLI::App& app, int& status) {
           ->type_name("MINUTES")
           ->check(CLI::Range(1, 10))
           ->excludes(once);
+  CLI::Option* namesOnly = command->add_flag(
+      "--names-only", options->namesOnly, "Look into no file: only names and the like are found");
   CLI::Option* report =
       command
           ->add_flag("--status", options->status, "Tell what the index holds and how fresh it is")
           ->excludes(folders)
           ->excludes(once)
-          ->excludes(every);
+          ->excludes(every)
+          ->excludes(namesOnly);
   command->add_flag("--verify", options->verify, "Check every byte of the index")
       ->excludes(folders)
       ->excludes(once)
       ->excludes(every)
+      ->excludes(namesOnly)
       ->excludes(report);
   command->add_flag("--json", options->json, "With --status: print JSON")->needs(report);
   command->callback(

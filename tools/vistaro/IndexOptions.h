@@ -10,6 +10,7 @@ namespace vt::tool {
 struct IndexOptions {
   std::vector<std::string> folders;  ///< none: the search folders of the settings
   bool once = false;
+  bool namesOnly = false;  ///< no look into files
   bool verify = false;
   bool status = false;
   std::uint32_t minutes = 5;  ///< between the beginnings of two crawls

@@ -6,9 +6,13 @@
 #include <nlohmann/json.hpp>
 
 #include "foundation/UTF8.h"
+#include "metadata/catalogue/CatalogueReader.h"
+#include "metadata/catalogue/CatalogueWriter.h"
+#include "metadata/indexing/ContentsVerifier.h"
 #include "metadata/store/IndexFolder.h"
 #include "metadata/store/SegmentVerifier.h"
 #include "vistaro/CommandError.h"
+#include "vistaro/ContentState.h"
 #include "vistaro/IndexState.h"
 #include "vistaro/LocalTime.h"
 #include "vistaro/Terminal.h"
@@ -22,6 +26,25 @@ double bytesPerFile(const IndexGeneration& generation) {
   const std::size_t rows = generation.segment->columns().rowCount();
   const auto bytes = static_cast<double>(generation.segment->identity().bytes);
   return rows == 0 ? 0 : bytes / static_cast<double>(rows);
+}
+
+void printContents(const ContentState& state, Json& report) {
+  if (!state.counts) {
+    report["contentError"] = displayText(state.error->reason);
+    return;
+  }
+  report["contents"] = state.counts->contents;
+  report["texts"] = state.counts->withText;
+  report["attributes"] = state.counts->attributes;
+  report["filesNotLookedInto"] = state.pending;
+  report["catalogueBytes"] = state.counts->bytes;
+  report["failures"] = state.counts->failures;
+  report["newestFailures"] = Json::array();
+  for (const ContentRecord& record : state.failures) {
+    report["newestFailures"].push_back({{"path", displayText(record.path)},
+                                        {"extractor", record.extractor},
+                                        {"reason", displayText(record.failure->reason)}});
+  }
 }
 
 void printAsJson(const IndexState& state, const std::string& indexFolder) {
@@ -42,15 +65,34 @@ void printAsJson(const IndexState& state, const std::string& indexFolder) {
     report["bytes"] = state.generation->segment->identity().bytes;
     report["began"] = instantText(manifest.began);
     report["ended"] = instantText(manifest.ended);
+    printContents(contentStateOf(indexFolder, *state.generation), report);
     report["crawlSeconds"] = std::chrono::duration<double>(manifest.duration).count();
   }
   fmt::print("{}\n", report.dump(2));
 }
 
+void show(std::string_view label, const std::string& text) {
+  fmt::print("{:<12}{}\n", label, text);
+}
+
+void showContents(const ContentState& state) {
+  if (!state.counts) {
+    const bool isMissing = state.error->kind == StoreError::Kind::kMissing;
+    show("Contents", isMissing ? "no file was looked into" : printable(state.error->reason));
+    return;
+  }
+  show("Contents", fmt::format("{} files, {} with text, {} attributes; {} to be looked into",
+                               state.counts->contents, state.counts->withText,
+                               state.counts->attributes, state.pending));
+  show("Catalogue", fmt::format("{} bytes", state.counts->bytes));
+  if (state.counts->failures == 0) return;
+  show("Failures", fmt::format("{} files", state.counts->failures));
+  for (const ContentRecord& record : state.failures) {
+    fmt::print("  {}: {}\n", printable(record.path), printable(record.failure->reason));
+  }
+}
+
 void printAsText(const IndexState& state, const std::string& indexFolder) {
-  const auto show = [](std::string_view label, const std::string& text) {
-    fmt::print("{:<12}{}\n", label, text);
-  };
   show("Index", printable(indexFolder));
   if (state.error) {
     show("State", fmt::format("{}: {}", wordFor(state), printable(state.error->reason)));
@@ -65,10 +107,32 @@ void printAsText(const IndexState& state, const std::string& indexFolder) {
     show("Size",
          fmt::format("{} bytes, {:.1f} for each file", state.generation->segment->identity().bytes,
                      bytesPerFile(*state.generation)));
+    showContents(contentStateOf(indexFolder, *state.generation));
     show("Crawl", fmt::format("began {}, took {:.2f} s", localTimeText(manifest.began),
                               std::chrono::duration<double>(manifest.duration).count()));
   }
   show("Indexer", state.lock ? printable(state.lock->reason) : "not running");
+}
+
+/// Prints how the catalogue and the segment agree. Throws CommandError when they do not.
+void verifyCatalogue(const IndexFolder& folder, const Segment& segment) {
+  const auto catalogue = CatalogueReader::open(folder.path());
+  if (!catalogue && catalogue.error().kind == StoreError::Kind::kMissing) return;
+  if (!catalogue) throw CommandError{kFailure, printable(catalogue.error().reason)};
+  const Result<ContentsVerdict, StoreError> verdict = verifyContents(segment, **catalogue);
+  if (!verdict) throw CommandError{kFailure, printable(verdict.error().reason)};
+  (*catalogue)->lookAway();
+  // The text index can only be looked through by who may write.
+  const Result<IndexLock, StoreError> lock = folder.lock();
+  if (lock) {
+    const auto writer = CatalogueWriter::open(folder.path());
+    StoreFailure failure = writer ? (*writer)->checkText() : StoreFailure(writer.error());
+    if (failure) throw CommandError{kFailure, printable(failure->reason)};
+  }
+  fmt::print(
+      "the catalogue is sound: {} files looked into, {} to be looked into, {} gone since{}\n",
+      verdict->lookedInto, verdict->pending, verdict->withoutRow,
+      lock ? "" : "; its text index was not looked through, since " + lock.error().reason);
 }
 
 }  // namespace
@@ -95,6 +159,7 @@ int verifyIndex(const std::string& indexFolder) {
   }
   fmt::print("generation {} is sound: {} files, {} bytes\n", segment.generation(),
              segment.columns().rowCount(), segment.identity().bytes);
+  verifyCatalogue(*folder, segment);
   return kFound;
 }
 

@@ -9,6 +9,7 @@
 #include <optional>
 #include <utility>
 
+#include "metadata/extract/Extractors.h"
 #include "metadata/indexing/Indexer.h"
 #include "platform/Platform.h"
 #include "platform/linux/ContentTypeTable.h"
@@ -61,44 +62,46 @@ class IndexRun {
       throw CommandError{kFailure,
                          "the table of types cannot be read; `vistaro doctor` tells more"};
     }
+    if (!options.namesOnly) extractors_.emplace(builtInExtractors(*types_));
     for (const std::string& folder : options.folders) {
       folders_.push_back(canonicalFolder(folder));
     }
   }
 
-  /// Crawls and publishes. False when a signal ended it. Throws CommandError when it failed.
-  bool once() {
+  /// Crawls, publishes, and looks into files, but not beyond `deadline`: names must not grow old.
+  /// False when a signal ended it. Throws CommandError when it failed.
+  bool once(Clock::time_point deadline = Clock::time_point::max()) {
     const std::vector<std::string> roots = folders_.empty() ? foldersOfSettings() : folders_;
     if (roots.empty()) {
       throw CommandError{kUsage,
                          "there is nothing to index: name a folder, or let one be searched with "
                          "`vistaro folders add`"};
     }
-    const Indexer indexer(folder_, lock_, *types_);
+    const Indexer indexer(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr);
     ProgressLine line(Clock::now());
     const bool shows = Terminal::obeysEscapes(STDERR_FILENO);
     auto ended = indexer.run(roots, [&](const IndexingProgress& progress) {
       if (shows) {
         showOnTerminal(line.update(Clock::now(), [&] { return indexingLine(progress); }));
       }
-      return !isEnded();
+      return !isEnded() && (!progress.contents || Clock::now() < deadline);
     });
     showOnTerminal(line.remove());
     const std::optional<IndexingReport> report = orThrow(std::move(ended));
     if (report) tell(*report);
-    return report.has_value();
+    return report.has_value() && !isEnded_;
   }
 
   /// Crawls again and again until a signal ends it. Throws when the very first one fails.
   void forever() {
     const std::chrono::minutes interval(options_.minutes);
     Clock::time_point next = Clock::now() + interval;
-    bool goesOn = once();
+    bool goesOn = once(next);
     while (goesOn && !isEnded(next - Clock::now())) {
       next = Clock::now() + interval;
       isWantedAgain_ = false;
       try {
-        goesOn = once();
+        goesOn = once(next);
       } catch (const CommandError& error) {
         // Space may be made, a folder come back: what was published last goes on serving.
         printError(error.text);
@@ -136,13 +139,35 @@ class IndexRun {
       fmt::print("  {} of the folders could not be read, or not to the end\n",
                  report.crawled.leftOut);
     }
+    tellOfContents(report);
     std::fflush(stdout);  // a log that this may go to is to be read while it runs on
+  }
+
+  static void tellOfContents(const IndexingReport& report) {
+    if (report.distrustedCatalogue) {
+      printError(fmt::format("note: {}; all files are looked into anew",
+                             printable(report.distrustedCatalogue->reason)));
+    }
+    if (report.contentError) {
+      printError(fmt::format("note: files were not looked into, or not all: {}",
+                             printable(report.contentError->reason)));
+    }
+    if (!report.contents || report.contents->expected == 0) return;
+    const ContentCounts& contents = *report.contents;
+    fmt::print("  {} files looked into in {:.2f} s", contents.done,
+               report.lookingIntoFiles.count());
+    if (contents.failures > 0) fmt::print(", {} of them in vain", contents.failures);
+    if (contents.done < contents.expected) {
+      fmt::print("; {} are left for the next time", contents.expected - contents.done);
+    }
+    fmt::print("\n");
   }
 
   const IndexOptions& options_;
   IndexFolder folder_;
   IndexLock lock_;
   std::shared_ptr<const ContentTypes> types_;
+  std::optional<Extractors> extractors_;
   std::vector<std::string> folders_;
   SignalQueue signals_;
   bool isEnded_ = false;
@@ -156,7 +181,7 @@ int runIndexer(const IndexOptions& options, const std::string& indexFolder) {
   if (!options.once) {
     run.forever();
   } else if (!run.once()) {
-    throw CommandError{kFailure, "ended by a signal; the index is what it was"};
+    throw CommandError{kFailure, "ended by a signal"};
   }
   return kFound;
 }

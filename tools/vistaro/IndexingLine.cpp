@@ -8,6 +8,10 @@ namespace vt::tool {
 
 std::string indexingLine(const IndexingProgress& progress) {
   const std::uint64_t entries = progress.crawled.entries;
+  if (progress.contents) {
+    return fmt::format("looking into files: {} of {}", progress.contents->done,
+                       progress.contents->expected);
+  }
   if (progress.isPublishing) return fmt::format("writing the index of {} files", entries);
   std::string line =
       fmt::format("indexing: {} folders, {} files", progress.crawled.folders, entries);

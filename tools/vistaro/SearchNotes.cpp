@@ -34,6 +34,12 @@ void tellNotes(const SearchOptions& options, const VTUser* user, const MDQueryNo
   for (const std::string& name : notes.unknownAttributes) {
     printError(fmt::format("note: no file has an attribute called {}", printable(name)));
   }
+  if (notes.filesNotLookedInto > 0) {
+    printError(
+        fmt::format("note: {} of the files were not looked into yet; what is in them is not "
+                    "found",
+                    notes.filesNotLookedInto));
+  }
   if (!notes.walkedBecause.empty()) {
     printError("note: the files were walked, since " + printable(notes.walkedBecause));
   }

@@ -10,15 +10,18 @@
 
 namespace vt {
 
-IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index, const TypeTables& tables,
+IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index,
+                     std::shared_ptr<const IndexedContents> contents, const TypeTables& tables,
                      std::vector<IndexedScope> scopes, const AccessJudge& judge,
                      const query::Query& query, const query::AttributeSchema& schema,
                      const query::EvaluationContext& context, std::vector<Step>* steps)
     : index_(std::move(index)),
+      contents_(std::move(contents)),
       verdicts_(index_->segment, judge),
       folders_(index_->segment, std::move(scopes), verdicts_),
       files_(index_->segment, index_->types, tables, folders_, verdicts_) {
-  const TermCompiler compiler(index_->segment, tables, index_->types, schema, context, files_);
+  const TermCompiler compiler(index_->segment, tables, index_->types, schema, context, files_,
+                              contents_.get());
   const QueryPlan plan(query, [&](const query::Term& term) { return compiler.stepOf(term); });
   RowSet rows = RowSet::all(index_->segment.rowCount());
   const auto keepReadable = [&] {
@@ -48,6 +51,15 @@ IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index, const TypeTables& t
 bool IndexHits::isReadable(std::size_t row) const {
   return folders_.isSearched(index_->segment.folderOf(row)) &&
          verdicts_.mayRead(index_->segment.classOf(row));
+}
+
+std::size_t IndexHits::pendingCount() const {
+  if (contents_ == nullptr || !contents_->hasPending()) return 0;
+  std::size_t count = 0;
+  for (std::size_t row = 0; row < index_->segment.rowCount(); ++row) {
+    if (contents_->isPending(row) && isReadable(row)) ++count;
+  }
+  return count;
 }
 
 void IndexHits::sortEquallyOldByPath() {

@@ -8,6 +8,7 @@
 
 #include "metadata/engine/ClassVerdicts.h"
 #include "metadata/engine/FolderTable.h"
+#include "metadata/engine/IndexedContents.h"
 #include "metadata/engine/IndexedFiles.h"
 #include "metadata/engine/OpenIndex.h"
 #include "metadata/query/AttributeSchema.h"
@@ -28,13 +29,14 @@ class IndexHits {
     std::size_t left = 0;
   };
 
-  /// Searches `scopes` for what satisfies the query and the judged account may read. A query that
-  /// needs text content does not get it. `tables` must outlive the hits; the rest is borrowed for
-  /// the call. Tells its steps in order in `steps` unless that is nullptr.
-  IndexHits(std::shared_ptr<const OpenIndex> index, const TypeTables& tables,
-            std::vector<IndexedScope> scopes, const AccessJudge& judge, const query::Query& query,
-            const query::AttributeSchema& schema, const query::EvaluationContext& context,
-            std::vector<Step>* steps = nullptr);
+  /// Searches `scopes` for what satisfies the query and the judged account may read. Without
+  /// `contents`, which may be nullptr, no file has text or attributes that stand in it. `tables`
+  /// must outlive the hits; the rest is borrowed for the call. Tells its steps in order in `steps`
+  /// unless that is nullptr.
+  IndexHits(std::shared_ptr<const OpenIndex> index, std::shared_ptr<const IndexedContents> contents,
+            const TypeTables& tables, std::vector<IndexedScope> scopes, const AccessJudge& judge,
+            const query::Query& query, const query::AttributeSchema& schema,
+            const query::EvaluationContext& context, std::vector<Step>* steps = nullptr);
   IndexHits(const IndexHits&) = delete;
   IndexHits& operator=(const IndexHits&) = delete;
 
@@ -42,6 +44,11 @@ class IndexHits {
   std::size_t size() const { return rows_.size(); }
   std::size_t rowAt(std::size_t index) const { return rows_[index]; }
   const IndexedFiles& files() const { return files_; }
+  /// What stands in the files; nullptr when nobody knows.
+  const IndexedContents* contents() const { return contents_.get(); }
+  /// How many files that the account may read, in the scopes, were not looked into yet: what they
+  /// hold is not found.
+  std::size_t pendingCount() const;
 
   /// Has the processor fetch what will be told of the hits after `index`, since who asks for one
   /// mostly asks for those too: the rows of hits are far apart in every column.
@@ -55,6 +62,7 @@ class IndexHits {
   void sortEquallyOldByPath();
 
   std::shared_ptr<const OpenIndex> index_;
+  std::shared_ptr<const IndexedContents> contents_;
   ClassVerdicts verdicts_;
   FolderTable folders_;
   IndexedFiles files_;

@@ -9,6 +9,7 @@ std::shared_ptr<const OpenIndex> openIndex(std::shared_ptr<const Segment> segmen
                                            const ContentTypes& types) {
   auto open = std::make_shared<OpenIndex>();
   open->segment = segment->columns();
+  open->identity = segment->identity();
   open->types.reserve(open->segment.typeIdentifiers.size());
   for (const std::string_view identifier : open->segment.typeIdentifiers) {
     const std::optional<ContentTypeId> type = types.find(identifier);

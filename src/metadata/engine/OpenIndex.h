@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "metadata/store/Segment.h"
+#include "metadata/store/SegmentIdentity.h"
 #include "metadata/types/ContentTypes.h"
 
 namespace vt {
@@ -11,6 +12,7 @@ namespace vt {
 /// A segment that is ready to be searched, and its types by this process's table.
 struct OpenIndex {
   SegmentColumns segment;
+  SegmentIdentity identity;
   std::vector<ContentTypeId> types;    ///< by the segment's own numbers
   std::shared_ptr<const void> memory;  ///< what the columns are borrowed from
 };

@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "metadata/engine/Bitmap.h"
+#include "metadata/store/Bitmap.h"
 
 namespace vt {
 

@@ -6,11 +6,13 @@
 #include <variant>
 #include <vector>
 
+#include "metadata/engine/ContentStep.h"
 #include "metadata/engine/NameStep.h"
 #include "metadata/engine/NumberBounds.h"
 #include "metadata/engine/RowItem.h"
 #include "metadata/query/QueryMatcher.h"
 #include "metadata/query/QuerySemantics.h"
+#include "metadata/text/ContentQuery.h"
 
 namespace vt {
 namespace {
@@ -94,16 +96,64 @@ TermCompiler::Step TermCompiler::noRow() const { return std::make_unique<RangeSt
 TermCompiler::Step TermCompiler::stepOf(const Term& term) const {
   Term asked = positive(term);
   const std::string& name = attributeOf(asked);
-  if (name != query::kAnyAttribute && name != query::kAnyAttributeOrText) {
-    const query::Attribute* const attribute = schema_.find(name);
-    const std::optional<LiveAttribute> live = liveAttributeNamed(name);
-    if (attribute == nullptr || !live) return noRow();
-    const ValueTest test =
-        std::visit([&](const auto& t) { return testOf(t, *attribute, context_); }, asked);
-    if (Step step = fastStepOf(*live, asked, test)) return step;
+  // Text cannot be ordered, so these are no ranges.
+  if (name == query::kTextContent) return textStep(std::get<query::Comparison>(asked));
+  if (name == query::kAnyAttribute || name == query::kAnyAttributeOrText) {
+    return anywhereStep(std::get<query::Comparison>(asked));
   }
+  const query::Attribute* const attribute = schema_.find(name);
+  if (attribute == nullptr) return noRow();
+  ValueTest test =
+      std::visit([&](const auto& t) { return testOf(t, *attribute, context_); }, asked);
+  const std::optional<LiveAttribute> live = liveAttributeNamed(name);
+  if (!live) return attributeStep(name, std::move(test));
+  if (Step step = fastStepOf(*live, asked, test)) return step;
+  return askingStep(std::move(asked));
+}
+
+TermCompiler::Step TermCompiler::askingStep(Term term) const {
   return std::make_unique<AskingStep>(
-      query::QueryMatcher(queryOf(std::move(asked)), schema_, context_), schema_, files_);
+      query::QueryMatcher(queryOf(std::move(term)), schema_, context_), schema_, files_);
+}
+
+TermCompiler::Step TermCompiler::attributeStep(const std::string& name, ValueTest test) const {
+  if (contents_ == nullptr || !contents_->knowsAttribute(name)) return noRow();
+  return std::make_unique<ContentStep>(*contents_, [name, test = std::move(test)](
+                                                       const IndexedContents& contents) {
+    return contents.withAttribute(name, [&](const Value& value) { return passes(test, value); });
+  });
+}
+
+TermCompiler::Step TermCompiler::textStep(const query::Comparison& comparison) const {
+  if (contents_ == nullptr) return noRow();
+  const auto* const text = std::get_if<query::TextOperand>(&comparison.value);
+  if (text != nullptr && text->isPresence()) {
+    return std::make_unique<ContentStep>(
+        *contents_, [](const IndexedContents& contents) { return contents.withText(); });
+  }
+  std::optional<ContentQuery> question =
+      contentQueryOf(patternOf(comparison.value), comparison.modifiers);
+  if (!question || question->all.empty()) return noRow();
+  return std::make_unique<ContentStep>(
+      *contents_, [question = *std::move(question)](const IndexedContents& contents) {
+        return contents.withWords(question);
+      });
+}
+
+TermCompiler::Step TermCompiler::anywhereStep(const query::Comparison& comparison) const {
+  std::vector<Step> steps;
+  steps.push_back(askingStep(comparison));
+  if (contents_ != nullptr) {
+    for (const query::Attribute& attribute : schema_.attributes()) {
+      if (attribute.isSearchable && !liveAttributeNamed(attribute.name) &&
+          contents_->knowsAttribute(attribute.name)) {
+        steps.push_back(attributeStep(attribute.name, testOf(comparison, attribute, context_)));
+      }
+    }
+    if (comparison.attribute == query::kAnyAttributeOrText) steps.push_back(textStep(comparison));
+  }
+  if (steps.size() == 1) return std::move(steps.front());
+  return std::make_unique<AnyStep>(std::move(steps));
 }
 
 TermCompiler::Step TermCompiler::fastStepOf(LiveAttribute attribute, const Term& term,

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "metadata/engine/IndexedContents.h"
 #include "metadata/engine/IndexedFiles.h"
 #include "metadata/engine/TermStep.h"
 #include "metadata/query/AttributeSchema.h"
@@ -16,16 +17,19 @@ namespace vt {
 /// the query's own test; any other term is put to each row as a query of its own.
 class TermCompiler {
  public:
-  /// Borrows everything, for the life of the steps too.
+  /// Borrows everything, for the life of the steps too. Without `contents`, which may be nullptr,
+  /// no file has any.
   TermCompiler(const SegmentColumns& segment, const TypeTables& tables,
                const std::vector<ContentTypeId>& types, const query::AttributeSchema& schema,
-               const query::EvaluationContext& context, const IndexedFiles& files)
+               const query::EvaluationContext& context, const IndexedFiles& files,
+               const IndexedContents* contents)
       : segment_(segment),
         tables_(tables),
         types_(types),
         schema_(schema),
         context_(context),
-        files_(files) {}
+        files_(files),
+        contents_(contents) {}
 
   /// `!=` is made as `==`.
   std::unique_ptr<TermStep> stepOf(const query::Term& term) const;
@@ -33,6 +37,13 @@ class TermCompiler {
  private:
   using Step = std::unique_ptr<TermStep>;
 
+  /// A term about an attribute that stands in files.
+  Step attributeStep(const std::string& name, query::ValueTest test) const;
+  /// A comparison of text content alone.
+  Step textStep(const query::Comparison& comparison) const;
+  /// `*` or `**`.
+  Step anywhereStep(const query::Comparison& comparison) const;
+  Step askingStep(query::Term term) const;
   Step fastStepOf(LiveAttribute attribute, const query::Term& term,
                   const query::ValueTest& test) const;
   Step nameStep(const query::Term& term, const query::ValueTest& test) const;
@@ -49,6 +60,7 @@ class TermCompiler {
   const query::AttributeSchema& schema_;
   const query::EvaluationContext& context_;
   const IndexedFiles& files_;
+  const IndexedContents* contents_;
 };
 
 }  // namespace vt

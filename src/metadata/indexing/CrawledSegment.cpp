@@ -9,7 +9,8 @@
 
 namespace vt {
 
-CrawledSegment::CrawledSegment(const ContentTypes& types) : built_(types) {}
+CrawledSegment::CrawledSegment(const ContentTypes& types, RowContents* contents)
+    : built_(types), contents_(contents) {}
 
 CrawledFolderId CrawledSegment::addRoot(const std::string& path) {
   folderAt("/");
@@ -52,7 +53,11 @@ bool CrawledSegment::addEntries(CrawledFolderId folder, std::span<CrawledEntry> 
     if (entry.status.isFolder()) {
       row.ownFolder = entry.folder = built_.addFolder(folder, entry.name, row.accessClass);
     }
-    if (!built_.addRow(row) && built_.isFull()) return false;
+    if (built_.addRow(row)) {
+      if (contents_ != nullptr) contents_->add(entry);
+    } else if (built_.isFull()) {
+      return false;
+    }
   }
   return true;
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "metadata/crawl/IndexRoots.h"
+#include "metadata/indexing/ContentRun.h"
 #include "metadata/indexing/CrawledSegment.h"
 #include "metadata/indexing/SegmentMemory.h"
 #include "metadata/store/SegmentVerifier.h"
@@ -25,12 +26,32 @@ std::optional<SegmentMemory> remember(const IndexFolder& folder, std::optional<S
   return std::optional<SegmentMemory>(std::in_place, std::move(earlier).value());
 }
 
+/// Looks into the files of the generation that the report is of, and tells it the rest.
+void lookIntoFiles(const IndexFolder& folder, const ContentTypes& types, ContentRun& contents,
+                   IndexingReport& report, ContentIndexer::Progress progress) {
+  const Clock::time_point start = Clock::now();
+  const Result<IndexGeneration, StoreError> generation = folder.current();
+  if (generation) {
+    report.contents =
+        contents.lookIntoFiles(*generation->segment, types, report.crawled.leftOut == 0, progress);
+  } else {
+    report.contentError = generation.error();
+  }
+  report.lookingIntoFiles = Clock::now() - start;
+  report.distrustedCatalogue = contents.distrusted();
+  if (contents.error()) report.contentError = contents.error();
+}
+
 }  // namespace
 
 Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::string> roots,
                                                                Progress progress) const {
   IndexingReport report;
   std::optional<SegmentMemory> memory = remember(folder_, report.distrusted);
+  std::optional<SegmentIdentity> earlier;
+  if (memory) earlier = memory->identity();
+  std::optional<ContentRun> contents;
+  if (extractors_ != nullptr) contents.emplace(folder_, *extractors_);
   Manifest& manifest = report.manifest;
   manifest.roots = outermostRoots(std::move(roots));
   manifest.began = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
@@ -45,11 +66,12 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
     return progress(shown);
   };
   if (!tell({})) return std::optional<IndexingReport>();
-  CrawledSegment segment(types_);
+  std::optional<CrawledSegment> segment(std::in_place, types_,
+                                        contents ? contents->rows() : nullptr);
   std::vector<CrawlRoot> begins;
   begins.reserve(manifest.roots.size());
-  for (const std::string& root : manifest.roots) begins.push_back({root, segment.addRoot(root)});
-  TreeCrawl crawl(types_, memory ? &*memory : nullptr, segment);
+  for (const std::string& root : manifest.roots) begins.push_back({root, segment->addRoot(root)});
+  TreeCrawl crawl(types_, memory ? &*memory : nullptr, *segment);
   // A segment that is full says so itself when it is to be written.
   if (crawl.run(begins, tell) == TreeCrawl::End::kStopped) {
     return std::optional<IndexingReport>();
@@ -62,11 +84,23 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
   shown.isPublishing = true;
   tell(crawl.counts());
   Result<Manifest, StoreError> published =
-      folder_.publish(lock_, segment.built(), std::move(manifest));
+      folder_.publish(lock_, segment->built(), std::move(manifest),
+                      [&](const SegmentIdentity& identity, std::span<const std::uint32_t> rows) {
+                        if (contents) contents->announce(identity, rows, earlier);
+                      });
   if (!published) return published.error();
   manifest = std::move(published).value();
   report.crawled = crawl.counts();
   report.publishing = Clock::now() - crawled;
+  segment.reset();
+  if (contents) {
+    shown.contents.emplace();
+    lookIntoFiles(folder_, types_, *contents, report, [&](const ContentCounts& counts) {
+      shown.contents = counts;
+      shown.elapsed = Clock::now() - start;
+      return progress(shown);
+    });
+  }
   return std::optional<IndexingReport>(std::move(report));
 }
 

@@ -25,6 +25,7 @@ class SegmentMemory final : public CrawlMemory {
   /// Keeps the memory of the process small while much is asked.
   void dropPages() const { earlier_.segment->dropPages(); }
 
+  SegmentIdentity identity() const { return earlier_.segment->identity(); }
   std::size_t rowCount() const { return earlier_.segment->columns().rowCount(); }
 
  private:

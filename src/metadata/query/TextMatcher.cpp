@@ -6,13 +6,11 @@
 #include <utility>
 
 #include "foundation/UTF8.h"
+#include "metadata/query/PatternWords.h"
 
 namespace vt::query {
 
 namespace {
-
-using Characters = std::vector<PatternCharacter>;
-using Kind = PatternCharacter::Kind;
 
 Folding foldingOf(std::uint8_t modifiers, TextMatcher::Subject subject) {
   if (subject == TextMatcher::Subject::kContent) return Folding::kCaseAndMarks;
@@ -20,43 +18,20 @@ Folding foldingOf(std::uint8_t modifiers, TextMatcher::Subject subject) {
                               ((modifiers & modifier::kDiacritics) != 0 ? 2 : 0));
 }
 
-bool isWildcard(const PatternCharacter& character) { return character.kind != Kind::kLiteral; }
-
-/// The words of a pattern, parted at separators. A word of nothing but `*` asks for nothing.
-std::vector<Characters> wordsOf(const Characters& pattern) {
-  std::vector<Characters> words;
-  Characters word;
-  const auto endWord = [&] {
-    const bool asksForSomething = std::any_of(
-        word.begin(), word.end(), [](const auto& c) { return c.kind != Kind::kAnyRun; });
-    if (asksForSomething) words.push_back(word);
-    word.clear();
-  };
-  for (const PatternCharacter& character : pattern) {
-    if (!isWildcard(character) && classOf(character.literal) == CharacterClass::kSeparator) {
-      endWord();
-    } else {
-      word.push_back(character);
-    }
-  }
-  endWord();
-  return words;
-}
-
 }  // namespace
 
 TextMatcher::TextMatcher(std::string_view pattern, std::uint8_t modifiers, Subject subject)
     : folding_(foldingOf(modifiers, subject)) {
   using Extent = TextPattern::Extent;
-  const Characters characters = patternCharacters(pattern);
+  const std::vector<PatternCharacter> characters = patternCharacters(pattern);
   if ((modifiers & modifier::kTokens) != 0) {
-    for (const Characters& word : wordsOf(characters)) {
+    for (const PatternWord& word : patternWords(characters)) {
       patterns_.emplace_back(word, folding_, Extent::kContentWords);
     }
   } else if (subject == Subject::kContent) {
-    Characters phrase;
-    for (const Characters& word : wordsOf(characters)) {
-      if (!phrase.empty()) phrase.push_back({Kind::kLiteral, U' '});
+    PatternWord phrase;
+    for (const PatternWord& word : patternWords(characters)) {
+      if (!phrase.empty()) phrase.push_back({PatternCharacter::Kind::kLiteral, U' '});
       phrase.insert(phrase.end(), word.begin(), word.end());
     }
     if (!phrase.empty()) patterns_.emplace_back(phrase, folding_, Extent::kContentWords);

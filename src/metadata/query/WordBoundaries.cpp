@@ -21,17 +21,16 @@ constexpr std::array<CharacterClass, 128> kAsciiClasses = [] {
 }();
 
 bool isIdeograph(char32_t c) {
-  return (c >= 0x3041 && c <= 0x30FF && c != 0x30FB) ||  // kana, without the middle dot
-         (c >= 0x31F0 && c <= 0x31FF) ||                 // more katakana
+  if (c == 0x3099 || c == 0x309A || c == 0x30FB) return false;  // voice marks, middle dot
+  return (c >= 0x3041 && c <= 0x30FF) ||                        // kana
+         (c >= 0x31F0 && c <= 0x31FF) ||                        // more katakana
          (c >= 0x3400 && c <= 0x4DBF) || (c >= 0x4E00 && c <= 0x9FFF) ||
          (c >= 0xF900 && c <= 0xFAFF) || (c >= 0x20000 && c <= 0x3FFFF) || c == 0x3005 ||
          c == 0x3007;
 }
 
-/// Whether a word ends and another begins between two characters that both belong to words.
-bool dividesWords(CharacterClass before, CharacterClass after) {
-  if (before == CharacterClass::kIdeograph || after == CharacterClass::kIdeograph) return true;
-  if ((before == CharacterClass::kDigit) != (after == CharacterClass::kDigit)) return true;
+/// Whether a word ends and another begins between two letters by their case.
+bool changesCase(CharacterClass before, CharacterClass after) {
   return before == CharacterClass::kLower && after == CharacterClass::kUpper;
 }
 
@@ -54,10 +53,7 @@ class Segmenter {
       append(collapsesSeparators_ ? U' ' : character);
     } else {
       pending_ |= position::kCharacter;
-      if (before_ == CharacterClass::kSeparator ||
-          (given != CharacterClass::kMark && dividesWords(before_, kind))) {
-        pending_ |= position::kBoundary;
-      }
+      if (beginsWord(given, kind)) pending_ |= position::kBoundary;
       append(character);
     }
     before_ = kind;
@@ -69,6 +65,18 @@ class Segmenter {
   }
 
  private:
+  bool beginsWord(CharacterClass given, CharacterClass kind) {
+    if (before_ == CharacterClass::kSeparator ||
+        (given != CharacterClass::kMark && dividesWordsFolded(before_, kind))) {
+      wordsByCase_ = 1;
+      return true;
+    }
+    if (given == CharacterClass::kMark || !changesCase(before_, kind)) return false;
+    if (collapsesSeparators_ && wordsByCase_ == kMostWordsByCase) return false;
+    ++wordsByCase_;
+    return true;
+  }
+
   void append(char32_t character) {
     appendFolded(character, folding_, text_.units);
     // One that folds to nothing leaves its properties to the next.
@@ -82,6 +90,7 @@ class Segmenter {
   const bool collapsesSeparators_;
   SegmentedText text_;
   std::uint8_t pending_ = 0;
+  std::size_t wordsByCase_ = 0;  // since letters began that only their case divides
   CharacterClass before_ = CharacterClass::kSeparator;
 };
 
@@ -96,6 +105,11 @@ SegmentedText segment(std::string_view utf8, Folding folding, bool collapsesSepa
 }
 
 }  // namespace
+
+bool dividesWordsFolded(CharacterClass before, CharacterClass after) {
+  if (before == CharacterClass::kIdeograph || after == CharacterClass::kIdeograph) return true;
+  return (before == CharacterClass::kDigit) != (after == CharacterClass::kDigit);
+}
 
 CharacterClass classOf(char32_t character) {
   if (character < 128) return kAsciiClasses[character];

@@ -22,6 +22,10 @@ enum class CharacterClass : std::uint8_t {
 
 CharacterClass classOf(char32_t character);
 
+/// Whether a word ends and another begins between two characters of words, whatever their case:
+/// so folding hides nothing of it.
+bool dividesWordsFolded(CharacterClass before, CharacterClass after);
+
 /// Properties of a position in a text, as bits.
 namespace position {
 inline constexpr std::uint8_t kCharacter = 1;  ///< a character begins here, or the text ends
@@ -42,8 +46,13 @@ struct SegmentedText {
 /// at either end of a word and of every separator. Linear in the text.
 SegmentedText segmentText(std::string_view utf8, Folding folding);
 
+/// No name that people give to things is of more words, but what was encoded as letters is. An
+/// index has the beginnings and ends of all in it, which is quadratic in their number.
+inline constexpr std::size_t kMostWordsByCase = 8;
+
 /// Like segmentText() with both foldings, but each run of separators is a single blank, so that
-/// words that follow each other are one blank apart.
+/// words that follow each other are one blank apart; and letters that only their case divides are
+/// at most kMostWordsByCase words, the last of them as long as it may be.
 SegmentedText segmentContent(std::string_view utf8);
 
 }  // namespace vt::query

@@ -155,8 +155,8 @@ Result<IndexLock, StoreError> IndexFolder::lock() const {
 }
 
 Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& /*lock*/,
-                                                  const SegmentBuilder& built,
-                                                  Manifest crawl) const {
+                                                  const SegmentBuilder& built, Manifest crawl,
+                                                  Announce announce) const {
   const Result<std::vector<std::string>, StoreError> before = names();
   if (!before) return before.error();
   const Result<Manifest, StoreError> old = manifest();
@@ -172,8 +172,11 @@ Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& /*lock*/,
     crawl.generation = std::max(crawl.generation, generationOf(name).value_or(0) + 1);
   }
   const std::string name = segmentName(crawl.generation);
-  const Result<SegmentIdentity, StoreError> identity = writeSegment(name, built, crawl.generation);
+  std::vector<std::uint32_t> order;
+  const Result<SegmentIdentity, StoreError> identity =
+      writeSegment(name, built, crawl.generation, order);
   if (!identity) return identity.error();
+  announce(*identity, order);
   crawl.segments = {{name, *identity}};
   if (std::optional<StoreError> error = replaceManifest(printManifest(crawl))) {
     calls_->unlink(folder_.get(), name.c_str());
@@ -184,12 +187,12 @@ Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& /*lock*/,
   return crawl;
 }
 
-Result<SegmentIdentity, StoreError> IndexFolder::writeSegment(const std::string& name,
-                                                              const SegmentBuilder& built,
-                                                              std::uint64_t generation) const {
+Result<SegmentIdentity, StoreError> IndexFolder::writeSegment(
+    const std::string& name, const SegmentBuilder& built, std::uint64_t generation,
+    std::vector<std::uint32_t>& order) const {
   SegmentIdentity identity;
   std::optional<StoreError> error = writeBeside(name, [&](FileWriter& file) {
-    const Result<SegmentIdentity, StoreError> written = built.write(file, generation);
+    const Result<SegmentIdentity, StoreError> written = built.write(file, generation, &order);
     if (written) identity = *written;
   });
   if (error) return *std::move(error);

@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "foundation/FunctionRef.h"
 #include "foundation/Result.h"
 #include "metadata/live/Descriptor.h"
 #include "metadata/store/Manifest.h"
@@ -55,6 +57,8 @@ class IndexFolder {
   /// Opens the newest generation; also while another process publishes the next.
   Result<IndexGeneration, StoreError> current() const;
 
+  const std::string& path() const { return path_; }
+
   /// Takes the right to write, without waiting. kLocked, with the number of the process that has
   /// it, when another has it; also when this process has it already.
   Result<IndexLock, StoreError> lock() const;
@@ -68,7 +72,16 @@ class IndexFolder {
   /// when at the very end the folder can't be synced, the new one is in force, though a loss of
   /// power may bring the old one back, which is why both are then kept.
   Result<Manifest, StoreError> publish(const IndexLock& lock, const SegmentBuilder& built,
-                                       Manifest crawl) const;
+                                       Manifest crawl) const {
+    return publish(lock, built, std::move(crawl), [](const auto&, auto) {});
+  }
+
+  /// Is told of a segment that is about to come into force: which entry that was added each of its
+  /// rows is. What is known of rows can then be said before anybody searches them.
+  using Announce =
+      FunctionRef<void(const SegmentIdentity& segment, std::span<const std::uint32_t> rows)>;
+  Result<Manifest, StoreError> publish(const IndexLock& lock, const SegmentBuilder& built,
+                                       Manifest crawl, Announce announce) const;
 
  private:
   IndexFolder(std::string path, Descriptor folder, StoreCalls& calls)
@@ -78,7 +91,8 @@ class IndexFolder {
   std::optional<StoreError> replaceManifest(const std::string& text) const;
   Result<SegmentIdentity, StoreError> writeSegment(const std::string& name,
                                                    const SegmentBuilder& built,
-                                                   std::uint64_t generation) const;
+                                                   std::uint64_t generation,
+                                                   std::vector<std::uint32_t>& order) const;
   template <class Write>
   std::optional<StoreError> writeBeside(const std::string& name, Write write) const;
   std::optional<StoreError> syncFolder() const;

@@ -84,8 +84,13 @@ std::uint16_t SegmentBuilder::numberOfType(ContentTypeId type) {
 }
 
 Result<SegmentIdentity, StoreError> SegmentBuilder::write(FileWriter& file,
-                                                          std::uint64_t generation) const {
-  if (!isFull_) return SegmentContents(*this).write(file, generation, limits_.textBytes);
+                                                          std::uint64_t generation,
+                                                          std::vector<std::uint32_t>* order) const {
+  if (!isFull_) {
+    const SegmentContents contents(*this);
+    if (order != nullptr) *order = contents.order();
+    return contents.write(file, generation, limits_.textBytes);
+  }
   file.fail({StoreError::Kind::kTooLarge, "more files than one index can hold"});
   return *file.error();
 }

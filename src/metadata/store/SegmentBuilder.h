@@ -78,8 +78,10 @@ class SegmentBuilder {
 
   /// Writes the segment: rows sorted by modification, newest first, equal ones by the bytes of
   /// their paths. The file is then still to be synced. kTooLarge says that the segment is full.
-  /// Takes about a second for a million rows.
-  Result<SegmentIdentity, StoreError> write(FileWriter& file, std::uint64_t generation) const;
+  /// Takes about a second for a million rows. `order`, unless it is nullptr, is told which entry
+  /// each row is, counted from 0 as they were added.
+  Result<SegmentIdentity, StoreError> write(FileWriter& file, std::uint64_t generation,
+                                            std::vector<std::uint32_t>* order = nullptr) const;
 
  private:
   struct Folder {

@@ -18,6 +18,9 @@ class SegmentContents {
   Result<SegmentIdentity, StoreError> write(FileWriter& file, std::uint64_t generation,
                                             std::uint64_t mostTextBytes) const;
 
+  /// The builder's numbers of the rows, in the order of the segment.
+  const std::vector<std::uint32_t>& order() const { return order_; }
+
  private:
   void sortRows();
   void sortTies(std::size_t first, std::size_t last, const class PathOrder& order);

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "foundation/Date.h"
+#include "foundation/Result.h"
+#include "metadata/engine/IndexedContents.h"
 #include "metadata/engine/OpenIndex.h"
 
 namespace vt {
@@ -22,6 +24,11 @@ class IndexSource {
 
   /// Why nothing can, as the end of a sentence: "there is no index".
   virtual std::string whyNotAt(Date now) const = 0;
+
+  /// What stands in the files of the index that freshAt() gave, as it is at this moment; else why
+  /// that is not known, likewise. Called when the process may read what the owner of the index may.
+  virtual Result<std::shared_ptr<const IndexedContents>, std::string> contentsOf(
+      const OpenIndex& index) = 0;
 };
 
 }  // namespace vt

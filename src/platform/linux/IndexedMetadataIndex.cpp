@@ -7,8 +7,8 @@
 
 #include "foundation/UTF8.h"
 #include "metadata/engine/IndexHits.h"
+#include "metadata/engine/QueryContents.h"
 #include "metadata/live/SearchScopes.h"
-#include "metadata/query/QueryMatcher.h"
 #include "platform/Identity.h"
 #include "platform/linux/IndexedQuery.h"
 #include "platform/linux/PrivilegedMoment.h"
@@ -30,9 +30,6 @@ std::optional<Value> valueOf(const IndexHits& hits, std::size_t row, LiveAttribu
   }
   return value;
 }
-
-/// Whether the text of files is in the index, beside their names and what their status tells.
-constexpr bool kHoldsText = false;
 
 }  // namespace
 
@@ -91,9 +88,9 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
   if (!index) return source_->whyNotAt(now);
   const query::EvaluationContext context{now, query::Calendar()};
-  if (!kHoldsText &&
-      query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
-    return "the index holds no text";
+  const QueryContents asked = contentsAskedBy(live.parsed, live_->schema());
+  if (!asked.canBeToldByTerms) {
+    return "the index finds words from their beginning, without * and ? in them";
   }
   SearchScopes scopes = findSearchScopes(live.scopes, judge);
   std::vector<IndexedScope> indexed;
@@ -103,11 +100,22 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
     indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
   }
 
+  std::shared_ptr<const IndexedContents> contents;
+  if (asked.asksForContents) {
+    auto found = source_->contentsOf(*index);
+    if (!found && asked.asksForText) return found.error();
+    if (found) contents = *found;
+  }
+
   std::vector<IndexHits::Step> steps;
   const bool countsSteps = (options & kMDQueryCountsSteps) != 0;
-  auto hits = std::make_shared<IndexHits>(std::move(index), live_->tables(), std::move(indexed),
-                                          judge, live.parsed, live_->schema(), context,
-                                          countsSteps ? &steps : nullptr);
+  auto hits = std::make_shared<IndexHits>(std::move(index), contents, live_->tables(),
+                                          std::move(indexed), judge, live.parsed, live_->schema(),
+                                          context, countsSteps ? &steps : nullptr);
+  if (contents) {
+    contents->lookAway();
+    if (contents->failure()) return contents->failure()->reason;
+  }
   const auto valueOfHit = [&](std::size_t at, LiveAttribute attribute, Value& value) {
     // As a walk has it, which counts entries only for who asks that of an item.
     return attribute != LiveAttribute::kEntryCount &&
@@ -119,6 +127,7 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   query.notes = live.notes;
   query.notes.hasNoAccount = false;
   query.notes.unusableScopes = std::move(scopes.unusable);
+  query.notes.filesNotLookedInto = query.hits->pendingCount();
   query.notes.steps.clear();
   for (IndexHits::Step& step : steps) {
     query.notes.steps.push_back({std::move(step.text), step.asked, step.left});
@@ -155,9 +164,18 @@ std::optional<Value> IndexedMetadataIndex::MDQueryGetAttributeValueOfResultAtInd
   }
   const std::vector<NamedAttribute>& list = asked.live->valueList;
   const auto named = std::ranges::find(list, attribute, &NamedAttribute::name);
-  if (named == list.end() || !named->attribute) return std::nullopt;
-  return valueOf(*asked.hits, asked.hits->rowAt(static_cast<std::size_t>(index)),
-                 *named->attribute);
+  if (named == list.end()) return std::nullopt;
+  const std::size_t row = asked.hits->rowAt(static_cast<std::size_t>(index));
+  return named->attribute ? valueOf(*asked.hits, row, *named->attribute)
+                          : valueInFile(*asked.hits, row, attribute);
+}
+
+std::optional<Value> IndexedMetadataIndex::valueInFile(const IndexHits& hits, std::size_t row,
+                                                       std::string_view attribute) const {
+  if (hits.contents() == nullptr) return std::nullopt;
+  const PrivilegedMoment moment(*identity_);
+  std::optional<Value> value(std::in_place);
+  return hits.contents()->tell(attribute, row, *value) ? value : std::nullopt;
 }
 
 std::shared_ptr<MDItem> IndexedMetadataIndex::MDItemCreate(const std::string& path) {
@@ -170,7 +188,8 @@ std::optional<Value> IndexedMetadataIndex::MDItemCopyAttribute(MDItem& item,
   const auto* const indexed = dynamic_cast<const IndexedMDItem*>(&item);
   if (indexed == nullptr) return live_->MDItemCopyAttribute(item, attribute);
   const std::optional<LiveAttribute> live = liveAttributeNamed(attribute);
-  return live ? valueOf(*indexed->hits, indexed->row, *live) : std::nullopt;
+  return live ? valueOf(*indexed->hits, indexed->row, *live)
+              : valueInFile(*indexed->hits, indexed->row, attribute);
 }
 
 std::vector<std::string> IndexedMetadataIndex::MDItemCopyAttributeNames(MDItem& item) {
@@ -186,7 +205,15 @@ std::vector<std::string> IndexedMetadataIndex::MDItemCopyAttributeNames(MDItem& 
 
 Result<MDTypedQuery, MDTypedRejection> IndexedMetadataIndex::MDQueryStringFromTyped(
     const std::string& typed, const MDTypedNames& names, bool readsFiles) {
-  return live_->MDQueryStringFromTyped(typed, names, readsFiles || kHoldsText);
+  return live_->MDQueryStringFromTyped(typed, names, readsFiles || holdsText());
+}
+
+bool IndexedMetadataIndex::holdsText() {
+  const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+  const PrivilegedMoment moment(*identity_);
+  source_->refresh();
+  const std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
+  return index && source_->contentsOf(*index);
 }
 
 std::vector<std::string> IndexedMetadataIndex::MDSchemaCopyAllAttributes() {

@@ -15,14 +15,15 @@ namespace vt {
 
 class AccessJudge;
 class Identity;
+class IndexHits;
 class IndexedQuery;
 
 /// The metadata index as the indexer left it in a folder, for what that covers, and the live index
 /// for the rest: both give the same answers, the one in milliseconds.
 ///
-/// A query is answered from the index when that is fresh, holds every folder of the scope, and the
-/// query asks for no text content; else its files are walked and the notes say why. Single items
-/// are always those of the live index. One thread at a time.
+/// A query is answered from the index when that is fresh, holds every folder of the scope and, if
+/// the query asks for text, has looked into files; else they are walked and the notes say why.
+/// Single items are always those of the live index. One thread at a time.
 class IndexedMetadataIndex final : public MetadataIndex {
  public:
   IndexedMetadataIndex(std::shared_ptr<LiveMetadataIndex> live, std::shared_ptr<Identity> identity,
@@ -66,6 +67,11 @@ class IndexedMetadataIndex final : public MetadataIndex {
   /// Answers from the index; the reason why not when it can't. The account must be known.
   std::optional<std::string> answerFromIndex(IndexedQuery& query, const AccessJudge& judge,
                                              std::uint32_t options);
+  /// Whether the text of files is in the index, beside their names and what their status tells.
+  bool holdsText();
+  /// The value of an attribute that stands in the file of the row, as the catalogue has it.
+  std::optional<Value> valueInFile(const IndexHits& hits, std::size_t row,
+                                   std::string_view attribute) const;
 
   std::shared_ptr<LiveMetadataIndex> live_;
   std::shared_ptr<Identity> identity_;

@@ -72,8 +72,8 @@ TEST(DamagedColumns, GiveWrongAnswersAtWorst) {
     for (int i = 0; i < 20; ++i) {
       const auto query = query::parseQuery(queries.next(), schema);
       const AccessJudge judge(Credentials(RandomFiles::kFirstUid, RandomFiles::kFirstGid, {}));
-      const IndexHits found(bad, tables, {{scope, files.path(), files.path()}}, judge, *query,
-                            schema, context);
+      const IndexHits found(bad, nullptr, tables, {{scope, files.path(), files.path()}}, judge,
+                            *query, schema, context);
       for (std::size_t at = 0; at < found.size(); ++at) {
         Value value;
         EXPECT_TRUE(found.files().tell(LiveAttribute::kPath, found.rowAt(at), value));

@@ -72,8 +72,8 @@ TEST(KernelRights, AreTheEngines) {
     const std::shared_ptr<const OpenIndex> index = IndexedTree(files.path(), types).index();
     const std::uint32_t folder = indexedFolderAt(index->segment, files.path()).value();
     const auto pathsFor = [&](const AccessJudge& judge) {
-      const IndexHits hits(index, {types, groups}, {{folder, files.path(), files.path()}}, judge,
-                           *everything, schema, {Date(), query::Calendar()});
+      const IndexHits hits(index, nullptr, {types, groups}, {{folder, files.path(), files.path()}},
+                           judge, *everything, schema, {Date(), query::Calendar()});
       std::vector<std::string> paths;
       for (std::size_t i = 0; i < hits.size(); ++i) {
         Value path;

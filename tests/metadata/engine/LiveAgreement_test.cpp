@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "metadata/catalogue/CatalogueInFolder.h"
 #include "metadata/engine/IndexHits.h"
+#include "metadata/engine/QueryContents.h"
 #include "metadata/engine/RandomFiles.h"
 #include "metadata/engine/RandomQuery.h"
 #include "metadata/indexing/IndexedTree.h"
@@ -51,7 +53,15 @@ class LiveAgreement : public testing::Test {
       EXPECT_TRUE(folder) << scope.canonicalPath;
       indexed.push_back({folder.value_or(0), scope.path, scope.canonicalPath});
     }
-    const IndexHits hits(index.index(), tables_, indexed, judge, query, schema_, context_);
+    std::shared_ptr<CatalogueReader> catalogue = valueOrThrow(CatalogueReader::open(index.path()));
+    throwIf(catalogue->lookAnew());
+    const auto open = index.index();
+    auto contents = valueOrThrow(
+        IndexedContents::of(std::move(catalogue), open->identity, open->segment.rowCount()));
+    if (!contents) throw std::runtime_error("nothing is said of the rows");
+    EXPECT_FALSE(contents->hasPending());
+    const IndexHits hits(open, std::make_shared<const IndexedContents>(std::move(*contents)),
+                         tables_, indexed, judge, query, schema_, context_);
     std::vector<std::string> paths;
     for (std::size_t i = 0; i < hits.size(); ++i) {
       Value path;
@@ -62,6 +72,7 @@ class LiveAgreement : public testing::Test {
   }
 
   const ContentTypes types_ = shippedTypes();
+  const Extractors extractors_ = builtInExtractors(types_);
   const ResultGroups groups_{types_};
   const TypeTables tables_{types_, groups_};
   const query::AttributeSchema schema_ = shippedSchema();
@@ -74,14 +85,22 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
   RandomQuery queries(kSeed);
   std::size_t hits = 0;
   std::size_t emptyAnswers = 0;
+  std::size_t aboutText = 0;
+  std::size_t leftToWalks = 0;
   std::size_t done = 0;
   for (std::uint32_t tree = 0; done < pairs; ++tree) {
     RandomFiles files(kSeed + tree, kFilesOfATree);
-    const IndexedTree index(files.path(), types_);
+    const IndexedTree index(files.path(), types_, &extractors_);
     for (std::size_t i = 0; i < kPairsOfATree && done < pairs; ++i, ++done) {
       const std::string text = queries.next();
       const auto query = query::parseQuery(text, schema_);
       ASSERT_TRUE(query) << text << ": " << describeQueryError(query.error());
+      const QueryContents asked = contentsAskedBy(*query, schema_);
+      if (!asked.canBeToldByTerms) {
+        ++leftToWalks;
+        continue;
+      }
+      aboutText += asked.asksForText ? 1 : 0;
       const std::uint32_t uid =
           files.pick(5) == 0 ? 0 : RandomFiles::kFirstUid + files.pick(RandomFiles::kUsers);
       const AccessJudge judge(
@@ -104,8 +123,11 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
   // Agreeing says nothing when there is nothing to agree on.
   EXPECT_GT(hits, 10 * pairs);
   EXPECT_LT(emptyAnswers, pairs * 2 / 3);
-  std::cout << pairs << " pairs, " << hits << " hits, " << emptyAnswers << " empty answers, seed "
-            << kSeed << "\n";
+  EXPECT_GT(aboutText, pairs / 6);
+  EXPECT_LT(leftToWalks, pairs / 10);
+  std::cout << pairs << " pairs, " << hits << " hits, " << emptyAnswers << " empty answers, "
+            << aboutText << " about text, " << leftToWalks << " left to walks, seed " << kSeed
+            << "\n";
 }
 
 }  // namespace

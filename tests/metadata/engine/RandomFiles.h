@@ -60,6 +60,22 @@ class RandomFiles {
     return result == "." || result == ".." ? "dots" : result;
   }
 
+  /// Words that RandomQuery asks for, about `size` bytes of them.
+  std::string text(std::size_t size) {
+    constexpr auto kWords = std::to_array<const char*>(
+        {"budget", "Budget", "report", "REPORT", "Größe", "grosse", "myReport", "日本語", "日本",
+         "2024", "plan9", "x", "xx", "naïve", "B", "reporting", "2024Budget", "の"});
+    constexpr auto kSeparators = std::to_array<const char*>({" ", "\n", "_", ", ", "", "-"});
+    std::string result;
+    // Few different ones in each, or all texts would have all words.
+    const std::uint32_t first = pick(kWords.size());
+    while (result.size() < size) {
+      result += kWords[(first + pick(3)) % kWords.size()];
+      result += kSeparators[pick(kSeparators.size())];
+    }
+    return result;
+  }
+
   void add() {
     const std::string path =
         folders_[pick(static_cast<std::uint32_t>(folders_.size()))] + "/" + name();
@@ -82,7 +98,7 @@ class RandomFiles {
       default: {
         const int file = open(path.c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
         if (file < 0) throw std::runtime_error(path);
-        const std::string text(pick(3) * pick(3000), 'x');
+        const std::string text = this->text(pick(3) * pick(3000));
         if (write(file, text.data(), text.size()) < 0) throw std::runtime_error(path);
         close(file);
       }

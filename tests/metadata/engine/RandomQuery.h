@@ -7,7 +7,7 @@
 
 namespace vt {
 
-/// Queries about the files that RandomFiles makes, text content left out.
+/// Queries about the files that RandomFiles makes and what is in them.
 class RandomQuery {
  public:
   explicit RandomQuery(std::uint32_t seed) : random_(seed) {}
@@ -32,7 +32,7 @@ class RandomQuery {
   }
 
   std::string term() {
-    switch (pick(11)) {
+    switch (pick(13)) {
       case 0:
       case 1:
       case 2:
@@ -49,6 +49,9 @@ class RandomQuery {
       case 8:
         return "InRange(" + oneOf(kNumbers) + ", " + number() + ", " + number() + ")";
       case 9:
+      case 10:
+        return oneOf(kContents) + (pick(4) == 0 ? " != " : " == ") + words();
+      case 11:
         return std::string("kMDItemFSInvisible == ") + (pick(2) == 0 ? "1" : "0");
       default:
         return oneOf(kOthers);
@@ -73,6 +76,19 @@ class RandomQuery {
       text += oneOf(kPieces);
       if (pick(3) == 0) text += pick(3) == 0 ? "?" : "*";
     }
+    return '"' + text + '"' + oneOf(kModifiers);
+  }
+
+  std::string words() {
+    constexpr auto kPieces = std::to_array<const char*>(
+        {"budget", "report", "myreport", "Größe", "日本", "日", "本語", "2024", "plan", "plan9",
+         "x", "b", "の", "-", "report 2024", "2024 budget", "nowhere", "naive", "20"});
+    constexpr auto kModifiers = std::to_array<const char*>({"", "cd", "cdw", "cdt", "t"});
+    if (pick(20) == 0) return "\"*\"";
+    std::string text = oneOf(kPieces);
+    if (pick(4) == 0) text += " " + oneOf(kPieces);
+    if (pick(3) == 0) text += '*';
+    if (pick(25) == 0) text.insert(0, "*");
     return '"' + text + '"' + oneOf(kModifiers);
   }
 
@@ -101,6 +117,8 @@ class RandomQuery {
       std::to_array<const char*>({"kMDItemFSName", "kMDItemDisplayName"});
   static constexpr auto kTexts = std::to_array<const char*>(
       {"kMDItemContentType", "kMDItemContentTypeTree", "kMDItemKind", "kMDItemPath", "*"});
+  static constexpr auto kContents =
+      std::to_array<const char*>({"kMDItemTextContent", "kMDItemTextContent", "**"});
   static constexpr auto kDates = std::to_array<const char*>(
       {"kMDItemFSContentChangeDate", "kMDItemContentModificationDate", "kMDItemFSCreationDate",
        "kMDItemAttributeChangeDate", "kMDItemLastUsedDate"});

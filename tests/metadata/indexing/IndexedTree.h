@@ -17,17 +17,24 @@ namespace vt {
 /// An index in a folder of its own, as the process's own user makes it.
 class IndexedTree {
  public:
-  explicit IndexedTree(const ContentTypes& types)
-      : types_(types), folder_(make(place_.path() / "index")), lock_(folder_.lock().value()) {}
+  explicit IndexedTree(const ContentTypes& types, const Extractors* extractors = nullptr)
+      : types_(types),
+        extractors_(extractors),
+        folder_(make(place_.path() / "index")),
+        lock_(folder_.lock().value()) {}
   /// The same with the tree below `root`, a canonical path, indexed.
-  IndexedTree(const std::string& root, const ContentTypes& types) : IndexedTree(types) {
+  IndexedTree(const std::string& root, const ContentTypes& types,
+              const Extractors* extractors = nullptr)
+      : IndexedTree(types, extractors) {
     run({root});
   }
 
   /// Publishes the next generation.
   IndexingReport run(const std::vector<std::string>& roots) {
     auto report =
-        Indexer(folder_, lock_, types_).run(roots, [](const IndexingProgress&) { return true; });
+        Indexer(folder_, lock_, types_, extractors_).run(roots, [](const IndexingProgress&) {
+          return true;
+        });
     if (!report) throw std::runtime_error(report.error().reason);
     return std::move(report).value().value();
   }
@@ -46,6 +53,7 @@ class IndexedTree {
   }
 
   const ContentTypes& types_;
+  const Extractors* extractors_;
   TemporaryFolder place_;
   IndexFolder folder_;
   IndexLock lock_;

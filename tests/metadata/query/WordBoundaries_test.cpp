@@ -58,6 +58,16 @@ TEST(WordBoundaries, OfContentPutOneBlankBetweenWords) {
   EXPECT_EQ(barred(segmentContent("BudgetPlan24")), "|budget|plan|24|");
 }
 
+TEST(WordBoundaries, OfContentLeaveTheRestOfManyWordsByCaseInOnePiece) {
+  EXPECT_EQ(barred(segmentContent("aBbCcDdEeFfGgHhIiJj 1aB")),
+            "|a|bb|cc|dd|ee|ff|gg|hhiijj| |1|a|b|");
+}
+
+TEST(WordBoundaries, AreNotMadeByAMarkOfVoice) {
+  EXPECT_EQ(barred(segmentText("あ\u3099b", Folding::kCaseAndMarks)), "|あ|b|");
+  EXPECT_EQ(barred(segmentText("a\u3099b", Folding::kCaseAndMarks)), "|ab|");
+}
+
 TEST(WordBoundaries, MarkWhereCharactersBegin) {
   const SegmentedText text = segmentText("ßö", Folding::kCaseAndMarks);
   ASSERT_EQ(text.units, "sso");

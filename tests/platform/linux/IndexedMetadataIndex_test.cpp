@@ -6,17 +6,22 @@
 #include <sys/stat.h>
 
 #include <ctime>
+#include <filesystem>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "metadata/catalogue/CatalogueFile.h"
 #include "metadata/engine/FolderTable.h"
+#include "metadata/extract/PlainTextExtractor.h"
 #include "metadata/indexing/IndexedTree.h"
 #include "metadata/live/LiveTree.h"
 #include "metadata/live/ShippedSchema.h"
 #include "metadata/types/ShippedTypes.h"
+#include "platform/linux/CatalogueSource.h"
 #include "platform/linux/ScriptedIdentity.h"
+#include "support/ReadFile.h"
 
 namespace vt {
 namespace {
@@ -33,7 +38,8 @@ const std::vector<std::string>& everyAttribute() {
       "kMDItemKind",           "_kMDItemGroupId",       "kMDItemFSContentChangeDate",
       "kMDItemFSCreationDate", "kMDItemLastUsedDate",   "kMDItemAttributeChangeDate",
       "kMDItemFSSize",         "kMDItemPhysicalSize",   "kMDItemFSOwnerUserID",
-      "kMDItemFSNodeCount",    "kMDItemFSOwnerGroupID", "kMDItemAuthors"};
+      "kMDItemFSNodeCount",    "kMDItemFSOwnerGroupID", "kMDItemAuthors",
+      "kMDItemTitle"};
   return kList;
 }
 
@@ -52,13 +58,46 @@ class TestSource final : public IndexSource {
   }
   std::shared_ptr<const OpenIndex> freshAt(Date) override { return open_; }
   std::string whyNotAt(Date) const override { return "there is no index"; }
+  Result<std::shared_ptr<const IndexedContents>, std::string> contentsOf(
+      const OpenIndex& open) override {
+    lookedIntoAs.push_back(identity_.geteuid());
+    if (!catalogue) return std::string("the index holds no text");
+    return catalogue->contentsOf(open);
+  }
 
   std::shared_ptr<const OpenIndex> index;
+  std::optional<CatalogueSource> catalogue;
+  std::vector<std::uint32_t> lookedIntoAs;
   std::vector<std::uint32_t> refreshedAs;
 
  private:
   const Identity& identity_;
   std::shared_ptr<const OpenIndex> open_;
+};
+
+/// Takes the text of files that begin with "A" for their title.
+class TitleExtractor final : public Extractor {
+ public:
+  explicit TitleExtractor(const ContentTypes& types) : plain_(types) {}
+  static std::optional<Extractors> alone(const ContentTypes& types) {
+    std::vector<std::unique_ptr<Extractor>> list;
+    list.push_back(std::make_unique<TitleExtractor>(types));
+    return Extractors(types, std::move(list));
+  }
+
+  std::string_view name() const override { return "title"; }
+  std::uint32_t version() const override { return 1; }
+  bool takes(ContentTypeId type) const override { return plain_.takes(type); }
+  Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override {
+    Extraction found = plain_.extract(file, type).value();
+    if (!found.text->starts_with('A')) return found;
+    found.attributes = {{"kMDItemTitle", *found.text}, {"kMDItemPixelWidth", 640}};
+    found.text.reset();
+    return found;
+  }
+
+ private:
+  PlainTextExtractor plain_;
 };
 
 class IndexedMetadataIndexTest : public testing::Test {
@@ -74,6 +113,19 @@ class IndexedMetadataIndexTest : public testing::Test {
   }
 
   void buildIndex() { source_->index = IndexedTree(tree_.path(), *types_).index(); }
+
+  const IndexedTree& buildIndexWithContents(bool looksIntoFiles = true) {
+    if (!extractors_) extractors_.emplace(builtInExtractors(*types_));
+    const IndexedTree& indexed = indexed_.emplace(*types_, &*extractors_);
+    const auto done = Indexer(indexed.folder(), indexed.lock(), *types_, &*extractors_)
+                          .run({tree_.path()}, [&](const IndexingProgress& progress) {
+                            return looksIntoFiles || !progress.contents;
+                          });
+    EXPECT_TRUE(done && *done && !(*done)->contentError);
+    source_->index = indexed.index();
+    source_->catalogue.emplace(indexed.path());
+    return indexed;
+  }
 
   std::shared_ptr<MDQuery> executed(MetadataIndex& index, const std::string& text,
                                     const std::vector<std::string>& scopes,
@@ -107,6 +159,8 @@ class IndexedMetadataIndexTest : public testing::Test {
   }
 
   LiveTree tree_;
+  std::optional<Extractors> extractors_;
+  std::optional<IndexedTree> indexed_;
   std::shared_ptr<const ContentTypes> types_ = std::make_shared<const ContentTypes>(shippedTypes());
   std::shared_ptr<ScriptedIdentity> identity_ = std::make_shared<ScriptedIdentity>();
   std::shared_ptr<TestSource> source_ = std::make_shared<TestSource>(*identity_);
@@ -198,6 +252,70 @@ TEST_F(IndexedMetadataIndexTest, WalksForText) {
   const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
   EXPECT_THAT(names(*query), ElementsAre("secret.txt", "old.txt"));
   EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "the index holds no text");
+}
+
+TEST_F(IndexedMetadataIndexTest, FindsTextThatTheIndexerHasLookedInto) {
+  tree_.file("words.txt", "The budget of 2024");
+  buildIndexWithContents();
+  identity_->uid = kStranger;
+  // What is gone since proves that the index answers.
+  std::filesystem::remove(tree_ / "words.txt");
+  const auto query = executed("kMDItemTextContent == \"budget of\" || ** == \"xxxxxxxxxx*\"cd");
+  EXPECT_THAT(names(*query), ElementsAre("words.txt", "old.txt")) << "and not secret.txt";
+  const MDQueryNotes notes = index_.MDQueryCopyNotes(*query);
+  EXPECT_EQ(notes.walkedBecause, "");
+  EXPECT_EQ(notes.filesNotLookedInto, 0U);
+  EXPECT_THAT(source_->lookedIntoAs, ElementsAre(0));
+}
+
+TEST_F(IndexedMetadataIndexTest, WalksForTextThatTermsCannotTell) {
+  tree_.file("words.txt", "The budget of 2024");
+  buildIndexWithContents();
+  const auto query = executed("kMDItemTextContent == \"*dget\"");
+  EXPECT_THAT(names(*query), ElementsAre("words.txt"));
+  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause,
+            "the index finds words from their beginning, without * and ? in them");
+}
+
+TEST_F(IndexedMetadataIndexTest, CountsReadableFilesThatWereNotLookedIntoYet) {
+  buildIndexWithContents(/*looksIntoFiles=*/false);
+  identity_->uid = kStranger;
+  const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
+  EXPECT_THAT(names(*query), IsEmpty());
+  EXPECT_EQ(index_.MDQueryCopyNotes(*query).filesNotLookedInto, 2U) << "and not secret.txt";
+  const auto byName = executed("kMDItemFSName == \"old.txt\"");
+  EXPECT_EQ(index_.MDQueryCopyNotes(*byName).filesNotLookedInto, 0U);
+}
+
+TEST_F(IndexedMetadataIndexTest, TellsAttributesThatStandInFiles) {
+  extractors_ = TitleExtractor::alone(*types_);
+  tree_.file("sub/words.txt", "A title");
+  buildIndexWithContents();
+  for (const char* text :
+       {"kMDItemTitle == \"A title\"", "kMDItemPixelWidth > 600", "* == \"*title\"",
+        "** == \"title\"w", "kMDItemTitle == \"*\" && kMDItemTitle != \"x*\""}) {
+    SCOPED_TRACE(text);
+    const auto query = executed(text);
+    ASSERT_THAT(names(*query), ElementsAre("words.txt"));
+    EXPECT_EQ(index_.MDQueryGetAttributeValueOfResultAtIndex(*query, "kMDItemTitle", 0),
+              Value("A title"));
+    const auto item = index_.MDQueryGetResultAtIndex(*query, 0);
+    EXPECT_EQ(index_.MDItemCopyAttribute(*item, "kMDItemPixelWidth"), Value(640));
+    EXPECT_EQ(index_.MDItemCopyAttribute(*item, "kMDItemAuthors"), std::nullopt);
+    EXPECT_THAT(index_.MDItemCopyAttributeNames(*item), testing::Contains("kMDItemTitle"));
+    EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
+  }
+}
+
+TEST_F(IndexedMetadataIndexTest, WalksWhenTheCatalogueIsDamaged) {
+  const IndexedTree& indexed = buildIndexWithContents();
+  writeFile(indexed.path() + "/" + kCatalogueName, std::string(20'000, 'x'));
+  const auto query = executed("kMDItemTextContent == \"xxxxxxxxxx*\"");
+  EXPECT_THAT(names(*query), ElementsAre("secret.txt", "old.txt"));
+  EXPECT_THAT(index_.MDQueryCopyNotes(*query).walkedBecause, testing::HasSubstr("is damaged"));
+  const auto byName = executed("kMDItemFSName == \"old.txt\" || kMDItemTitle == 1");
+  EXPECT_THAT(names(*byName), ElementsAre("old.txt"));
+  EXPECT_EQ(index_.MDQueryCopyNotes(*byName).walkedBecause, "");
 }
 
 TEST_F(IndexedMetadataIndexTest, WalksFoldersThatTheIndexDoesNotHold) {

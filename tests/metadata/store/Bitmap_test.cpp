@@ -1,4 +1,4 @@
-#include "metadata/engine/Bitmap.h"
+#include "metadata/store/Bitmap.h"
 
 #include <gtest/gtest.h>
 

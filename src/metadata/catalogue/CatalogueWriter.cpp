@@ -1,0 +1,215 @@
+#include "metadata/catalogue/CatalogueWriter.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+#include "metadata/catalogue/AttributeBytes.h"
+#include "metadata/catalogue/CatalogueFile.h"
+
+namespace vt {
+namespace {
+
+// Fewer are not worth reading all files again.
+constexpr std::int64_t kManyForgotten = 20'000;
+
+/// All bits of a number, since the database knows signed ones alone.
+std::int64_t bitsOf(std::uint64_t number) { return static_cast<std::int64_t>(number); }
+
+/// What rows are kept under: the number of a generation may come again once an index was removed.
+std::int64_t rowsKeyOf(const SegmentIdentity& segment) { return bitsOf(segment.headChecksum); }
+
+}  // namespace
+
+Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
+    const std::string& indexFolder) {
+  Result<Database, StoreError> opened = openCatalogueForWriting(indexFolder);
+  if (!opened) return opened.error();
+  auto database = std::make_unique<Database>(std::move(opened).value());
+  Result<TextIndex, StoreError> text = TextIndex::of(*database);
+  if (!text) return text.error();
+  Statements statements;
+  StoreFailure refusal = database->prepareAll({
+      {&statements.all,
+       "SELECT number, device, inode, modified, size, extractor, extractor_version, has_text, "
+       "failure FROM content"},
+      {&statements.forget, "DELETE FROM content WHERE number = ?"},
+      {&statements.forgetAttributes, "DELETE FROM attribute WHERE content = ?"},
+      {&statements.findFile, "SELECT number FROM content WHERE device = ? AND inode = ?"},
+      {&statements.add,
+       "INSERT INTO content(device, inode, modified, size, extractor, extractor_version, has_text, "
+       "failure, reason, path) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"},
+      {&statements.addName, "INSERT INTO attribute_name(name) VALUES(?)"},
+      {&statements.findName, "SELECT id FROM attribute_name WHERE name = ?"},
+      {&statements.addAttribute, "INSERT INTO attribute(name, content, value) VALUES(?, ?, ?)"},
+      {&statements.setRows, "INSERT OR REPLACE INTO segment_rows(segment, contents) VALUES(?, ?)"},
+      {&statements.forgetRows, "DELETE FROM segment_rows WHERE segment NOT IN (?, ?)"},
+  });
+  if (refusal) return *std::move(refusal);
+  return std::unique_ptr<CatalogueWriter>(
+      new CatalogueWriter(std::move(database), std::move(text).value(), std::move(statements)));
+}
+
+CatalogueWriter::CatalogueWriter(std::unique_ptr<Database> database, TextIndex text,
+                                 Statements statements)
+    : database_(std::move(database)), text_(std::move(text)), statements_(std::move(statements)) {}
+
+CatalogueWriter::~CatalogueWriter() = default;
+
+StoreFailure CatalogueWriter::begin() {
+  if (transaction_) return std::nullopt;
+  transaction_ = std::make_unique<Transaction>(*database_);
+  return transaction_->error();
+}
+
+StoreFailure CatalogueWriter::commit() {
+  if (!transaction_) return std::nullopt;
+  StoreFailure failure = transaction_->commit();
+  transaction_.reset();
+  return failure;
+}
+
+StoreFailure CatalogueWriter::forEach(FunctionRef<void(const ContentRecord&)> visit) {
+  Statement& all = statements_.all.restart();
+  while (all.next()) {
+    ContentRecord record;
+    record.number = static_cast<ContentNumber>(all.number(0));
+    record.identity = {static_cast<std::uint64_t>(all.number(1)),
+                       static_cast<std::uint64_t>(all.number(2))};
+    record.version = {all.number(3), static_cast<std::uint64_t>(all.number(4))};
+    record.extractor = all.bytes(5);
+    record.extractorVersion = static_cast<std::uint32_t>(all.number(6));
+    record.hasText = all.number(7) != 0;
+    if (!all.isNull(8)) {
+      record.failure.emplace();
+      record.failure->kind = static_cast<ExtractionFailure::Kind>(all.number(8));
+    }
+    visit(record);
+  }
+  return all.finish();
+}
+
+StoreFailure CatalogueWriter::forgetOne(ContentNumber number) {
+  if (StoreFailure failure =
+          statements_.forgetAttributes.restart().bind(1, std::int64_t{number}).run()) {
+    return failure;
+  }
+  return statements_.forget.restart().bind(1, std::int64_t{number}).run();
+}
+
+StoreFailure CatalogueWriter::forgetFile(const ContentIdentity& identity) {
+  Statement& find = statements_.findFile.restart();
+  find.bind(1, bitsOf(identity.device)).bind(2, bitsOf(identity.inode));
+  const bool isKnown = find.next();
+  const auto number = static_cast<ContentNumber>(isKnown ? find.number(0) : 0);
+  StoreFailure failure = find.finish();
+  return failure || !isKnown ? failure : forgetOne(number);
+}
+
+Result<ContentNumber, StoreError> CatalogueWriter::add(ContentRecord record,
+                                                       const Extraction& extraction) {
+  if (StoreFailure failure = begin()) return *std::move(failure);
+  if (StoreFailure failure = forgetFile(record.identity)) return *std::move(failure);
+  Statement& add = statements_.add.restart();
+  add.bind(1, bitsOf(record.identity.device))
+      .bind(2, bitsOf(record.identity.inode))
+      .bind(3, record.version.modified)
+      .bind(4, bitsOf(record.version.sizeInBytes))
+      .bind(5, record.extractor)
+      .bind(6, std::int64_t{record.extractorVersion})
+      .bind(7, std::int64_t{extraction.text ? 1 : 0});
+  if (record.failure) {
+    add.bind(8, static_cast<std::int64_t>(record.failure->kind))
+        .bind(9, record.failure->reason)
+        .bindBytes(10, record.path);
+  }
+  if (StoreFailure failure = add.run()) return *std::move(failure);
+  const std::int64_t given = sqlite3_last_insert_rowid(database_->handle());
+  if (given >= kPendingContent) {
+    return StoreError{StoreError::Kind::kTooLarge,
+                      database_->path() + " has no more numbers for contents"};
+  }
+  const auto number = static_cast<ContentNumber>(given);
+  if (extraction.text) {
+    if (StoreFailure failure = text_.add(number, *extraction.text)) return *std::move(failure);
+  }
+  if (StoreFailure failure = addAttributes(number, extraction)) return *std::move(failure);
+  return number;
+}
+
+StoreFailure CatalogueWriter::addAttributes(ContentNumber number, const Extraction& extraction) {
+  for (const auto& [name, value] : extraction.attributes) {
+    const std::string bytes = attributeBytes(value);
+    if (bytes.empty()) continue;
+    const Result<std::int64_t, StoreError> id = idOfName(name);
+    if (!id) return id.error();
+    if (StoreFailure failure = statements_.addAttribute.restart()
+                                   .bind(1, *id)
+                                   .bind(2, std::int64_t{number})
+                                   .bindBytes(3, bytes)
+                                   .run()) {
+      return failure;
+    }
+  }
+  return std::nullopt;
+}
+
+Result<std::int64_t, StoreError> CatalogueWriter::idOfName(const std::string& name) {
+  if (const auto known = idsByName_.find(name); known != idsByName_.end()) return known->second;
+  Statement& find = statements_.findName.restart().bind(1, name);
+  const bool isKnown = find.next();
+  std::int64_t id = isKnown ? find.number(0) : 0;
+  if (StoreFailure failure = find.finish()) return *std::move(failure);
+  if (!isKnown) {
+    if (StoreFailure refused = statements_.addName.restart().bind(1, name).run()) {
+      return *std::move(refused);
+    }
+    id = sqlite3_last_insert_rowid(database_->handle());
+  }
+  idsByName_.emplace(name, id);
+  return id;
+}
+
+StoreFailure CatalogueWriter::remove(std::span<const ContentNumber> numbers) {
+  if (numbers.empty()) return std::nullopt;
+  if (StoreFailure failure = begin()) return failure;
+  for (const ContentNumber number : numbers) {
+    if (StoreFailure failure = forgetOne(number)) return failure;
+  }
+  return std::nullopt;
+}
+
+StoreFailure CatalogueWriter::setRows(const SegmentIdentity& segment,
+                                      std::span<const ContentNumber> contents,
+                                      const std::optional<SegmentIdentity>& earlier) {
+  if (StoreFailure failure = begin()) return failure;
+  const std::int64_t key = rowsKeyOf(segment);
+  const std::string_view bytes(reinterpret_cast<const char*>(contents.data()),
+                               contents.size_bytes());
+  if (StoreFailure failure = statements_.setRows.restart().bind(1, key).bindBytes(2, bytes).run()) {
+    return failure;
+  }
+  if (!earlier) return std::nullopt;
+  return statements_.forgetRows.restart().bind(1, key).bind(2, rowsKeyOf(*earlier)).run();
+}
+
+Result<bool, StoreError> CatalogueWriter::isMostlyForgotten() {
+  const auto given = database_->number("SELECT seq FROM sqlite_sequence WHERE name = 'content'");
+  if (!given) return given.error();
+  const auto kept = database_->number("SELECT count(*) FROM content");
+  if (!kept) return kept.error();
+  const std::int64_t forgotten = *given - *kept;
+  return forgotten > *kept && forgotten > kManyForgotten;
+}
+
+StoreFailure CatalogueWriter::checkText() {
+  if (StoreFailure failure = commit()) return failure;
+  return text_.check();
+}
+
+StoreFailure CatalogueWriter::mergeText() {
+  if (StoreFailure failure = commit()) return failure;
+  return text_.mergeAll();
+}
+
+}  // namespace vt

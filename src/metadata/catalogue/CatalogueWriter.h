@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_map>
+
+#include "foundation/FunctionRef.h"
+#include "foundation/Result.h"
+#include "metadata/catalogue/ContentRecord.h"
+#include "metadata/database/Database.h"
+#include "metadata/store/SegmentIdentity.h"
+#include "metadata/text/TextIndex.h"
+
+namespace vt {
+
+/// What the indexer does to a catalogue. There is one at a time: it holds the lock of the index.
+///
+/// Changes count once they are committed, all since the last commit or none. After an error nothing
+/// more can be done but to drop it; what was not committed is then undone.
+class CatalogueWriter {
+ public:
+  static Result<std::unique_ptr<CatalogueWriter>, StoreError> open(const std::string& indexFolder);
+  CatalogueWriter(const CatalogueWriter&) = delete;
+  CatalogueWriter& operator=(const CatalogueWriter&) = delete;
+  ~CatalogueWriter();
+
+  /// Hands out all records, without reasons and paths of failures.
+  StoreFailure forEach(FunctionRef<void(const ContentRecord&)> visit);
+
+  /// Keeps what was found in a file: text, attributes and `record`, whose number and hasText are
+  /// given here; or its failure. What was known of the file goes. Gives the number.
+  Result<ContentNumber, StoreError> add(ContentRecord record, const Extraction& extraction);
+
+  /// Forgets contents whose files are gone.
+  StoreFailure remove(std::span<const ContentNumber> numbers);
+
+  /// Says which content each row of a segment has. With `earlier`, the one that readers may still
+  /// have open, it forgets what was said of all others.
+  StoreFailure setRows(const SegmentIdentity& segment, std::span<const ContentNumber> contents,
+                       const std::optional<SegmentIdentity>& earlier = std::nullopt);
+
+  StoreFailure commit();
+
+  /// Whether most documents of the text index are of contents that are forgotten: it takes them up
+  /// for nothing, and only making the catalogue anew takes them out.
+  Result<bool, StoreError> isMostlyForgotten();
+
+  /// Looks through the text index for contradictions. Commits.
+  StoreFailure checkText();
+  /// See TextIndex::mergeAll(). Commits.
+  StoreFailure mergeText();
+
+ private:
+  struct Statements {
+    Statement all;
+    Statement forget;
+    Statement forgetAttributes;
+    Statement findFile;
+    Statement add;
+    Statement addName;
+    Statement findName;
+    Statement addAttribute;
+    Statement setRows;
+    Statement forgetRows;
+  };
+
+  CatalogueWriter(std::unique_ptr<Database> database, TextIndex text, Statements statements);
+
+  /// Begins a transaction unless one is under way.
+  StoreFailure begin();
+  StoreFailure forgetOne(ContentNumber number);
+  StoreFailure forgetFile(const ContentIdentity& identity);
+  StoreFailure addAttributes(ContentNumber number, const Extraction& extraction);
+  Result<std::int64_t, StoreError> idOfName(const std::string& name);
+
+  std::unique_ptr<Database> database_;
+  TextIndex text_;
+  Statements statements_;
+  std::unordered_map<std::string, std::int64_t> idsByName_;
+  std::unique_ptr<Transaction> transaction_;
+};
+
+}  // namespace vt

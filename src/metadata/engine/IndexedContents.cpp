@@ -1,0 +1,52 @@
+#include "metadata/engine/IndexedContents.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vt {
+
+Result<std::optional<IndexedContents>, StoreError> IndexedContents::of(
+    std::shared_ptr<CatalogueReader> catalogue, const SegmentIdentity& segment,
+    std::size_t rowCount) {
+  auto rows = catalogue->rowsOf(segment, rowCount);
+  if (!rows) return rows.error();
+  if (!*rows) return std::optional<IndexedContents>();
+  const Result<ContentNumber, StoreError> end = catalogue->end();
+  if (!end) return end.error();
+  Result<std::vector<std::string>, StoreError> names = catalogue->attributeNames();
+  if (!names) return names.error();
+  std::ranges::sort(*names);
+  return std::optional(
+      IndexedContents(std::move(catalogue), std::move(**rows), *end, std::move(*names)));
+}
+
+IndexedContents::IndexedContents(std::shared_ptr<CatalogueReader> catalogue,
+                                 std::vector<ContentNumber> rows, ContentNumber end,
+                                 std::vector<std::string> attributes)
+    : catalogue_(std::move(catalogue)),
+      rows_(std::move(rows)),
+      end_(end),
+      attributes_(std::move(attributes)),
+      hasPending_(std::ranges::find(rows_, kPendingContent) != rows_.end()) {}
+
+Bitmap IndexedContents::orNone(Result<Bitmap, StoreError> found) const {
+  if (found) return std::move(found).value();
+  if (!failure_) failure_ = found.error();
+  return Bitmap(end_);
+}
+
+bool IndexedContents::knowsAttribute(std::string_view name) const {
+  return std::ranges::binary_search(attributes_, name);
+}
+
+bool IndexedContents::tell(std::string_view attribute, std::size_t row, Value& value) const {
+  const ContentNumber content = rows_[row];
+  if (content == kWithoutContent || content >= end_ || !knowsAttribute(attribute)) return false;
+  Result<Value, StoreError> found = catalogue_->attribute(content, attribute);
+  // What can't be read any more is not there: the next search says why.
+  if (!found || found->isNull()) return false;
+  value = std::move(found).value();
+  return true;
+}
+
+}  // namespace vt

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "metadata/query/AttributeSchema.h"
+#include "metadata/query/Query.h"
+
+namespace vt {
+
+/// What a query asks of the contents of files.
+struct QueryContents {
+  bool asksForText = false;
+  /// Names and statuses do not tell all that it asks for: text or attributes that stand in files.
+  bool asksForContents = false;
+  /// Terms of a text index tell whether a text matches; else only the texts do.
+  bool canBeToldByTerms = true;
+};
+
+QueryContents contentsAskedBy(const query::Query& query, const query::AttributeSchema& schema);
+
+}  // namespace vt

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "foundation/Result.h"
+#include "foundation/Value.h"
+#include "metadata/types/ContentType.h"
+
+namespace vt {
+
+/// What is in a file.
+struct Extraction {
+  /// UTF-8; nothing when files of this sort have none. "" is a text without words.
+  std::optional<std::string> text;
+  /// By names of the schema ("kMDItemTitle"). Each value is text (UTF-8), a boolean, a number, a
+  /// Date or an Array of these. What a file's name and status tell is not among them.
+  std::map<std::string, Value> attributes;
+};
+
+/// Why nothing was extracted.
+struct ExtractionFailure {
+  enum class Kind : std::uint8_t {
+    kUnreadable,   ///< its disk or file system failed
+    kMalformed,    ///< it is not what its type says
+    kTooLarge,     ///< it, or what it unfolds to, exceeds a bound
+    kTimedOut,     ///< it took more than its time
+    kCrashed,      ///< it ended the process that looked into it
+    kUnavailable,  ///< the extractor itself can't work now, whatever the file
+  };
+
+  Kind kind = Kind::kMalformed;
+  std::string reason;  ///< for people, as the end of a sentence: "it ends within an object"
+
+  /// Whether the same file would fail again: it is then not tried before it has changed.
+  bool isLasting() const { return kind != Kind::kUnreadable && kind != Kind::kUnavailable; }
+};
+
+/// Looks into files of certain types. Used by the indexer alone, one thread at a time.
+class Extractor {
+ public:
+  virtual ~Extractor() = default;
+
+  /// What the catalogue calls it: a word, the same for ever.
+  virtual std::string_view name() const = 0;
+  /// Goes up whenever it finds other things in the same bytes: all its files are then read again.
+  virtual std::uint32_t version() const = 0;
+
+  /// Whether it looks into regular files of the type, a number of the table that it was made with.
+  virtual bool takes(ContentTypeId type) const = 0;
+
+  /// What is in the open regular file, which is of a type that it takes. The descriptor is at the
+  /// beginning, for reading alone, and stays the caller's. The bytes may be of anyone's making:
+  /// time and memory must be bounded whatever they are. The file may change meanwhile.
+  virtual Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) = 0;
+};
+
+}  // namespace vt

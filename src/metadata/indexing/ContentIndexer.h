@@ -1,0 +1,70 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "foundation/FunctionRef.h"
+#include "metadata/catalogue/CatalogueWriter.h"
+#include "metadata/catalogue/ContentRecord.h"
+#include "metadata/crawl/FolderOpener.h"
+#include "metadata/extract/Extractors.h"
+#include "metadata/live/FileStatus.h"
+#include "metadata/store/Segment.h"
+#include "metadata/types/ContentTypes.h"
+
+namespace vt {
+
+/// How far the looking into files has come.
+struct ContentCounts {
+  std::uint64_t expected = 0;  ///< files that were to be looked into
+  std::uint64_t done = 0;      ///< of them
+  std::uint64_t failures = 0;  ///< of those: nothing could be found out
+  std::uint64_t vanished = 0;  ///< of those: gone, or no files of the sort by now
+};
+
+/// Looks into the files of a segment that are still to be looked into, and keeps what it finds in
+/// the catalogue, where searches see it some seconds later.
+class ContentIndexer {
+ public:
+  /// Is told at the beginning and then some times a second how far it has come; ends the run by
+  /// answering false.
+  using Progress = FunctionRef<bool(const ContentCounts&)>;
+
+  /// Borrows all for its life. `contents` has that of each row of the segment, as the catalogue was
+  /// told; it is kept up to date.
+  ContentIndexer(CatalogueWriter& catalogue, const Extractors& extractors,
+                 const ContentTypes& types, const Segment& segment,
+                 std::vector<ContentNumber>& contents);
+
+  /// Looks into the files, folder by folder, the newest of each first. What was done until it ended
+  /// or failed stays, but for the last seconds before a failure.
+  StoreFailure run(Progress progress);
+
+  const ContentCounts& counts() const { return counts_; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  std::vector<std::uint32_t> pendingRows() const;
+  std::string pathOf(std::uint32_t folder) const;
+  StoreFailure lookInto(int folder, const std::string& folderPath, std::uint32_t row);
+  StoreFailure extract(int file, const FileStatus& status, const std::string& path,
+                       std::uint32_t row);
+  StoreFailure commit();
+
+  CatalogueWriter& catalogue_;
+  const Extractors& extractors_;
+  const Segment& segment_;
+  std::vector<ContentNumber>& contents_;
+  std::vector<std::optional<ContentTypeId>> types_;  // by the segment's numbers
+  FolderOpener opener_;
+  // Files with several names that were looked into: one look is enough.
+  std::unordered_map<ContentIdentity, ContentNumber, ContentIdentityHash> linked_;
+  ContentCounts counts_;
+};
+
+}  // namespace vt

@@ -1,0 +1,81 @@
+#include "metadata/indexing/ContentRun.h"
+
+#include <utility>
+
+#include "metadata/catalogue/CatalogueFile.h"
+
+namespace vt {
+namespace {
+
+// Fewer new texts are not worth merging them with all others.
+constexpr std::uint64_t kManyNewContents = 20'000;
+
+bool isOfNoUse(const StoreError& error) {
+  return error.kind == StoreError::Kind::kDamaged || error.kind == StoreError::Kind::kOtherKind;
+}
+
+}  // namespace
+
+ContentRun::ContentRun(const IndexFolder& folder, const Extractors& extractors)
+    : folder_(folder), extractors_(extractors) {
+  StoreFailure failure = open();
+  if (failure && isOfNoUse(*failure)) {
+    distrusted_ = *std::exchange(failure, removeCatalogue(folder.path()));
+    if (!failure) failure = open();
+  }
+  if (failure) fail(*std::move(failure));
+}
+
+StoreFailure ContentRun::open() {
+  rows_.reset();
+  catalogue_.reset();
+  Result<std::unique_ptr<CatalogueWriter>, StoreError> opened =
+      CatalogueWriter::open(folder_.path());
+  if (!opened) return opened.error();
+  const Result<bool, StoreError> isMostlyForgotten = (*opened)->isMostlyForgotten();
+  if (!isMostlyForgotten) return isMostlyForgotten.error();
+  if (*isMostlyForgotten) {
+    return damageError(folder_.path() + "/" + kCatalogueName,
+                       "it is mostly of files that are gone");
+  }
+  Result<RowContents, StoreError> rows = RowContents::of(**opened, extractors_);
+  if (!rows) return rows.error();
+  rows_ = std::move(rows).value();
+  catalogue_ = std::move(opened).value();
+  return std::nullopt;
+}
+
+void ContentRun::fail(StoreError error) {
+  rows_.reset();
+  catalogue_.reset();
+  // What is damaged now is of no use to the next run, which would find out no sooner.
+  if (error.kind == StoreError::Kind::kDamaged) {
+    static_cast<void>(removeCatalogue(folder_.path()));
+  }
+  error_ = std::move(error);
+}
+
+void ContentRun::announce(const SegmentIdentity& segment, std::span<const std::uint32_t> rows,
+                          const std::optional<SegmentIdentity>& earlier) {
+  if (!rows_) return;
+  contents_ = rows_->contentsOf(rows);
+  StoreFailure failure = catalogue_->setRows(segment, contents_, earlier);
+  if (!failure) failure = catalogue_->commit();
+  if (failure) fail(*std::move(failure));
+}
+
+ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTypes& types,
+                                        bool hasSeenAll, ContentIndexer::Progress progress) {
+  if (!rows_) return {};
+  const std::vector<ContentNumber> unseen = rows_->unseen();
+  rows_.reset();  // the memory is needed elsewhere
+  ContentIndexer indexer(*catalogue_, extractors_, types, segment, contents_);
+  StoreFailure failure;
+  if (hasSeenAll) failure = catalogue_->remove(unseen);
+  if (!failure) failure = indexer.run(progress);
+  if (!failure && indexer.counts().done > kManyNewContents) failure = catalogue_->mergeText();
+  if (failure) fail(*std::move(failure));
+  return indexer.counts();
+}
+
+}  // namespace vt
