@@ -12,6 +12,11 @@ void refuseArgument(VALUE ruby, VALUE wantedClass) {
 
 std::vector<std::string> textsFromRuby(VALUE ruby) {
   std::vector<std::string> texts;
+  if (RB_TYPE_P(ruby, T_ARRAY)) {  // its Strings may be paths, which a Value would not take as text
+    for (long i = 0; i < RARRAY_LEN(ruby); ++i)
+      texts.push_back(textFromRuby(rb_ary_entry(ruby, i)));
+    return texts;
+  }
   const std::shared_ptr<Array> array = arrayFromRuby(ruby);
   if (!array) return texts;
   for (const Value& element : *array) {

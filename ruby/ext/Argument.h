@@ -110,6 +110,10 @@ struct Argument<std::vector<std::string>>
     : ConvertedArgument<std::vector<std::string>, textsFromRuby> {
   using ConvertedArgument::ConvertedArgument;
 };
+template <>
+struct Argument<const std::vector<std::string>&> : Argument<std::vector<std::string>> {
+  using Argument<std::vector<std::string>>::Argument;
+};
 
 template <>
 struct Argument<std::string_view> {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "Outcome.h"
 
@@ -38,23 +39,28 @@ void withoutInterpreterLock(void (*work)(void* argument), void* argument);
 /// What `call` answers, run by withoutInterpreterLock(); throws what it throws.
 template <class Call>
 auto callWithoutInterpreterLock(Call& call) {
+  using Answer = std::invoke_result_t<Call&>;
   struct Job {
     Call* call;
-    std::invoke_result_t<Call&> answer;
+    std::conditional_t<std::is_void_v<Answer>, std::monostate, Answer> answer;
     std::exception_ptr error;
   } job{&call, {}, nullptr};
   withoutInterpreterLock(
       [](void* pointer) {
         Job& running = *static_cast<Job*>(pointer);
         try {
-          running.answer = (*running.call)();
+          if constexpr (std::is_void_v<Answer>) {
+            (*running.call)();
+          } else {
+            running.answer = (*running.call)();
+          }
         } catch (...) {
           running.error = std::current_exception();
         }
       },
       &job);
   if (job.error) std::rethrow_exception(job.error);
-  return std::move(job.answer);
+  if constexpr (!std::is_void_v<Answer>) return std::move(job.answer);
 }
 
 /// Lets go of `object` now, or, while the library is held, as soon as it is free: the end of an

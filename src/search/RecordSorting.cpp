@@ -1,11 +1,13 @@
 #include "search/RecordSorting.h"
 
-#include <unicode/coll.h>
-#include <unicode/unistr.h>
-
 #include <algorithm>
+#include <array>
+#include <memory>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "util/ICU.h"
 
 namespace vt {
 namespace {
@@ -14,35 +16,61 @@ namespace {
 class CollationKeys {
  public:
   CollationKeys() {
-    const icu::Locale& language = icu::Locale::getDefault();
-    // The C locale comes as a POSIX variant that orders by code point; people expect words.
-    const bool isC = std::string_view(language.getVariant()) == "POSIX";
+    const char* language = icu().uloc_getDefault();
+    std::array<char, ULOC_FULLNAME_CAPACITY> variant{};
     UErrorCode status = U_ZERO_ERROR;
-    collator_.reset(icu::Collator::createInstance(isC ? icu::Locale::getRoot() : language, status));
+    icu().uloc_getVariant(language, variant.data(), static_cast<std::int32_t>(variant.size()),
+                          &status);
+    // The C locale comes as a POSIX variant that orders by code point; people expect words.
+    const bool isC = std::string_view(variant.data()) == "POSIX";
+    status = U_ZERO_ERROR;
+    collator_.reset(icu().ucol_open(isC ? "" : language, &status));
     if (U_FAILURE(status)) {
       collator_.reset();
     } else {
-      collator_->setStrength(icu::Collator::SECONDARY);
+      icu().ucol_setStrength(collator_.get(), UCOL_SECONDARY);
     }
   }
 
   /// The text itself when the collation data is missing.
   std::string keyFor(const std::string& text) {
     if (!collator_) return text;
-    const icu::UnicodeString wide = icu::UnicodeString::fromUTF8(text);
-    std::int32_t length = collator_->getSortKey(wide, buffer_.data(), capacity());
-    if (length > capacity()) {
-      buffer_.resize(static_cast<std::size_t>(length));
-      length = collator_->getSortKey(wide, buffer_.data(), capacity());
+    const std::span<const UChar> wide = widened(text);
+    std::int32_t length = writeKey(wide);
+    if (static_cast<std::size_t>(length) > key_.size()) {
+      key_.resize(static_cast<std::size_t>(length));
+      length = writeKey(wide);
     }
-    return {buffer_.begin(), buffer_.begin() + length};
+    return {key_.begin(), key_.begin() + length};
   }
 
  private:
-  std::int32_t capacity() const { return static_cast<std::int32_t>(buffer_.size()); }
+  struct Close {
+    void operator()(UCollator* collator) const { icu().ucol_close(collator); }
+  };
 
-  std::unique_ptr<icu::Collator> collator_;
-  std::vector<std::uint8_t> buffer_ = std::vector<std::uint8_t>(256);
+  /// As UTF-16, until the next call; what is not UTF-8 is replaced.
+  std::span<const UChar> widened(const std::string& text) {
+    constexpr UChar32 kReplacement = 0xFFFD;
+    wide_.resize(std::max(wide_.size(), text.size()));  // it has no more units than bytes
+    std::int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    icu().u_strFromUTF8WithSub(wide_.data(), static_cast<std::int32_t>(wide_.size()), &length,
+                               text.data(), static_cast<std::int32_t>(text.size()), kReplacement,
+                               nullptr, &status);
+    return std::span(wide_).first(U_SUCCESS(status) ? static_cast<std::size_t>(length) : 0);
+  }
+
+  /// How long the key is, which is cut where the buffer ends.
+  std::int32_t writeKey(std::span<const UChar> text) {
+    return icu().ucol_getSortKey(collator_.get(), text.data(),
+                                 static_cast<std::int32_t>(text.size()), key_.data(),
+                                 static_cast<std::int32_t>(key_.size()));
+  }
+
+  std::unique_ptr<UCollator, Close> collator_;
+  std::vector<UChar> wide_;
+  std::vector<std::uint8_t> key_ = std::vector<std::uint8_t>(256);
 };
 
 struct Row {

@@ -1,7 +1,5 @@
 #include "util/CocoaCryptoHashing.h"
 
-#include <openssl/evp.h>
-
 #include <stdexcept>
 
 #include "foundation/UTF8.h"
@@ -14,8 +12,8 @@ namespace {
 Data digest(const char* name, const std::uint8_t* bytes, std::size_t size) {
   unsigned char result[EVP_MAX_MD_SIZE];
   std::size_t length = 0;
-  if (EVP_Q_digest(CryptoLibrary::shared()->context(), name, nullptr, bytes, size, result,
-                   &length) != 1) {
+  if (openssl().EVP_Q_digest(CryptoLibrary::shared()->context(), name, nullptr, bytes, size, result,
+                             &length) != 1) {
     throw std::runtime_error(std::string("OpenSSL has no ") + name);
   }
   return Data(std::vector<std::uint8_t>(result, result + length));

@@ -1,16 +1,13 @@
 #include "util/CryptoLibrary.h"
 
-#include <openssl/crypto.h>
-#include <openssl/err.h>
-
 #include "platform/Platform.h"
 
 namespace vt {
 namespace {
 
 bool needsKeyAndVectorAlone(const EVP_CIPHER* cipher) {
-  if ((EVP_CIPHER_get_flags(cipher) & EVP_CIPH_FLAG_AEAD_CIPHER) != 0) return false;
-  switch (EVP_CIPHER_get_mode(cipher)) {
+  if ((openssl().EVP_CIPHER_get_flags(cipher) & EVP_CIPH_FLAG_AEAD_CIPHER) != 0) return false;
+  switch (openssl().EVP_CIPHER_get_mode(cipher)) {
     case EVP_CIPH_CBC_MODE:
     case EVP_CIPH_ECB_MODE:
     case EVP_CIPH_CFB_MODE:
@@ -30,28 +27,30 @@ std::shared_ptr<CryptoLibrary> CryptoLibrary::shared() {
       [] { return std::make_shared<CryptoLibrary>(); });
 }
 
-CryptoLibrary::CryptoLibrary() : context_(OSSL_LIB_CTX_new()) {
+CryptoLibrary::CryptoLibrary() : context_(openssl().OSSL_LIB_CTX_new()) {
   const OpenSSLErrorsKept errors;
-  default_.reset(OSSL_PROVIDER_load(context_.get(), "default"));
-  legacy_.reset(OSSL_PROVIDER_load(context_.get(), "legacy"));
+  default_.reset(openssl().OSSL_PROVIDER_load(context_.get(), "default"));
+  legacy_.reset(openssl().OSSL_PROVIDER_load(context_.get(), "legacy"));
 }
 
 CipherHandle CryptoLibrary::cipherNamed(const std::string& name) const {
   const OpenSSLErrorsKept errors;
   // The aliases ("blowfish", "aes128") are known to the table of names only.
-  const EVP_CIPHER* known = EVP_get_cipherbyname(name.c_str());
+  const EVP_CIPHER* known = openssl().EVP_get_cipherbyname(name.c_str());
   if (known == nullptr || !needsKeyAndVectorAlone(known)) return nullptr;
-  return CipherHandle(EVP_CIPHER_fetch(context_.get(), EVP_CIPHER_get0_name(known), nullptr));
+  return CipherHandle(
+      openssl().EVP_CIPHER_fetch(context_.get(), openssl().EVP_CIPHER_get0_name(known), nullptr));
 }
 
 DigestHandle CryptoLibrary::digestNamed(const std::string& name) const {
   const OpenSSLErrorsKept errors;
-  const EVP_MD* known = EVP_get_digestbyname(name.c_str());
+  const EVP_MD* known = openssl().EVP_get_digestbyname(name.c_str());
   if (known == nullptr) return nullptr;
-  return DigestHandle(EVP_MD_fetch(context_.get(), EVP_MD_get0_name(known), nullptr));
+  return DigestHandle(
+      openssl().EVP_MD_fetch(context_.get(), openssl().EVP_MD_get0_name(known), nullptr));
 }
 
-OpenSSLErrorsKept::OpenSSLErrorsKept() { ERR_set_mark(); }
-OpenSSLErrorsKept::~OpenSSLErrorsKept() { ERR_pop_to_mark(); }
+OpenSSLErrorsKept::OpenSSLErrorsKept() { openssl().ERR_set_mark(); }
+OpenSSLErrorsKept::~OpenSSLErrorsKept() { openssl().ERR_pop_to_mark(); }
 
 }  // namespace vt

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <openssl/evp.h>
-#include <openssl/provider.h>
-#include <openssl/types.h>
-
 #include <memory>
 #include <string>
+
+#include "util/OpenSSL.h"
 
 namespace vt {
 
@@ -14,14 +12,15 @@ template <auto Release>
 struct OpenSSLRelease {
   template <class Handle>
   void operator()(Handle* handle) const {
-    Release(handle);
+    (openssl().*Release)(handle);
   }
 };
 
-using CipherHandle = std::unique_ptr<EVP_CIPHER, OpenSSLRelease<EVP_CIPHER_free>>;
-using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, OpenSSLRelease<EVP_CIPHER_CTX_free>>;
-using DigestHandle = std::unique_ptr<EVP_MD, OpenSSLRelease<EVP_MD_free>>;
-using DigestContext = std::unique_ptr<EVP_MD_CTX, OpenSSLRelease<EVP_MD_CTX_free>>;
+using CipherHandle = std::unique_ptr<EVP_CIPHER, OpenSSLRelease<&OpenSSL::EVP_CIPHER_free>>;
+using CipherContext =
+    std::unique_ptr<EVP_CIPHER_CTX, OpenSSLRelease<&OpenSSL::EVP_CIPHER_CTX_free>>;
+using DigestHandle = std::unique_ptr<EVP_MD, OpenSSLRelease<&OpenSSL::EVP_MD_free>>;
+using DigestContext = std::unique_ptr<EVP_MD_CTX, OpenSSLRelease<&OpenSSL::EVP_MD_CTX_free>>;
 
 /// OpenSSL with its default and its legacy algorithms, Blowfish among them, in a context of its
 /// own: loading the legacy ones into the process's context would switch its default ones off.
@@ -44,8 +43,8 @@ class CryptoLibrary {
   OSSL_LIB_CTX* context() const { return context_.get(); }
 
  private:
-  using Context = std::unique_ptr<OSSL_LIB_CTX, OpenSSLRelease<OSSL_LIB_CTX_free>>;
-  using Provider = std::unique_ptr<OSSL_PROVIDER, OpenSSLRelease<OSSL_PROVIDER_unload>>;
+  using Context = std::unique_ptr<OSSL_LIB_CTX, OpenSSLRelease<&OpenSSL::OSSL_LIB_CTX_free>>;
+  using Provider = std::unique_ptr<OSSL_PROVIDER, OpenSSLRelease<&OpenSSL::OSSL_PROVIDER_unload>>;
 
   Context context_;
   Provider default_;  // null when it could not be loaded: its algorithms are then unknown

@@ -1,8 +1,6 @@
 #include "util/HexDump.h"
 
 #include <fmt/format.h>
-#include <openssl/bio.h>
-#include <openssl/evp.h>
 
 #include <algorithm>
 #include <array>
@@ -15,7 +13,7 @@
 namespace vt {
 namespace {
 
-using BioChain = std::unique_ptr<BIO, OpenSSLRelease<BIO_free_all>>;
+using BioChain = std::unique_ptr<BIO, OpenSSLRelease<&OpenSSL::BIO_free_all>>;
 
 constexpr std::size_t kLongestLine = 1023;  // of a longer one the filter silently drops the head
 constexpr std::size_t kBytesInLine = 16;
@@ -23,9 +21,9 @@ constexpr std::size_t kChunk = 512;
 
 /// The Base64 filter over `end`, which it takes over.
 BioChain filterOver(BIO* end, bool newlines) {
-  BIO* filter = BIO_new(BIO_f_base64());
-  if (!newlines) BIO_set_flags(filter, BIO_FLAGS_BASE64_NO_NL);
-  return BioChain(BIO_push(filter, end));
+  BIO* filter = openssl().BIO_new(openssl().BIO_f_base64());
+  if (!newlines) openssl().BIO_set_flags(filter, BIO_FLAGS_BASE64_NO_NL);
+  return BioChain(openssl().BIO_push(filter, end));
 }
 
 bool hasOverlongLine(std::string_view text) {
@@ -50,17 +48,18 @@ std::string encodeBase64(const Data& bytes) {
 
 std::string encodeBase64WithNewlines(const Data& bytes, bool newlines) {
   const OpenSSLErrorsKept errors;
-  BIO* const sink = BIO_new(BIO_s_mem());
+  BIO* const sink = openssl().BIO_new(openssl().BIO_s_mem());
   const BioChain chain = filterOver(sink, newlines);
   for (std::size_t written = 0; written < bytes.size();) {
     std::size_t taken = 0;
     const std::size_t left = bytes.size() - written;
-    if (BIO_write_ex(chain.get(), bytes.bytes().data() + written, left, &taken) != 1) break;
+    if (openssl().BIO_write_ex(chain.get(), bytes.bytes().data() + written, left, &taken) != 1)
+      break;
     written += taken;
   }
-  static_cast<void>(BIO_flush(chain.get()));
+  static_cast<void>(openssl().BIO_ctrl(chain.get(), BIO_CTRL_FLUSH, 0, nullptr));
   char* text = nullptr;
-  const long length = BIO_get_mem_data(sink, &text);
+  const long length = openssl().BIO_ctrl(sink, BIO_CTRL_INFO, 0, static_cast<void*>(&text));
   return length > 0 ? std::string(text, static_cast<std::size_t>(length)) : std::string();
 }
 
@@ -72,12 +71,13 @@ Data decodeBase64WithNewLines(const Data& text, bool newLines) {
   if (newLines && hasOverlongLine(characters)) return {};
   if (text.empty() || text.size() > std::numeric_limits<int>::max()) return {};
   const OpenSSLErrorsKept errors;
-  const BioChain chain =
-      filterOver(BIO_new_mem_buf(text.bytes().data(), static_cast<int>(text.size())), newLines);
+  const BioChain chain = filterOver(
+      openssl().BIO_new_mem_buf(text.bytes().data(), static_cast<int>(text.size())), newLines);
   std::vector<std::uint8_t> bytes;
   std::array<std::uint8_t, kChunk> chunk{};
   std::size_t length = 0;
-  while (BIO_read_ex(chain.get(), chunk.data(), chunk.size(), &length) == 1 && length > 0) {
+  while (openssl().BIO_read_ex(chain.get(), chunk.data(), chunk.size(), &length) == 1 &&
+         length > 0) {
     bytes.insert(bytes.end(), chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(length));
   }
   return Data(std::move(bytes));

@@ -1,7 +1,5 @@
 #include "util/SSCrypto.h"
 
-#include <openssl/rand.h>
-
 #include <exception>
 #include <limits>
 #include <new>
@@ -116,19 +114,19 @@ std::optional<Data> SSCrypto::digest(const std::optional<std::string>& digestNam
   const OpenSSLErrorsKept errors;
   const std::string name = digestName.value_or("MD5");
   const DigestHandle algorithm = CryptoLibrary::shared()->digestNamed(name);
-  const DigestContext context(EVP_MD_CTX_new());
-  if (!algorithm || EVP_DigestInit_ex2(context.get(), algorithm.get(), nullptr) != 1) {
+  const DigestContext context(openssl().EVP_MD_CTX_new());
+  if (!algorithm || openssl().EVP_DigestInit_ex2(context.get(), algorithm.get(), nullptr) != 1) {
     NSLog("cannot get digest with name %@", name);
     return std::nullopt;
   }
   const Data& text = *clearText_.data();
-  if (EVP_DigestUpdate(context.get(), text.bytes().data(), text.size()) != 1) {
+  if (openssl().EVP_DigestUpdate(context.get(), text.bytes().data(), text.size()) != 1) {
     NSLog("EVP_DigestUpdate() failed!");
     return std::nullopt;
   }
   std::vector<std::uint8_t> result(EVP_MAX_MD_SIZE);
   unsigned int length = 0;
-  if (EVP_DigestFinal_ex(context.get(), result.data(), &length) != 1) {
+  if (openssl().EVP_DigestFinal_ex(context.get(), result.data(), &length) != 1) {
     NSLog("EVP_DigesttFinal() failed!");
     return std::nullopt;
   }
@@ -139,8 +137,8 @@ std::optional<Data> SSCrypto::digest(const std::optional<std::string>& digestNam
 std::optional<Data> SSCrypto::getKeyDataWithLength(std::uint64_t length) {
   const OpenSSLErrorsKept errors;
   std::vector<std::uint8_t> key = keyBuffer(length);
-  if (RAND_bytes_ex(CryptoLibrary::shared()->context(), key.data(), key.size(), /*strength=*/0) !=
-      1) {
+  if (openssl().RAND_bytes_ex(CryptoLibrary::shared()->context(), key.data(), key.size(),
+                              /*strength=*/0) != 1) {
     return std::nullopt;
   }
   return Data(std::move(key));
@@ -160,10 +158,10 @@ std::optional<Data> SSCrypto::getKeyDataWithLength(std::uint64_t length,
   if (length < 1 || length > kMost || iterations < 1 || iterations > kMost) return std::nullopt;
   const OpenSSLErrorsKept errors;
   std::vector<std::uint8_t> key = keyBuffer(length);
-  if (PKCS5_PBKDF2_HMAC_SHA1(password.data(), static_cast<int>(password.size()),
-                             reinterpret_cast<const unsigned char*>(salt.data()),
-                             static_cast<int>(salt.size()), static_cast<int>(iterations),
-                             static_cast<int>(length), key.data()) != 1) {
+  if (openssl().PKCS5_PBKDF2_HMAC_SHA1(password.data(), static_cast<int>(password.size()),
+                                       reinterpret_cast<const unsigned char*>(salt.data()),
+                                       static_cast<int>(salt.size()), static_cast<int>(iterations),
+                                       static_cast<int>(length), key.data()) != 1) {
     return std::nullopt;
   }
   return Data(std::move(key));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <openssl/crypto.h>
+#include <string.h>  // explicit_bzero
 
 #include <optional>
 #include <utility>
@@ -27,7 +27,7 @@ class SecureBytes {
 
  private:
   void wipe() {
-    if (data_) OPENSSL_cleanse(data_->bytes().data(), data_->size());
+    if (data_) explicit_bzero(data_->bytes().data(), data_->size());
   }
 
   std::optional<Data> data_;

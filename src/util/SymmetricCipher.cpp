@@ -1,6 +1,6 @@
 #include "util/SymmetricCipher.h"
 
-#include <openssl/crypto.h>
+#include <string.h>  // explicit_bzero
 
 #include <algorithm>
 #include <array>
@@ -25,8 +25,8 @@ struct DerivedKey {
   DerivedKey(const DerivedKey&) = delete;
   DerivedKey& operator=(const DerivedKey&) = delete;
   ~DerivedKey() {
-    OPENSSL_cleanse(key.data(), key.size());
-    OPENSSL_cleanse(vector.data(), vector.size());
+    explicit_bzero(key.data(), key.size());
+    explicit_bzero(vector.data(), vector.size());
   }
 
   std::array<std::uint8_t, EVP_MAX_KEY_LENGTH> key{};
@@ -36,9 +36,9 @@ struct DerivedKey {
 bool derive(DerivedKey& derived, const CryptoLibrary& library, const EVP_CIPHER* cipher,
             const Data& material, const std::uint8_t* salt) {
   const DigestHandle md5 = library.digestNamed("MD5");
-  return md5 && EVP_BytesToKey(cipher, md5.get(), salt, material.bytes().data(),
-                               static_cast<int>(material.size()), /*count=*/1, derived.key.data(),
-                               derived.vector.data()) > 0;
+  return md5 && openssl().EVP_BytesToKey(cipher, md5.get(), salt, material.bytes().data(),
+                                         static_cast<int>(material.size()), /*count=*/1,
+                                         derived.key.data(), derived.vector.data()) > 0;
 }
 
 /// What each step says when it fails.
@@ -58,22 +58,22 @@ enum class Direction : int { kDecipher = 0, kEncipher = 1 };
 std::optional<Data> run(Direction direction, const EVP_CIPHER* cipher, const DerivedKey& derived,
                         Bytes input) {
   const StepTexts& texts = direction == Direction::kEncipher ? kEncryptTexts : kDecryptTexts;
-  const CipherContext context(EVP_CIPHER_CTX_new());
-  if (EVP_CipherInit_ex2(context.get(), cipher, derived.key.data(), derived.vector.data(),
-                         static_cast<int>(direction), nullptr) != 1) {
+  const CipherContext context(openssl().EVP_CIPHER_CTX_new());
+  if (openssl().EVP_CipherInit_ex2(context.get(), cipher, derived.key.data(), derived.vector.data(),
+                                   static_cast<int>(direction), nullptr) != 1) {
     NSLog(texts.init);
     return std::nullopt;
   }
   std::vector<std::uint8_t> output(input.size() + EVP_MAX_BLOCK_LENGTH);
   int written = 0;
-  if (EVP_CipherUpdate(context.get(), output.data(), &written, input.data(),
-                       static_cast<int>(input.size())) != 1) {
+  if (openssl().EVP_CipherUpdate(context.get(), output.data(), &written, input.data(),
+                                 static_cast<int>(input.size())) != 1) {
     NSLog(texts.update);
     return std::nullopt;
   }
   int last = 0;
-  if (EVP_CipherFinal_ex(context.get(), output.data() + written, &last) != 1) {
-    OPENSSL_cleanse(output.data(), output.size());
+  if (openssl().EVP_CipherFinal_ex(context.get(), output.data() + written, &last) != 1) {
+    explicit_bzero(output.data(), output.size());
     NSLog(texts.final);
     return std::nullopt;
   }

@@ -14,6 +14,7 @@ using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::UnorderedElementsAre;
 
 class SearchCommand : public CommandTest {
  protected:
@@ -56,6 +57,37 @@ TEST_F(SearchCommand, PrintsTheRecordOfEachFileAsJSON) {
   EXPECT_EQ(item["kMDItemContentTypeTree"][0], "com.adobe.pdf");
   EXPECT_EQ(item["kMDItemFSSize"], 12);
   EXPECT_TRUE(item.contains("kMDItemLastUsedDate"));
+}
+
+TEST_F(SearchCommand, PrintsJSONLaidOutInLines) {
+  const std::string path = addFile("a.pdf");
+  const std::string output = search({"--json", "--raw", "kMDItemFSName == \"a.pdf\""}).output;
+  EXPECT_EQ(output, nlohmann::ordered_json::parse(output).dump(2) + "\n");
+  const std::string nothing = search({"--json", "--raw", "false"}).output;
+  EXPECT_THAT(nothing, HasSubstr("\n  \"groups\": []\n}\n"));
+}
+
+TEST_F(SearchCommand, EscapesWhatJSONCannotHold) {
+  const std::string names[] = {"tab\t line\n quote\" back\\slash \x01\x1f\x7f.pdf", "\xC3\xA4.pdf",
+                               "\xE4.pdf"};
+  for (const std::string& name : names) addFile(name);
+  const json report = searchJSON({"kMDItemFSName == \"*.pdf\""});
+  EXPECT_THAT(SearchCommand::names(report["groups"][0]),
+              UnorderedElementsAre(names[0], names[1], "\xEF\xBF\xBD.pdf"));
+}
+
+TEST_F(SearchCommand, TellsDatesOfAllYears) {
+  const std::string path = addFile("a.pdf");
+  for (const auto& [time, text] : {std::pair<std::time_t, std::string>{0, "1970-01-01T00:00:00Z"},
+                                   {-1, "1969-12-31T23:59:59Z"},
+                                   {951782399, "2000-02-28T23:59:59Z"},
+                                   {4107542399, "2100-02-28T23:59:59Z"}}) {
+    SCOPED_TRACE(text);
+    const utimbuf times{time, time};
+    utime(path.c_str(), &times);
+    const json report = searchJSON({"kMDItemFSName == \"a.pdf\""});
+    EXPECT_EQ(report["groups"][0]["items"][0]["kMDItemContentModificationDate"], text);
+  }
 }
 
 TEST_F(SearchCommand, EndsWithOneWhenNothingIsFound) {

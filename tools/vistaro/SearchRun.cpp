@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -89,7 +90,7 @@ int runSearch(const SearchOptions& options) {
         const SearchReport report = search(options);
         const std::string text =
             options.json ? jsonReport(report) : textReport(report, Terminal::standardOutput());
-        fmt::print("{}", text);
+        std::fwrite(text.data(), 1, text.size(), stdout);
         return report.count() > 0 ? kFound : kNothingFound;
       },
       /*showsLog=*/options.verbose);

@@ -15,16 +15,21 @@ constexpr std::string_view kHeader =
 constexpr std::size_t kColumns = 6;
 constexpr std::size_t kMostTypes = std::numeric_limits<ContentTypeId>::max();
 
-/// The pieces between separators; none for an empty text.
-std::vector<std::string_view> split(std::string_view text, char separator) {
-  std::vector<std::string_view> pieces;
-  if (text.empty()) return pieces;
-  for (;;) {
-    const std::size_t end = text.find(separator);
-    pieces.push_back(text.substr(0, end));
-    if (end == std::string_view::npos) return pieces;
-    text.remove_prefix(end + 1);
-  }
+/// The piece up to the next separator, which is taken off `text` together with it.
+std::string_view takePiece(std::string_view& text, char separator) {
+  const std::size_t end = std::min(text.find(separator), text.size());
+  const std::string_view piece = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return piece;
+}
+
+/// Calls `use` with each piece between commas; never for an empty text.
+template <class Use>
+void forEachListed(std::string_view text, const Use& use) {
+  if (text.empty()) return;
+  const bool hasEmptyLast = text.back() == ',';
+  while (!text.empty()) use(takePiece(text, ','));
+  if (hasEmptyLast) use(std::string_view());
 }
 
 }  // namespace
@@ -51,9 +56,7 @@ bool ContentTypesParser::readRows(std::string_view tsv) {
   table_.byIdentifier_.reserve(lines);
   rows_.reserve(lines);
   while (!tsv.empty()) {
-    const std::size_t end = std::min(tsv.find('\n'), tsv.size());
-    const std::string_view line = tsv.substr(0, end);
-    tsv.remove_prefix(std::min(end + 1, tsv.size()));
+    const std::string_view line = takePiece(tsv, '\n');
     ++line_;
     if (line_ == 1) {
       if (line != kHeader) return fail(line_, "its first line does not name the columns");
@@ -65,28 +68,35 @@ bool ContentTypesParser::readRows(std::string_view tsv) {
 }
 
 bool ContentTypesParser::readRow(std::string_view line) {
-  const std::vector<std::string_view> fields = split(line, '\t');
-  if (fields.size() != kColumns) return fail(line_, "a row has not six columns");
-  if (fields[0].empty()) return fail(line_, "a row has no identifier");
+  if (std::ranges::count(line, '\t') != kColumns - 1) {
+    return fail(line_, "a row has not six columns");
+  }
+  const std::string_view identifier = takePiece(line, '\t');
+  const std::string_view parents = takePiece(line, '\t');
+  const std::string_view extensions = takePiece(line, '\t');
+  const std::string_view mimeTypes = takePiece(line, '\t');
+  const std::string_view description = takePiece(line, '\t');
+  if (identifier.empty()) return fail(line_, "a row has no identifier");
   if (table_.types_.size() == kMostTypes) return fail(line_, "it has too many rows");
 
   const auto id = static_cast<ContentTypeId>(table_.types_.size());
-  if (!table_.byIdentifier_.emplace(asciiLowercase(fields[0]), id).second) {
-    return fail(line_, "\"" + std::string(fields[0]) + "\" is listed twice");
+  if (!table_.byIdentifier_.emplace(asciiLowercase(identifier), id).second) {
+    return fail(line_, "\"" + std::string(identifier) + "\" is listed twice");
   }
-  ContentType type;
-  type.identifier = fields[0];
-  type.description = fields[4];
-  for (const std::string_view extension : split(fields[2], ',')) {
-    if (extension.empty()) return fail(line_, "an extension is empty");
+  ContentType& type = table_.types_.emplace_back();
+  type.identifier = identifier;
+  type.description = description;
+  bool isEachNamed = true;
+  forEachListed(extensions, [&](std::string_view extension) {
+    isEachNamed = isEachNamed && !extension.empty();
     type.extensions.push_back(asciiLowercase(extension));
-  }
-  for (const std::string_view mimeType : split(fields[3], ',')) {
+  });
+  if (!isEachNamed) return fail(line_, "an extension is empty");
+  forEachListed(mimeTypes, [&](std::string_view mimeType) {
     // "text/*" says what conforms to the type, and is no type that a file could have.
     if (mimeType.find('*') == std::string_view::npos) type.mimeTypes.emplace_back(mimeType);
-  }
-  table_.types_.push_back(std::move(type));
-  rows_.push_back({line_, split(fields[1], ','), fields[5]});
+  });
+  rows_.push_back({line_, parents, line});
   return true;
 }
 
@@ -99,27 +109,33 @@ std::optional<ContentTypeId> ContentTypesParser::need(std::string_view identifie
 
 bool ContentTypesParser::resolveParents() {
   for (std::size_t id = 0; id < rows_.size(); ++id) {
-    for (const std::string_view name : rows_[id].parents) {
-      const std::optional<ContentTypeId> parent = need(name, rows_[id].line);
-      if (!parent) return false;
-      table_.types_[id].parents.push_back(*parent);
-    }
+    bool isEachListed = true;
+    forEachListed(rows_[id].parents, [&](std::string_view name) {
+      const std::optional<ContentTypeId> parent =
+          isEachListed ? need(name, rows_[id].line) : std::nullopt;
+      isEachListed = parent.has_value();
+      if (parent) table_.types_[id].parents.push_back(*parent);
+    });
+    if (!isEachListed) return false;
   }
   return true;
 }
 
 bool ContentTypesParser::buildTrees() {
+  std::vector<ContentTypeId> tree;
+  std::vector<ContentTypeId> ring;
+  std::vector<ContentTypeId> next;
   for (std::size_t id = 0; id < rows_.size(); ++id) {
     ContentType& type = table_.types_[id];
     // Breadth first; a type that is met again further out moves there, so that it comes after
     // everything that conforms to it. A path longer than the table has types goes in a circle.
-    std::vector<ContentTypeId> tree;
-    std::vector<ContentTypeId> ring = {static_cast<ContentTypeId>(id)};
+    tree.clear();
+    ring.assign(1, static_cast<ContentTypeId>(id));
     for (std::size_t distance = 0; !ring.empty(); ++distance) {
       if (distance > rows_.size()) {
         return fail(rows_[id].line, "the parents of \"" + type.identifier + "\" go in a circle");
       }
-      std::vector<ContentTypeId> next;
+      next.clear();
       for (const ContentTypeId member : ring) {
         std::erase(tree, member);
         tree.push_back(member);
@@ -127,9 +143,9 @@ bool ContentTypesParser::buildTrees() {
           if (std::ranges::find(next, parent) == next.end()) next.push_back(parent);
         }
       }
-      ring = std::move(next);
+      ring.swap(next);
     }
-    type.tree = std::move(tree);
+    type.tree = tree;
     type.treeIdentifiers = Array::make();
     type.treeIdentifiers->elements().reserve(type.tree.size());
     for (const ContentTypeId member : type.tree) {

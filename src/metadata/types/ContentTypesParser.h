@@ -19,7 +19,7 @@ class ContentTypesParser {
   // What a row names before all rows are known.
   struct Row {
     std::size_t line = 0;
-    std::vector<std::string_view> parents;
+    std::string_view parents;  // a list
     std::string_view otherForm;
   };
 

@@ -1,0 +1,10 @@
+#include "util/ICU.h"
+
+namespace vt {
+
+const ICU& icu() {
+  static const ICU library;
+  return library;
+}
+
+}  // namespace vt
