@@ -151,6 +151,7 @@ class IndexRun {
     if (report.contentError) {
       printError(fmt::format("note: files were not looked into, or not all: {}",
                              printable(report.contentError->reason)));
+      return;
     }
     if (!report.contents || report.contents->expected == 0) return;
     const ContentCounts& contents = *report.contents;

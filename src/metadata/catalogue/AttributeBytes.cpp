@@ -36,7 +36,7 @@ template <class Number>
 std::optional<Number> numberIn(std::string_view bytes) {
   Number number;
   if (bytes.size() != sizeof number) return std::nullopt;
-  std::memcpy(&number, bytes.data(), sizeof number);
+  bytes.copy(reinterpret_cast<char*>(&number), sizeof number);
   return number;
 }
 

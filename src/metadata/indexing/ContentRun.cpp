@@ -35,8 +35,8 @@ StoreFailure ContentRun::open() {
   const Result<bool, StoreError> isMostlyForgotten = (*opened)->isMostlyForgotten();
   if (!isMostlyForgotten) return isMostlyForgotten.error();
   if (*isMostlyForgotten) {
-    return damageError(folder_.path() + "/" + kCatalogueName,
-                       "it is mostly of files that are gone");
+    return StoreError{StoreError::Kind::kOtherKind,
+                      folder_.path() + "/" + kCatalogueName + " is mostly of files that are gone"};
   }
   Result<RowContents, StoreError> rows = RowContents::of(**opened, extractors_);
   if (!rows) return rows.error();

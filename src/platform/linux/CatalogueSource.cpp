@@ -17,8 +17,9 @@ Result<std::shared_ptr<const IndexedContents>, std::string> CatalogueSource::con
     contents_.reset();
     if (failure->kind != StoreError::Kind::kMissing) return failure->reason;
   }
-  if (!contents_) return std::string("the index holds no text");
-  return contents_;
+  if (contents_) return contents_;
+  if (reader_) reader_->lookAway();
+  return std::string("the index holds no text");
 }
 
 StoreFailure CatalogueSource::open() {
