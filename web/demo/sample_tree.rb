@@ -52,8 +52,8 @@ class SampleTree
   end
 
   def jpeg(path, drawing)
-    picture = "#{path}.png"
-    png(picture, drawing)
+    picture = "#{path}.svg"
+    File.write(picture, drawing)
     run("vips", "copy", picture, "#{path}[Q=85,strip]")
     File.delete(picture)
   end

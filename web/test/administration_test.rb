@@ -199,6 +199,18 @@ File.exist?(VTSettings.settingsStoragePath) && File.read(VTSettings.settingsStor
     ENV.delete("VISTARO_WEB_TREE")
   end
 
+  def test_tells_the_share_of_each_folder_and_its_links
+    FileUtils.mkdir_p(File.join(@root, "etc/samba"))
+    File.write(File.join(@root, "etc/samba/smb.conf"), "[Plans <b>]\npath = #{@tree}\n")
+    settings.reloadConfig
+    settings.searchFolders = [folder, folder("Alone", "/etc")]
+    get "/admin/folders"
+    assert_includes body, "Shared as “Plans &lt;b&gt;”"
+    assert_match(%r{SMB <bdi>smb://}, body)
+    refute_match(/AFP <bdi>/, body)
+    assert_equal 1, body.scan("Not shared").size
+  end
+
   def test_tells_a_folder_that_is_missing
     settings.searchFolders = [folder("Gone", "/missing")]
     get "/admin/folders"

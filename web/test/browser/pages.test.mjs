@@ -49,12 +49,15 @@ test("every page speaks German to whom it should", async () => {
 
 test("the keyboard alone is enough", async () => {
   const { page, problems } = await visit(browser, site);
+  const focus = (id) => page.waitForFunction((wanted) => document.activeElement?.id === wanted, id);
   await page.goto("/login");
+  await focus("name");
   await page.keyboard.type("guest");
   await page.keyboard.press("Tab");
   await page.keyboard.type(site.passwords.guest);
   await page.keyboard.press("Enter");
   await page.waitForURL("**/search");
+  await focus("q");
   await page.keyboard.type("quarry");
   await page.getByText("Quarry 06.jpg").first().waitFor();
   await page.keyboard.press("Enter");
@@ -73,7 +76,7 @@ test("the keyboard alone is enough", async () => {
   await page.locator("dialog[open]").waitFor();
   await page.keyboard.press("Escape");
   await page.keyboard.press("/");
-  assert.equal(await page.evaluate(() => document.activeElement.id), "q");
+  await focus("q");
   assert.equal(await page.locator("#q").inputValue(), "quarry");
   await page.locator("a.hit").first().focus();
   await page.keyboard.press("Enter");
