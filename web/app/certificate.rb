@@ -26,8 +26,7 @@ module VistaroWeb
         checked(path)
       end
 
-      private
-
+      # The path of a PEM file that can be used as it is. Raises Unusable.
       def checked(path)
         pem = File.read(path)
         certificate = OpenSSL::X509::Certificate.new(pem)
@@ -42,6 +41,8 @@ module VistaroWeb
       rescue OpenSSL::OpenSSLError
         raise Unusable, "#{path}: this is no PEM file with a private key and a certificate"
       end
+
+      private
 
       def test_certificate(settings)
         path = File.join(File.dirname(VistaroRuby::VTSettings.settingsStoragePath), TEST_NAME)

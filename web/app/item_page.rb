@@ -16,7 +16,7 @@ module VistaroWeb
               kMDItemDateAdded kMDItemFSNodeCount].freeze
     # Said elsewhere on the page, or of no use to people.
     LEFT_OUT = %w[kMDItemPath kMDItemDisplayName kMDItemFSName kMDItemContentTypeTree
-                  kMDItemTextContent].freeze
+                  kMDItemTextContent _kMDItemGroupId].freeze
     SIZES = %w[kMDItemFSSize kMDItemLogicalSize kMDItemPhysicalSize].freeze
 
     # One line of what is known; a size is a number of bytes.

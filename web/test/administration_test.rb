@@ -42,6 +42,24 @@ class AdministrationTest < WebTest
 File.exist?(VTSettings.settingsStoragePath) && File.read(VTSettings.settingsStoragePath)
   end
 
+  def test_is_closed_however_its_address_is_written
+    clear_cookies
+    log_in("ann")
+    %w[/%61dmin /admi%6e/server /adm%69n/mail /%61%64%6d%69%6e/folders /admin/%66olders
+       /%61dmin/folders/edit?of=Tree /admin/ /./admin /x/../admin].each do |address|
+      get address
+      assert_includes [403, 404], status, address
+    end
+    get "/preferences"
+    given = token
+    %w[/%61dmin/folders /%61dmin/folders/change /adm%69n/server].each do |address|
+      post address, { "token" => given, "title" => "Evil", "what" => "group", "of" => "Tree",
+                      "change" => "remove", "serverName" => "evil" }
+      assert_equal 403, status, address
+    end
+    assert_equal ["Tree"], settings.searchFolders.map(&:title)
+  end
+
   def test_takes_no_form_but_its_own
     CHANGES.each do |address|
       post address, { "title" => "Evil", "path" => "/etc", "of" => "Tree", "change" => "remove" }
@@ -197,6 +215,18 @@ File.exist?(VTSettings.settingsStoragePath) && File.read(VTSettings.settingsStor
     assert_equal [@tree], settings.searchFolders.map(&:path)
   ensure
     ENV.delete("VISTARO_WEB_TREE")
+  end
+
+  def test_tells_the_share_of_each_folder_and_its_links
+    FileUtils.mkdir_p(File.join(@root, "etc/samba"))
+    File.write(File.join(@root, "etc/samba/smb.conf"), "[Plans <b>]\npath = #{@tree}\n")
+    settings.reloadConfig
+    settings.searchFolders = [folder, folder("Alone", "/etc")]
+    get "/admin/folders"
+    assert_includes body, "Shared as “Plans &lt;b&gt;”"
+    assert_match(%r{SMB <bdi>smb://}, body)
+    refute_match(/AFP <bdi>/, body)
+    assert_equal 1, body.scan("Not shared").size
   end
 
   def test_tells_a_folder_that_is_missing

@@ -85,6 +85,12 @@ class BrowserChecksTest < WebTest
     end
   end
 
+  def test_long_forms_are_not_read
+    get "/login"
+    post "/login", { "token" => token, "name" => "ann", "password" => "x" * 1_000_000 }
+    assert_equal 413, status
+  end
+
   def test_every_answer_tells_the_browser_what_it_may_do
     log_in
     ["/search", "/login", "/nothing-here", "/css/base.css"].each do |path|

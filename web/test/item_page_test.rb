@@ -135,11 +135,41 @@ class ItemPageTest < WebTest
     end
   end
 
-  def test_makes_a_thumbnail_and_asks_for_the_right_each_time
+  def test_makes_pictures_and_asks_for_the_right_each_time
+    path = write("plan.txt", "Some text to draw\n" * 20)
+    log_in
+    address = address_of("plan")
+    %w[thumbnail preview].each do |picture|
+      get "#{address}/#{picture}"
+      assert_equal [200, "image/png"], [status, last_response["Content-Type"]], picture
+      assert last_response.body.b.start_with?("\x89PNG".b)
+      assert_equal "private, no-cache", last_response["Cache-Control"]
+      get "#{address}/#{picture}", {}, { "HTTP_IF_NONE_MATCH" => last_response["ETag"] }
+      assert_includes [200, 304], status # a preview is made anew
+    end
+    next_user_may_not_see(path, address) if Process.euid.zero?
+  end
+
+  # The picture is there already, and the right to see it is not.
+  def next_user_may_not_see(path, address)
+    File.chmod(0o600, path)
+    get "#{address}/thumbnail"
+    assert_equal 404, status
+  end
+
+  def test_a_thumbnail_is_sent_once_while_it_stays_the_same
     write("plan.txt", "Some text to draw\n" * 20)
     log_in
     address = address_of("plan")
     get "#{address}/thumbnail"
+    get "#{address}/thumbnail", {}, { "HTTP_IF_NONE_MATCH" => last_response["ETag"] }
+    assert_equal [304, ""], [status, body]
+  end
+
+  def test_what_has_no_picture_is_shown_by_its_icon
+    write("odd.zip", "no archive")
+    log_in
+    get "#{address_of('odd')}/thumbnail"
     follow_redirect! if status == 303
     assert_equal 200, status
     assert_match(%r{\Aimage/}, last_response["Content-Type"])

@@ -89,7 +89,7 @@ class ServerScriptTest < Minitest::Test
     File.write(File.join(root, "etc/shadow"), "ann:#{hash}:19000:0:99999:7:::\n")
     FileUtils.mkdir_p(File.join(@folder, "files"))
     File.write(File.join(@folder, "files/wanted.txt"), "x")
-    start(File.join(@folder, "files"))
+    start("files")
     assert log_in("ann", "secret")
     assert_includes get("/search?q=wanted").body, "wanted.txt"
     stop("TERM")
@@ -119,7 +119,7 @@ class ServerScriptTest < Minitest::Test
     @port = TCPServer.open("127.0.0.1", 0) { |server| server.addr[1] }
     @output, writer = IO.pipe
     @process = Process.spawn(@environment, SCRIPT, *arguments, "--port", @port.to_s,
-                             out: writer, err: writer, in: :close, pgroup: true)
+                             out: writer, err: writer, in: :close, pgroup: true, chdir: @folder)
     writer.close
     printed = +""
     deadline = Process.clock_gettime(Process::CLOCK_MONOTONIC) + SECONDS

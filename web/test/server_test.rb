@@ -4,6 +4,7 @@ require_relative "test_helper"
 require "net/http"
 require "openssl"
 require "socket"
+require "timeout"
 require_relative "../app/certificate"
 
 # The server as a process of its own, asked over the network.
@@ -72,6 +73,23 @@ class ServerTest < WebTest
     Process.kill("HUP", @pid)
     wait_for("settings_reloaded")
     assert_equal "200", fetch(path: "/search").code
+  end
+
+  def test_searches_go_on_while_a_file_is_sent
+    write("large.bin", "x" * 50_000_000)
+    searched = folder
+    searched.download = 1
+    settings.searchFolders = [searched]
+    settings.userAuthenticationDisabled = true
+    start
+    page = fetch(path: "/search?q=large")
+    cookie = page["Set-Cookie"][/\A[^;]+/]
+    TCPSocket.open("localhost", @port) do |socket|
+      socket.write("GET #{page.body[%r{/item/[\w-]+}]}/download HTTP/1.1\r\nHost: localhost\r\n" \
+                   "Cookie: #{cookie}\r\n\r\n")
+      assert_includes socket.readpartial(100), "200 OK" # and no more of it: the server waits to send
+      Timeout.timeout(SECONDS) { assert_equal "200", fetch(path: "/search?q=large").code }
+    end
   end
 
   def test_serves_tls_with_a_certificate_that_it_makes

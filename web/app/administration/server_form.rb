@@ -1,6 +1,7 @@
 # frozen_string_literal: true
 
 require_relative "form"
+require_relative "../certificate"
 
 module VistaroWeb
   module Administration
@@ -18,8 +19,10 @@ module VistaroWeb
       def problem_together
         return unless on?("sslEnabled") && !on?("useSSLTestCertificate")
 
-        path = value("sslCertificatePath")
-        "no_certificate" unless File.file?(path) && File.readable?(path)
+        Certificate.checked(value("sslCertificatePath"))
+        nil
+      rescue Certificate::Unusable
+        "no_certificate"
       end
     end
   end

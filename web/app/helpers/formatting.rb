@@ -57,6 +57,8 @@ module VistaroWeb
     # A name as it can be shown: bytes that are not UTF-8 become U+FFFD, and control characters,
     # which could turn the text around them, their pictures.
     def name_text(name)
+      return name if name.is_a?(String) && name.ascii_only? && !name.match?(/[\x00-\x1f\x7f]/)
+
       name.to_s.dup.force_encoding(Encoding::UTF_8).scrub("\u{FFFD}")
           .gsub(/[\u0000-\u001f\u007f-\u009f\u202a-\u202e\u2066-\u2069]/, "\u{FFFD}")
     end

@@ -18,19 +18,32 @@ module VistaroWeb
       def self.registered(app)
         app.helpers Helpers
 
-        app.before(%r{/admin(/.*)?}) do
-          require_administrator
-          require_form_token if request.post?
-        end
-
-        app.get("/admin") { page :"administration/status", status: VistaroWeb::Administration::Status.now }
+        get(app, "/admin") { page :"administration/status", status: VistaroWeb::Administration::Status.now }
 
         FORMS.each do |name, form|
-          app.get("/admin/#{name}") { settings_page(name, Library.enter { form.stored }, nil) }
-          app.post("/admin/#{name}") { change_by_form(name, form) }
+          get(app, "/admin/#{name}") { settings_page(name, Library.enter { form.stored }, nil) }
+          post(app, "/admin/#{name}") { change_by_form(name, form) }
         end
 
-        app.post("/admin/mail/test") { send_test }
+        post(app, "/admin/mail/test") { send_test }
+      end
+
+      # A page for administrators alone. Each route is guarded by itself: a filter for all of them would
+      # have to know every way in which an address can be written.
+      def self.get(app, path, &work)
+        app.get(path) do
+          require_administrator
+          instance_exec(&work)
+        end
+      end
+
+      # The same for a change, which needs a form of ours besides.
+      def self.post(app, path, &work)
+        app.post(path) do
+          require_administrator
+          require_form_token
+          instance_exec(&work)
+        end
       end
 
       # What the routes need besides.

@@ -4,8 +4,7 @@ require_relative "administration"
 
 module VistaroWeb
   module Routes
-    # The search folders and groups, for administrators: see Administration, whose filter guards these
-    # addresses too.
+    # The search folders and groups, for administrators alone.
     module Folders
       # What the buttons of the tree do, by their names.
       CHANGES = {
@@ -21,20 +20,20 @@ module VistaroWeb
       def self.registered(app)
         app.helpers Helpers
 
-        app.get("/admin/folders") { folders_page }
+        Administration.get(app, "/admin/folders") { folders_page }
 
-        app.post "/admin/folders" do
+        Administration.post(app, "/admin/folders") do
           change_folders(->(problem) { folders_page(problem) }) { |tree| add_to(tree) }
         end
 
-        app.post "/admin/folders/change" do
+        Administration.post(app, "/admin/folders/change") do
           change = CHANGES[field("change")] || halt(400)
           change_folders(->(problem) { folders_page(problem) }) { |tree| change.call(tree, field("of")) }
         end
 
-        app.get("/admin/folders/edit") { folder_page(field("of")) }
+        Administration.get(app, "/admin/folders/edit") { folder_page(field("of")) }
 
-        app.post "/admin/folders/edit" do
+        Administration.post(app, "/admin/folders/edit") do
           change_folders(->(problem) { folder_page(field("of"), problem) }) { |tree| edit(tree, field("of")) }
         end
       end
@@ -48,7 +47,7 @@ module VistaroWeb
             folders = VistaroRuby::VTSettings.sharedInstance.searchFolders
             [VistaroWeb::Administration::FolderRows.of(folders), stored_tree.groups]
           end
-          typed = problem && params["change"].nil? ? Folders::NEW.to_h { |name| [name, field(name)] } : {}
+          typed = problem && field("change").empty? ? Folders::NEW.to_h { |name| [name, field(name)] } : {}
           page :"administration/folders", rows: rows, groups: groups, problem: problem, typed: typed,
                                           done: params["done"] == "saved"
         end
@@ -81,7 +80,7 @@ module VistaroWeb
           end
           halt 422, show.call(problem) if problem
 
-          log_event("folders_changed", change: params["change"], folder: params["of"] || params["title"])
+          log_event("folders_changed", change: field("change"), folder: field("of"), title: field("title"))
           redirect "/admin/folders?done=saved", 303
         rescue VistaroWeb::Administration::FolderTree::Refused => e
           halt 422, show.call("administration.folder_#{e.reason}")

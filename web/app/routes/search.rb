@@ -42,8 +42,10 @@ module VistaroWeb
 
         # The page of the item, from which one comes back to the search.
         def item_address(item, asked)
-          "/item/#{item.id}?#{Rack::Utils.build_query('click' => 1,
-'from' => asked.address(page: asked.page_or_nil))}"
+          @way_back ||= Rack::Utils.build_query(
+            "click" => 1, "from" => asked.address(page: asked.page_or_nil)
+          )
+          "/item/#{item.id}?#{@way_back}"
         end
       end
     end

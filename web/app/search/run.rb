@@ -134,14 +134,15 @@ module VistaroWeb
         (first...last).map { |index| item_at(group, index) }
       end
 
+      # The messages by their own names: with keywords they would take most of the time of a page.
       def item_at(group, index)
         path = group.pathForItemAtIndex(index)
-        types = (group.valueForKey("kMDItemContentTypeTree", atIndex: index) || []).to_a
+        types = (group.valueForKey_atIndex("kMDItemContentTypeTree", index) || []).to_a
         Item.new(id: @session.item_ids.id_of(ItemIds::Hit.new(path, types, group.title)),
                  name: File.basename(path), folders: @folders.names_to(File.dirname(path).b),
-                 modified: group.valueForKey("kMDItemContentModificationDate", atIndex: index),
-                 used: group.valueForKey("kMDItemLastUsedDate", atIndex: index),
-                 bytes: group.valueForKey("kMDItemFSSize", atIndex: index),
+                 modified: group.valueForKey_atIndex("kMDItemContentModificationDate", index),
+                 used: group.valueForKey_atIndex("kMDItemLastUsedDate", index),
+                 bytes: group.valueForKey_atIndex("kMDItemFSSize", index),
                  types: types, directory: types.include?("public.directory"))
       end
     end

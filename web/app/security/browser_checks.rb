@@ -10,6 +10,8 @@ module VistaroWeb
     class BrowserChecks
       SAFE = %w[GET HEAD].freeze
       METHODS = [*SAFE, "POST"].freeze
+      # No form of ours is longer; one that is would be read into memory.
+      MOST_BYTES = 1_000_000
 
       def initialize(app)
         @app = app
@@ -30,6 +32,7 @@ module VistaroWeb
 
       def refusal(env)
         return [405, "method"] unless METHODS.include?(env["REQUEST_METHOD"])
+        return [413, "length"] if env["CONTENT_LENGTH"].to_i > MOST_BYTES
         return [421, "host"] unless @names.include?(env["HTTP_HOST"])
         return if foreign_fetch_allowed?(env) && same_origin?(env)
 

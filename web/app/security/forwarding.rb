@@ -12,19 +12,21 @@ module VistaroWeb
         @app = app
       end
 
+      # The settings are asked only when a request claims something: a style need not wait for the
+      # library.
       def call(env)
-        proxied = proxy?(env["REMOTE_ADDR"])
-        client = env["HTTP_X_FORWARDED_FOR"].to_s[/[^,\s]+\s*\z/]
-        over_tls = env["HTTP_X_FORWARDED_PROTO"].to_s.casecmp?("https")
-        env.delete_if { |key, _| key.start_with?("HTTP_X_FORWARDED_") || key == "HTTP_FORWARDED" }
-        if proxied
-          env["REMOTE_ADDR"] = client.strip if client
-          env["rack.url_scheme"] = "https" if over_tls
-        end
+        claimed = env.keys.grep(/\AHTTP_(?:X_FORWARDED_|FORWARDED\z)/).to_h { |key| [key, env.delete(key)] }
+        believe(env, claimed) if !claimed.empty? && proxy?(env["REMOTE_ADDR"])
         @app.call(env)
       end
 
       private
+
+      def believe(env, claimed)
+        client = claimed["HTTP_X_FORWARDED_FOR"].to_s[/[^,\s]+\s*\z/]
+        env["REMOTE_ADDR"] = client.strip if client
+        env["rack.url_scheme"] = "https" if claimed["HTTP_X_FORWARDED_PROTO"].to_s.casecmp?("https")
+      end
 
       def proxy?(address)
         Library.enter do

@@ -1,5 +1,6 @@
 // Takes a picture of every page, in both themes and at three widths:
 //   node web/test/browser/screenshots.mjs FOLDER [name…]
+// in the language of the environment variable LOCALE, such as de-DE.
 import path from "node:path";
 import { mkdirSync } from "node:fs";
 import { launch, visit } from "./support/browser.mjs";
@@ -14,7 +15,9 @@ const sink = await startSink();
 const [site, browser] = await Promise.all([startSite({ settings: sink.settings }), launch()]);
 try {
   for (const colorScheme of ["light", "dark"]) {
-    const { page } = await visit(browser, site, { colorScheme, viewport: { width: 1440, height: 900 } });
+    const { page } = await visit(browser, site, {
+      colorScheme, viewport: { width: 1440, height: 900 }, locale: process.env.LOCALE || "en-GB",
+    });
     for (const [name, go] of states(site)) {
       await go(page);
       if (names.length > 0 && !names.includes(name)) continue;
