@@ -57,8 +57,8 @@ class Files {
   virtual Result<std::string, FileError> readContent(const std::string& path,
                                                      std::uint64_t limit) const = 0;
 
-  /// Opens a file of somebody's for reading, as readContent() does. The descriptor is the caller's to
-  /// close. An error when the file is missing, unreadable or no regular file.
+  /// Opens a file of somebody's for reading, as readContent() does. The descriptor is the caller's
+  /// to close. An error when the file is missing, unreadable or no regular file.
   virtual Result<int, FileError> openContent(const std::string& path) const = 0;
 
   /// Replaces `path` by `bytes` as a whole: written beside with mode 0600, synced, renamed, and the
