@@ -31,9 +31,6 @@ std::optional<Value> valueOf(const IndexHits& hits, std::size_t row, LiveAttribu
   return value;
 }
 
-/// Whether the text of files is in the index, beside their names and what their status tells.
-constexpr bool kHoldsText = false;
-
 }  // namespace
 
 IndexedMetadataIndex::IndexedMetadataIndex(std::shared_ptr<LiveMetadataIndex> live,
@@ -91,8 +88,7 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
   if (!index) return source_->whyNotAt(now);
   const query::EvaluationContext context{now, query::Calendar()};
-  if (!kHoldsText &&
-      query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
+  if (query::QueryMatcher(live.parsed, live_->schema(), context).needsTextContent()) {
     return "the index holds no text";
   }
   SearchScopes scopes = findSearchScopes(live.scopes, judge);
@@ -186,7 +182,7 @@ std::vector<std::string> IndexedMetadataIndex::MDItemCopyAttributeNames(MDItem& 
 
 Result<MDTypedQuery, MDTypedRejection> IndexedMetadataIndex::MDQueryStringFromTyped(
     const std::string& typed, const MDTypedNames& names, bool readsFiles) {
-  return live_->MDQueryStringFromTyped(typed, names, readsFiles || kHoldsText);
+  return live_->MDQueryStringFromTyped(typed, names, readsFiles || holdsText());
 }
 
 std::vector<std::string> IndexedMetadataIndex::MDSchemaCopyAllAttributes() {

@@ -63,6 +63,9 @@ class IndexedMetadataIndex final : public MetadataIndex {
       std::string_view attribute) override;
 
  private:
+  /// Whether the text of files is in the index, beside their names and what their status tells.
+  static bool holdsText() { return false; }
+
   /// Answers from the index; the reason why not when it can't. The account must be known.
   std::optional<std::string> answerFromIndex(IndexedQuery& query, const AccessJudge& judge,
                                              std::uint32_t options);
