@@ -74,8 +74,9 @@ module VistaroWeb
       group.isDownloadableForItemAtIndex(INDEX)
     end
 
+    # What may not be downloaded may not leave by mail either.
     def emailable?
-      group.isEmailableAtIndex(INDEX)
+      downloadable? && group.isEmailableAtIndex(INDEX)
     end
 
     def mime_type

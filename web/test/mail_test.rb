@@ -11,6 +11,9 @@ class MailTest < WebTest
 
   def setup
     super
+    @searched = folder
+    @searched.download = 1
+    settings.searchFolders = [@searched]
     log_in
   end
 
@@ -147,6 +150,17 @@ class MailTest < WebTest
     address = address_of_file
     get address
     File.chmod(0o600, path)
+    post address, { "token" => token, "to" => "eve@example.org" }
+    assert_equal 404, status
+    assert_empty @sink.messages
+  end
+
+  def test_takes_no_file_that_may_not_be_downloaded
+    start_sink(:plain)
+    write("report.txt")
+    address = address_of_file
+    get address
+    @searched.download = 0
     post address, { "token" => token, "to" => "eve@example.org" }
     assert_equal 404, status
     assert_empty @sink.messages
