@@ -45,12 +45,16 @@ install_browser_tests() {
   cp "$folder/package-lock.json" "$folder/node_modules/.installed-lock"
 }
 
-# build PRESET [target…]: configures when needed and builds; output only when something fails.
+# What is installed: the programs, and the extension for Ruby.
+programs=(vistaro_command vistaro_auth vistaro_images qlmanage VistaroRuby)
+
+# build PRESET [target…]: configures when packages may have come, and builds; output only when something
+# fails.
 build() {
   local preset=$1 log=build/$1.log
   shift
   mkdir -p build
-  if [ ! -f "build/$preset/build.ninja" ]; then
+  if [ ! "build/$preset/build.ninja" -nt /var/lib/dpkg/status ]; then
     cmake --preset "$preset" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
   fi
   if [ -t 2 ]; then
