@@ -27,7 +27,7 @@ class SecureBytes {
 
  private:
   void wipe() {
-    if (data_) explicit_bzero(data_->bytes().data(), data_->size());
+    if (!isEmpty()) explicit_bzero(data_->bytes().data(), data_->size());
   }
 
   std::optional<Data> data_;
