@@ -39,7 +39,10 @@ constexpr std::array kAnnouncedAtReload = {
 bool makeStorageDirectory(const std::string& directory) {
   Platform& platform = Platform::current();
   Files& files = platform.files();
-  if (files.exists(directory) || files.createDirectory(directory)) return true;
+  // Looked for a second time: another process may have made it in between.
+  if (files.exists(directory) || files.createDirectory(directory) || files.exists(directory)) {
+    return true;
+  }
   if (!files.changeAttributes(platform.systemPath(kStorageDirectoryParent), "admin",
                               kParentPermissions)) {
     NSLog("Unable to correct file permissions for /Library/Application Support");

@@ -28,7 +28,7 @@ std::shared_ptr<Dictionary> savedTree(const TestWorld& world) {
 }
 
 // Real files whose directories and attributes cannot be changed as often as the test says.
-class StubbornFiles final : public PosixFiles {
+class StubbornFiles : public PosixFiles {
  public:
   StubbornFiles(int failingCreations, bool attributesChange)
       : failingCreations_(failingCreations), attributesChange_(attributesChange) {}
@@ -51,10 +51,23 @@ class StubbornFiles final : public PosixFiles {
   bool attributesChange_;
 };
 
+// Real files where another process makes each directory a moment before.
+class OvertakenFiles final : public StubbornFiles {
+ public:
+  OvertakenFiles() : StubbornFiles(/*failingCreations=*/0, /*attributesChange=*/false) {}
+
+  bool createDirectory(const std::string& path) override {
+    PosixFiles::createDirectory(path);
+    return StubbornFiles::createDirectory(path);
+  }
+};
+
 struct StubbornWorld {
   StubbornWorld(int failingCreations, bool attributesChange)
-      : files(std::make_shared<StubbornFiles>(failingCreations, attributesChange)),
-        scope(std::make_shared<Platform>(services())) {}
+      : StubbornWorld(std::make_shared<StubbornFiles>(failingCreations, attributesChange)) {}
+
+  explicit StubbornWorld(std::shared_ptr<StubbornFiles> real)
+      : files(std::move(real)), scope(std::make_shared<Platform>(services())) {}
 
   Platform::Services services() const {
     Platform::Services made;
@@ -98,6 +111,14 @@ TEST(SettingsFile, RepairsTheParentAndTriesAgain) {
   EXPECT_EQ(VTSettings::settingsStoragePath(), stubborn.world.settingsFile());
   EXPECT_THAT(stubborn.files->journal,
               ElementsAre("create", "/Library/Application Support admin 509", "create"));
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST(SettingsFile, TakesTheDirectoryThatAnotherProcessMade) {
+  StubbornWorld overtaken(std::make_shared<OvertakenFiles>());
+  const LogCapture log;
+  EXPECT_EQ(VTSettings::settingsStoragePath(), overtaken.world.settingsFile());
+  EXPECT_THAT(overtaken.files->journal, ElementsAre("create"));
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 

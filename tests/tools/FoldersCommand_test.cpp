@@ -139,7 +139,8 @@ TEST_F(FoldersCommand, LosesNoChangeOfCommandsThatRunTogether) {
   for (const char* name : {"one", "two", "three"}) {
     script += std::string(VT_PROGRAM) + " folders add '" + std::string(tree_ / name) + "' & ";
   }
-  ASSERT_EQ(runProgram({"sh", "-c", script + "wait"}, environment()).exitCode, 0);
+  const ProgramResult together = runProgram({"sh", "-c", script + "wait"}, environment());
+  EXPECT_EQ(together.errors, "");
   EXPECT_EQ(listed().size(), 3U);
 }
 
