@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "foundation/AsciiCase.h"
 #include "foundation/UTF8.h"
 
 namespace vt {
@@ -23,10 +24,6 @@ constexpr std::size_t kLongestExpansion = 8;
 
 bool hasFolding(Folding folding, Folding part) {
   return (static_cast<unsigned>(folding) & static_cast<unsigned>(part)) != 0;
-}
-
-char asciiLower(char c) {
-  return static_cast<char>(c + (static_cast<unsigned>(c - 'A') < 26 ? 32 : 0));
 }
 
 bool isCombiningMark(utf8proc_int32_t character) {

@@ -20,12 +20,8 @@ namespace {
 
 class ContentTypeGroups : public testing::Test {
  protected:
-  const ContentType& typeOfFile(const std::string& name) const {
-    return types_[types_.typeOfFile(name)];
-  }
-
-  static std::string kindOf(const ContentType& type) {
-    const auto kind = VTSearchKind::kindForContentTypes(type.treeIdentifiers.get());
+  std::string kindOf(ContentTypeId type) const {
+    const auto kind = VTSearchKind::kindForContentTypes(types_.treeIdentifiers(type).get());
     return kind ? kind->title() : "(nil)";
   }
 
@@ -83,7 +79,7 @@ TEST_F(ContentTypeGroups, PutFilesWherePeopleLookForThem) {
   };
   for (const auto& [kind, extensions] : expected) {
     for (const std::string& extension : extensions) {
-      EXPECT_EQ(kindOf(typeOfFile("name." + extension)), kind) << extension;
+      EXPECT_EQ(kindOf(types_.typeOfFile("name." + extension)), kind) << extension;
     }
   }
 }
@@ -96,7 +92,7 @@ TEST_F(ContentTypeGroups, PutFoldersAndPackagesWherePeopleLookForThem) {
       {"Some.framework", "Other"},
   };
   for (const auto& [name, kind] : expected) {
-    EXPECT_EQ(kindOf(types_[types_.typeOfFolder(name)]), kind) << name;
+    EXPECT_EQ(kindOf(types_.typeOfFolder(name)), kind) << name;
   }
 }
 
@@ -109,9 +105,10 @@ TEST_F(ContentTypeGroups, ListEveryTypeWhoseParentsDisagree) {
   for (std::size_t id = 0; id < types_.size(); ++id) {
     const ContentType& type = types_[static_cast<ContentTypeId>(id)];
     std::set<std::string> kindsOfParents;
-    for (const ContentTypeId parent : type.parents) kindsOfParents.insert(kindOf(types_[parent]));
+    for (const ContentTypeId parent : type.parents) kindsOfParents.insert(kindOf(parent));
     kindsOfParents.erase("Other");
-    EXPECT_TRUE(kindsOfParents.size() <= 1 || listed.contains(type.identifier)) << type.identifier;
+    EXPECT_TRUE(kindsOfParents.size() <= 1 || listed.contains(std::string(type.identifier)))
+        << type.identifier;
   }
 }
 

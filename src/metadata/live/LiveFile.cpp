@@ -62,7 +62,7 @@ bool tellAttribute(LiveAttribute attribute, const LiveFile& file, const TypeTabl
       textIn(value) = tables.types[file.type].identifier;
       return true;
     case LiveAttribute::kContentTypeTree:
-      value = tables.types[file.type].treeIdentifiers;
+      value = tables.types.treeIdentifiers(file.type);
       return true;
     case LiveAttribute::kKindDescription:
       if (tables.types[file.type].description.empty()) return false;

@@ -1,15 +1,16 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "foundation/Array.h"
 #include "foundation/Result.h"
 #include "metadata/types/ContentType.h"
+#include "metadata/types/TypeByText.h"
 
 namespace vt {
 
@@ -21,10 +22,13 @@ struct ContentTypesError {
 
 /// The table of content types (docs/content-types.md) and what it says of a file name.
 ///
-/// Immutable, so any number of threads may ask one table. Identifiers, extensions and names are
-/// compared regardless of ASCII case.
+/// Immutable, so any number of threads may ask one table, but for treeIdentifiers(). Identifiers,
+/// extensions and names are compared regardless of ASCII case.
 class ContentTypes {
  public:
+  ContentTypes(ContentTypes&&) = default;
+  ContentTypes& operator=(ContentTypes&&) = default;
+
   /// Reads a table. Rejects one with a wrong number of columns, an identifier or extension listed
   /// twice, a parent or other form that is not listed, a type that conforms to itself, or without
   /// the types that unknown names fall back to.
@@ -48,28 +52,31 @@ class ContentTypes {
 
   /// Whether `type` is `ancestor` or conforms to it.
   bool conforms(ContentTypeId type, ContentTypeId ancestor) const;
+  /// The identifiers of the type's tree: the one array that all items of the type share, made when
+  /// it is first asked for. One thread at a time.
+  const std::shared_ptr<Array>& treeIdentifiers(ContentTypeId type) const;
   /// The preferred MIME type; nothing for a type that the table does not know or gives none.
   std::optional<std::string> preferredMimeType(std::string_view identifier) const;
 
  private:
   friend class ContentTypesParser;
 
-  struct TextHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-      return std::hash<std::string_view>{}(text);
-    }
-  };
-  using IdByText = std::unordered_map<std::string, ContentTypeId, TextHash, std::equal_to<>>;
-
   ContentTypes() = default;
 
-  std::optional<ContentTypeId> typeBySuffix(std::string_view name, const IdByText& types) const;
+  std::optional<ContentTypeId> typeBySuffix(std::string_view name, const TypeByText& types) const;
+
+  // What the types borrow. A vector keeps its place in memory when the table is moved.
+  std::vector<char> text_;
+  std::vector<char> lowerText_;  // identifiers and extensions at the same places, in lower case
+  std::vector<std::string_view> names_;
+  std::vector<ContentTypeId> parents_;
+  std::vector<ContentTypeId> trees_;
 
   std::vector<ContentType> types_;
-  IdByText byIdentifier_;  // keys in lower case
-  IdByText fileTypes_;     // by extension: what a plain file gets
-  IdByText folderTypes_;   // by extension: what a folder gets
+  mutable std::vector<std::shared_ptr<Array>> treeIdentifiers_;  // nullptr until asked for
+  TypeByText byIdentifier_;
+  TypeByText fileTypes_;    // by extension: what a plain file gets
+  TypeByText folderTypes_;  // by extension: what a folder gets
   std::size_t longestExtension_ = 0;
   std::size_t mostDots_ = 0;  // in one extension: "tar.gz" has one
   ContentTypeId data_ = 0;

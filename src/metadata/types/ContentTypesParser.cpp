@@ -4,8 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "foundation/Array.h"
-#include "metadata/types/AsciiCase.h"
+#include "foundation/AsciiCase.h"
 
 namespace vt {
 namespace {
@@ -21,6 +20,15 @@ std::string_view takePiece(std::string_view& text, char separator) {
   const std::string_view piece = text.substr(0, end);
   text.remove_prefix(std::min(end + 1, text.size()));
   return piece;
+}
+
+/// How often `c` is in the text; rarely, so that searching is quicker than comparing.
+std::size_t countOf(char c, std::string_view text) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(c); at != std::string_view::npos; at = text.find(c, at + 1)) {
+    ++count;
+  }
+  return count;
 }
 
 /// Calls `use` with each piece between commas; never for an empty text.
@@ -39,8 +47,9 @@ Result<ContentTypes, ContentTypesError> ContentTypes::parse(std::string_view tsv
 }
 
 Result<ContentTypes, ContentTypesError> ContentTypesParser::parse(std::string_view tsv) {
-  const bool isRight =
-      readRows(tsv) && resolveParents() && buildTrees() && findFallbacks() && assignExtensions();
+  makeRoom(tsv);
+  const bool isRight = readRows({table_.text_.data(), tsv.size()}) && resolveParents() &&
+                       buildTrees() && findFallbacks() && assignExtensions();
   if (!isRight) return error_;
   return std::move(table_);
 }
@@ -50,11 +59,28 @@ bool ContentTypesParser::fail(std::size_t line, std::string reason) {
   return false;
 }
 
+void ContentTypesParser::makeRoom(std::string_view tsv) {
+  const std::size_t rows = countOf('\n', tsv) + 1;
+  // Each element of a list but the first has a comma before it, and a row has three lists.
+  const std::size_t listed = countOf(',', tsv) + 3 * rows;
+  table_.text_.assign(tsv.begin(), tsv.end());
+  table_.lowerText_.resize(tsv.size());
+  table_.names_.reserve(listed);
+  table_.parents_.reserve(listed);
+  table_.types_.reserve(rows);
+  table_.byIdentifier_ = TypeByText(rows);
+  table_.fileTypes_ = TypeByText(listed);
+  table_.folderTypes_ = TypeByText(listed);
+  rows_.reserve(rows);
+}
+
+std::string_view ContentTypesParser::lowercase(std::string_view piece) {
+  char* const lower = table_.lowerText_.data() + (piece.data() - table_.text_.data());
+  std::ranges::transform(piece, lower, asciiLower);
+  return {lower, piece.size()};
+}
+
 bool ContentTypesParser::readRows(std::string_view tsv) {
-  const auto lines = static_cast<std::size_t>(std::ranges::count(tsv, '\n'));
-  table_.types_.reserve(lines);
-  table_.byIdentifier_.reserve(lines);
-  rows_.reserve(lines);
   while (!tsv.empty()) {
     const std::string_view line = takePiece(tsv, '\n');
     ++line_;
@@ -68,7 +94,7 @@ bool ContentTypesParser::readRows(std::string_view tsv) {
 }
 
 bool ContentTypesParser::readRow(std::string_view line) {
-  if (std::ranges::count(line, '\t') != kColumns - 1) {
+  if (countOf('\t', line) != kColumns - 1) {
     return fail(line_, "a row has not six columns");
   }
   const std::string_view identifier = takePiece(line, '\t');
@@ -80,22 +106,27 @@ bool ContentTypesParser::readRow(std::string_view line) {
   if (table_.types_.size() == kMostTypes) return fail(line_, "it has too many rows");
 
   const auto id = static_cast<ContentTypeId>(table_.types_.size());
-  if (!table_.byIdentifier_.emplace(asciiLowercase(identifier), id).second) {
+  if (!table_.byIdentifier_.add(lowercase(identifier), id)) {
     return fail(line_, "\"" + std::string(identifier) + "\" is listed twice");
   }
   ContentType& type = table_.types_.emplace_back();
   type.identifier = identifier;
   type.description = description;
   bool isEachNamed = true;
+  std::vector<std::string_view>& names = table_.names_;
+  const std::size_t firstExtension = names.size();
   forEachListed(extensions, [&](std::string_view extension) {
     isEachNamed = isEachNamed && !extension.empty();
-    type.extensions.push_back(asciiLowercase(extension));
+    names.push_back(lowercase(extension));
   });
+  type.extensions = std::span(names).subspan(firstExtension);
   if (!isEachNamed) return fail(line_, "an extension is empty");
+  const std::size_t firstMimeType = names.size();
   forEachListed(mimeTypes, [&](std::string_view mimeType) {
     // "text/*" says what conforms to the type, and is no type that a file could have.
-    if (mimeType.find('*') == std::string_view::npos) type.mimeTypes.emplace_back(mimeType);
+    if (mimeType.find('*') == std::string_view::npos) names.push_back(mimeType);
   });
+  type.mimeTypes = std::span(names).subspan(firstMimeType);
   rows_.push_back({line_, parents, line});
   return true;
 }
@@ -109,14 +140,16 @@ std::optional<ContentTypeId> ContentTypesParser::need(std::string_view identifie
 
 bool ContentTypesParser::resolveParents() {
   for (std::size_t id = 0; id < rows_.size(); ++id) {
+    const std::size_t first = table_.parents_.size();
     bool isEachListed = true;
     forEachListed(rows_[id].parents, [&](std::string_view name) {
       const std::optional<ContentTypeId> parent =
           isEachListed ? need(name, rows_[id].line) : std::nullopt;
       isEachListed = parent.has_value();
-      if (parent) table_.types_[id].parents.push_back(*parent);
+      if (parent) table_.parents_.push_back(*parent);
     });
     if (!isEachListed) return false;
+    table_.types_[id].parents = std::span(table_.parents_).subspan(first);
   }
   return true;
 }
@@ -125,15 +158,18 @@ bool ContentTypesParser::buildTrees() {
   std::vector<ContentTypeId> tree;
   std::vector<ContentTypeId> ring;
   std::vector<ContentTypeId> next;
+  std::vector<std::size_t> ends;  // of the trees
+  ends.reserve(rows_.size());
   for (std::size_t id = 0; id < rows_.size(); ++id) {
-    ContentType& type = table_.types_[id];
     // Breadth first; a type that is met again further out moves there, so that it comes after
     // everything that conforms to it. A path longer than the table has types goes in a circle.
     tree.clear();
     ring.assign(1, static_cast<ContentTypeId>(id));
     for (std::size_t distance = 0; !ring.empty(); ++distance) {
       if (distance > rows_.size()) {
-        return fail(rows_[id].line, "the parents of \"" + type.identifier + "\" go in a circle");
+        return fail(
+            rows_[id].line,
+            "the parents of \"" + std::string(table_.types_[id].identifier) + "\" go in a circle");
       }
       next.clear();
       for (const ContentTypeId member : ring) {
@@ -145,13 +181,14 @@ bool ContentTypesParser::buildTrees() {
       }
       ring.swap(next);
     }
-    type.tree = tree;
-    type.treeIdentifiers = Array::make();
-    type.treeIdentifiers->elements().reserve(type.tree.size());
-    for (const ContentTypeId member : type.tree) {
-      type.treeIdentifiers->append(table_.types_[member].identifier);
-    }
+    table_.trees_.insert(table_.trees_.end(), tree.begin(), tree.end());
+    ends.push_back(table_.trees_.size());
   }
+  std::size_t begin = 0;
+  for (std::size_t id = 0; id < rows_.size(); begin = ends[id++]) {
+    table_.types_[id].tree = std::span(table_.trees_).subspan(begin, ends[id] - begin);
+  }
+  table_.treeIdentifiers_.resize(rows_.size());
   return true;
 }
 
@@ -174,7 +211,7 @@ bool ContentTypesParser::findFallbacks() {
 
 bool ContentTypesParser::assignExtensions() {
   const ContentTypeId directory = *table_.find("public.directory");
-  ContentTypes::IdByText lines;  // extension to the type that has it, for the check below
+  TypeByText owners(table_.names_.size());  // of extensions, for the check below
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     const auto id = static_cast<ContentTypeId>(i);
     const bool isForFolders = table_.conforms(id, directory);
@@ -186,13 +223,15 @@ bool ContentTypesParser::assignExtensions() {
         return fail(rows_[i].line, "the other form of a package is a file and of a file a package");
       }
     }
-    for (const std::string& extension : table_.types_[i].extensions) {
-      if (!lines.emplace(extension, id).second) {
-        return fail(rows_[i].line, "the extension \"" + extension + "\" is listed twice");
+    for (const std::string_view extension : table_.types_[i].extensions) {
+      if (!owners.add(extension, id)) {
+        return fail(rows_[i].line,
+                    "the extension \"" + std::string(extension) + "\" is listed twice");
       }
-      (isForFolders ? table_.folderTypes_ : table_.fileTypes_)[extension] = id;
-      if (otherForm)
-        (isForFolders ? table_.fileTypes_ : table_.folderTypes_)[extension] = *otherForm;
+      (isForFolders ? table_.folderTypes_ : table_.fileTypes_).add(extension, id);
+      if (otherForm) {
+        (isForFolders ? table_.fileTypes_ : table_.folderTypes_).add(extension, *otherForm);
+      }
       table_.longestExtension_ = std::max(table_.longestExtension_, extension.size());
       table_.mostDots_ =
           std::max(table_.mostDots_, static_cast<std::size_t>(std::ranges::count(extension, '.')));

@@ -23,6 +23,10 @@ class ContentTypesParser {
     std::string_view otherForm;
   };
 
+  void makeRoom(std::string_view tsv);
+  /// A piece of the table's text in lower case.
+  std::string_view lowercase(std::string_view piece);
+
   // Each step answers whether the table is right so far; error_ is set when not.
   bool readRows(std::string_view tsv);
   bool readRow(std::string_view line);

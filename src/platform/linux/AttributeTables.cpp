@@ -15,7 +15,7 @@ std::shared_ptr<const query::AttributeSchema> attributesIn(
     const Resources& resources, const std::vector<std::string>& languages) {
   const std::optional<std::string> attributes = resources.resource("attributes", "tsv");
   if (!attributes) return nullptr;
-  const auto schema = query::AttributeSchema::parse(*attributes);
+  auto schema = query::AttributeSchema::parse(*attributes);
   if (!schema) return nullptr;
   std::vector<query::AttributeTranslation> translations;
   for (const std::string& language : languages) {
@@ -31,7 +31,7 @@ std::shared_ptr<const query::AttributeSchema> attributesIn(
     }
   }
   return std::make_shared<const query::AttributeSchema>(
-      translations.empty() ? *schema : query::translated(*schema, translations));
+      translations.empty() ? std::move(schema).value() : query::translated(*schema, translations));
 }
 
 ShippedStrings shortNameTable(const query::AttributeSchema& schema) {

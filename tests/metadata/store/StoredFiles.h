@@ -61,8 +61,12 @@ class StoredFiles {
     const bool isFolder = S_ISDIR(status.ownership.mode);
     const ContentTypeId type =
         isFolder ? storedTypes().typeOfFolder(name) : storedTypes().typeOfFile(name);
-    File file{folders[folder].path + name,    name, status,
-              storedTypes()[type].identifier, acl,  isFolder};
+    File file{folders[folder].path + name,
+              name,
+              status,
+              std::string(storedTypes()[type].identifier),
+              acl,
+              isFolder};
     SegmentEntry entry{
         .name = name,
         .status = status,

@@ -14,15 +14,15 @@ namespace vt {
 namespace {
 
 std::string fileType(const ContentTypes& types, std::string_view name) {
-  return types[types.typeOfFile(name)].identifier;
+  return std::string(types[types.typeOfFile(name)].identifier);
 }
 std::string folderType(const ContentTypes& types, std::string_view name) {
-  return types[types.typeOfFolder(name)].identifier;
+  return std::string(types[types.typeOfFolder(name)].identifier);
 }
 std::vector<std::string> tree(const ContentTypes& types, std::string_view identifier) {
   std::vector<std::string> identifiers;
   for (const ContentTypeId id : types[types.find(identifier).value()].tree) {
-    identifiers.push_back(types[id].identifier);
+    identifiers.emplace_back(types[id].identifier);
   }
   return identifiers;
 }
@@ -87,7 +87,8 @@ TEST(ContentTypes, NeverTakesAPackageTypeForAFileNorAFileTypeForAFolder) {
   const ContentTypes types = shippedTypes();
   const ContentTypeId directory = types.find("public.directory").value();
   for (std::size_t id = 0; id < types.size(); ++id) {
-    for (const std::string& extension : types[static_cast<ContentTypeId>(id)].extensions) {
+    for (const std::string_view view : types[static_cast<ContentTypeId>(id)].extensions) {
+      const std::string extension(view);
       SCOPED_TRACE(extension);
       EXPECT_FALSE(types.conforms(types.typeOfFile("x." + extension), directory));
       EXPECT_TRUE(types.conforms(types.typeOfFolder("x." + extension), directory));
@@ -125,7 +126,7 @@ TEST(ContentTypes, PutsATypeBeforeAllThatItConformsToInEveryTree) {
       }
       EXPECT_TRUE(seen.insert(member).second) << "twice in the tree";
     }
-    EXPECT_EQ(type.treeIdentifiers->size(), type.tree.size());
+    EXPECT_EQ(types.treeIdentifiers(static_cast<ContentTypeId>(id))->size(), type.tree.size());
   }
 }
 

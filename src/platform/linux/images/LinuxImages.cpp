@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -144,7 +145,8 @@ ImageWorker* LinuxImages::iconWorker() {
 
 std::string LinuxImages::iconFileOf(ContentTypeId type) const {
   for (const ContentTypeId each : (*setup_.types)[type].tree) {
-    std::string file = setup_.iconFolder + "/" + (*setup_.types)[each].identifier + ".svg";
+    std::string file =
+        fmt::format("{}/{}.svg", setup_.iconFolder, (*setup_.types)[each].identifier);
     if (::access(file.c_str(), R_OK) == 0) return file;
   }
   // Not every type conforms to it.
