@@ -7,6 +7,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <string_view>
 
 #include "platform/Platform.h"
 #include "platform/linux/LinuxPlatform.h"
@@ -27,10 +28,47 @@ void occupyStandardDescriptors() {
   }
 }
 
+struct Command {
+  std::string_view name;
+  void (*add)(CLI::App& app, int& status);
+  bool tellsOfAll = false;
+};
+
+using namespace vt::tool;
+
+constexpr Command kCommands[] = {
+    {"search", addSearchCommand},
+    {"user", addUserCommand},
+    {"kinds", addKindsCommand},
+    {"mime", addMimeCommand},
+    {"metadata", addMetadataCommand},
+    {"thumbnail", addThumbnailCommand},
+    {"preview", addPreviewCommand},
+    {"index", addIndexCommand},
+    {"folders", addFoldersCommand},
+    {"saved", addSavedCommand},
+    {"settings", addSettingsCommand},
+    {"links", addLinksCommand},
+    {"shares", addSharesCommand},
+    {"attributes", addAttributesCommand},
+    {"status", addStatusCommand},
+    {"doctor", addDoctorCommand},
+    {"completion", addCompletionCommand, /*tellsOfAll=*/true},
+    {"manual", addManualCommand, /*tellsOfAll=*/true},
+};
+
+/// Adds the command called `typed`, and all unless that is enough: to describe the options of all
+/// takes longer than many a search.
+void addCommands(CLI::App& app, std::string_view typed, int& status) {
+  for (const Command& command : kCommands) {
+    if (command.name == typed && !command.tellsOfAll) return command.add(app, status);
+  }
+  for (const Command& command : kCommands) command.add(app, status);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  using namespace vt::tool;
   occupyStandardDescriptors();
   CLI::App app("Finds files on this server and shows only what the searching user may read.");
   app.name("vistaro");
@@ -48,24 +86,7 @@ int main(int argc, char** argv) {
   const vt::PlatformScope installed(vt::linuxPlatform(*environment));
 
   int status = kFound;
-  addSearchCommand(app, status);
-  addUserCommand(app, status);
-  addKindsCommand(app, status);
-  addMimeCommand(app, status);
-  addMetadataCommand(app, status);
-  addThumbnailCommand(app, status);
-  addPreviewCommand(app, status);
-  addIndexCommand(app, status);
-  addFoldersCommand(app, status);
-  addSavedCommand(app, status);
-  addSettingsCommand(app, status);
-  addLinksCommand(app, status);
-  addSharesCommand(app, status);
-  addAttributesCommand(app, status);
-  addStatusCommand(app, status);
-  addDoctorCommand(app, status);
-  addCompletionCommand(app, status);
-  addManualCommand(app, status);
+  addCommands(app, argc > 1 ? argv[1] : "", status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
