@@ -1,6 +1,14 @@
 #pragma once
 
 #include <string>
+#include <type_traits>
+
+// Declares a member that is the library's function of that name, in a class whose member `library`,
+// declared before, is the SharedLibrary. A name that is a macro stands for what it becomes.
+#define VT_LIBRARY_FUNCTION(name) VT_LIBRARY_FUNCTION_EXPANDED(name)
+#define VT_LIBRARY_FUNCTION_EXPANDED(name)               \
+  std::remove_pointer_t<decltype(&::name)>* const name = \
+      library.function<std::remove_pointer_t<decltype(&::name)>>(#name);
 
 namespace vt {
 

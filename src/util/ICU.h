@@ -6,8 +6,6 @@
 #include <unicode/ustring.h>
 #include <unicode/uvernum.h>
 
-#include <type_traits>
-
 #include "foundation/SharedLibrary.h"
 
 // The functions of ICU that are used. Each is a macro that puts ICU's version behind the name.
@@ -24,8 +22,6 @@
   X(uloc_getDefault)        \
   X(uloc_getVariant)
 
-#define VT_TEXT_OF(name) #name
-
 namespace vt {
 
 /// ICU, loaded at its first use: it orders texts by language and changes their case, which a search
@@ -33,16 +29,10 @@ namespace vt {
 struct ICU {
   /// The library of collation, which brings the one of case along.
   const SharedLibrary library{"libicui18n.so." U_ICU_VERSION_SHORT};
-#define VT_MEMBER(name)                                  \
-  std::remove_pointer_t<decltype(&::name)>* const name = \
-      library.function<std::remove_pointer_t<decltype(&::name)>>(VT_TEXT_OF(name));
-  VT_ICU_FUNCTIONS(VT_MEMBER)
-#undef VT_MEMBER
+  VT_ICU_FUNCTIONS(VT_LIBRARY_FUNCTION)
 };
 
 /// Throws std::runtime_error when ICU is not installed.
 const ICU& icu();
 
 }  // namespace vt
-
-#undef VT_TEXT_OF

@@ -7,8 +7,6 @@
 #include <openssl/provider.h>
 #include <openssl/rand.h>
 
-#include <type_traits>
-
 #include "foundation/SharedLibrary.h"
 
 // The functions of OpenSSL that are used.
@@ -60,11 +58,7 @@ namespace vt {
 /// does without it takes a tenth less time. Its members are the functions of their names.
 struct OpenSSL {
   const SharedLibrary library{"libcrypto.so." OPENSSL_MSTR(OPENSSL_SHLIB_VERSION)};
-#define VT_MEMBER(name)                                  \
-  std::remove_pointer_t<decltype(&::name)>* const name = \
-      library.function<std::remove_pointer_t<decltype(&::name)>>(#name);
-  VT_OPENSSL_FUNCTIONS(VT_MEMBER)
-#undef VT_MEMBER
+  VT_OPENSSL_FUNCTIONS(VT_LIBRARY_FUNCTION)
 };
 
 /// Throws std::runtime_error when OpenSSL is not installed.

@@ -1,11 +1,10 @@
 #include "metadata/catalogue/CatalogueWriter.h"
 
-#include <sqlite3.h>
-
 #include <utility>
 
 #include "metadata/catalogue/AttributeBytes.h"
 #include "metadata/catalogue/CatalogueFile.h"
+#include "metadata/database/SQLite.h"
 
 namespace vt {
 namespace {
@@ -124,7 +123,7 @@ Result<ContentNumber, StoreError> CatalogueWriter::add(ContentRecord record,
         .bindBytes(10, record.path);
   }
   if (StoreFailure failure = add.run()) return *std::move(failure);
-  const std::int64_t given = sqlite3_last_insert_rowid(database_->handle());
+  const std::int64_t given = sqlite().sqlite3_last_insert_rowid(database_->handle());
   if (given >= kPendingContent) {
     return StoreError{StoreError::Kind::kTooLarge,
                       database_->path() + " has no more numbers for contents"};
@@ -164,7 +163,7 @@ Result<std::int64_t, StoreError> CatalogueWriter::idOfName(const std::string& na
     if (StoreFailure refused = statements_.addName.restart().bind(1, name).run()) {
       return *std::move(refused);
     }
-    id = sqlite3_last_insert_rowid(database_->handle());
+    id = sqlite().sqlite3_last_insert_rowid(database_->handle());
   }
   idsByName_.emplace(name, id);
   return id;

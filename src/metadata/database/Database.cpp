@@ -2,13 +2,13 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <cerrno>
 #include <utility>
 
+#include "metadata/database/SQLite.h"
 #include "metadata/live/Descriptor.h"
 
 namespace vt {
@@ -64,43 +64,46 @@ StoreError databaseError(int code, std::string_view message, std::string_view pa
   return {kind, fmt::format("cannot use {}: {}", path, message)};
 }
 
-void Statement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+void Statement::Finalize::operator()(sqlite3_stmt* statement) const {
+  sqlite().sqlite3_finalize(statement);
+}
 
 Statement& Statement::restart() {
-  sqlite3_reset(statement_.get());
-  sqlite3_clear_bindings(statement_.get());
+  sqlite().sqlite3_reset(statement_.get());
+  sqlite().sqlite3_clear_bindings(statement_.get());
   error_.reset();
   return *this;
 }
 
 Statement& Statement::bind(int place, std::int64_t number) {
-  sqlite3_bind_int64(statement_.get(), place, number);
+  sqlite().sqlite3_bind_int64(statement_.get(), place, number);
   return *this;
 }
 
 Statement& Statement::bind(int place, std::string_view text) {
-  sqlite3_bind_text64(statement_.get(), place, text.data(), text.size(), SQLITE_STATIC,
-                      SQLITE_UTF8);
+  sqlite().sqlite3_bind_text64(statement_.get(), place, text.data(), text.size(), SQLITE_STATIC,
+                               SQLITE_UTF8);
   return *this;
 }
 
 Statement& Statement::bindBytes(int place, std::string_view bytes) {
   // Bytes without an address would be NULL.
-  sqlite3_bind_blob64(statement_.get(), place, bytes.empty() ? "" : bytes.data(), bytes.size(),
-                      SQLITE_STATIC);
+  sqlite().sqlite3_bind_blob64(statement_.get(), place, bytes.empty() ? "" : bytes.data(),
+                               bytes.size(), SQLITE_STATIC);
   return *this;
 }
 
 Statement& Statement::bindNull(int place) {
-  sqlite3_bind_null(statement_.get(), place);
+  sqlite().sqlite3_bind_null(statement_.get(), place);
   return *this;
 }
 
 bool Statement::next() {
-  const int code = sqlite3_step(statement_.get());
+  const int code = sqlite().sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
   if (code != SQLITE_DONE) {
-    error_ = databaseError(code, sqlite3_errmsg(sqlite3_db_handle(statement_.get())), *path_);
+    error_ = databaseError(
+        code, sqlite().sqlite3_errmsg(sqlite().sqlite3_db_handle(statement_.get())), *path_);
   }
   return false;
 }
@@ -117,20 +120,23 @@ StoreFailure Statement::finish() {
 }
 
 std::int64_t Statement::number(int column) const {
-  return sqlite3_column_int64(statement_.get(), column);
+  return sqlite().sqlite3_column_int64(statement_.get(), column);
 }
 
 std::string_view Statement::bytes(int column) const {
-  const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement_.get(), column));
+  const auto* const bytes =
+      static_cast<const char*>(sqlite().sqlite3_column_blob(statement_.get(), column));
   if (bytes == nullptr) return {};
-  return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+  return {bytes, static_cast<std::size_t>(sqlite().sqlite3_column_bytes(statement_.get(), column))};
 }
 
 bool Statement::isNull(int column) const {
-  return sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
+  return sqlite().sqlite3_column_type(statement_.get(), column) == SQLITE_NULL;
 }
 
-void Database::Close::operator()(sqlite3* connection) const { sqlite3_close_v2(connection); }
+void Database::Close::operator()(sqlite3* connection) const {
+  sqlite().sqlite3_close_v2(connection);
+}
 
 Result<Database, StoreError> Database::openForWriting(const std::string& path) {
   {
@@ -160,24 +166,25 @@ Result<Database, StoreError> Database::open(const std::string& path, int flags) 
   Database opened;
   opened.path_ = std::make_unique<const std::string>(path);
   sqlite3* connection = nullptr;
-  const int code = sqlite3_open_v2(
+  const int code = sqlite().sqlite3_open_v2(
       uriOf(path, neverChanges ? "immutable=1" : "psow=1").c_str(), &connection,
       flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
   opened.connection_.reset(connection);
-  if (code != SQLITE_OK) return databaseError(code, sqlite3_errstr(code), path);
-  sqlite3_busy_timeout(connection, kPatienceMillis);
+  if (code != SQLITE_OK) return databaseError(code, sqlite().sqlite3_errstr(code), path);
+  sqlite().sqlite3_busy_timeout(connection, kPatienceMillis);
   // A file is data, never orders to this process.
-  sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-  sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite().sqlite3_db_config(connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  sqlite().sqlite3_db_config(connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   return opened;
 }
 
 StoreError Database::lastError() const {
-  return databaseError(sqlite3_extended_errcode(handle()), sqlite3_errmsg(handle()), *path_);
+  return databaseError(sqlite().sqlite3_extended_errcode(handle()),
+                       sqlite().sqlite3_errmsg(handle()), *path_);
 }
 
 StoreFailure Database::execute(const char* statements) const {
-  if (sqlite3_exec(handle(), statements, nullptr, nullptr, nullptr) == SQLITE_OK) {
+  if (sqlite().sqlite3_exec(handle(), statements, nullptr, nullptr, nullptr) == SQLITE_OK) {
     return std::nullopt;
   }
   return lastError();
@@ -185,8 +192,8 @@ StoreFailure Database::execute(const char* statements) const {
 
 Result<Statement, StoreError> Database::prepare(std::string_view statement) const {
   sqlite3_stmt* prepared = nullptr;
-  if (sqlite3_prepare_v3(handle(), statement.data(), static_cast<int>(statement.size()),
-                         SQLITE_PREPARE_PERSISTENT, &prepared, nullptr) != SQLITE_OK) {
+  if (sqlite().sqlite3_prepare_v3(handle(), statement.data(), static_cast<int>(statement.size()),
+                                  SQLITE_PREPARE_PERSISTENT, &prepared, nullptr) != SQLITE_OK) {
     return lastError();
   }
   return Statement(prepared, path_.get());
@@ -217,7 +224,7 @@ Transaction::Transaction(const Database& database, bool isForWriting)
 
 Transaction::~Transaction() {
   // It may have been undone by the failure that led here.
-  if (isOpen_ && sqlite3_get_autocommit(database_.handle()) == 0) {
+  if (isOpen_ && sqlite().sqlite3_get_autocommit(database_.handle()) == 0) {
     static_cast<void>(database_.execute("ROLLBACK"));
   }
 }

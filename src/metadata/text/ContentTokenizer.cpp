@@ -1,10 +1,9 @@
 #include "metadata/text/ContentTokenizer.h"
 
-#include <sqlite3.h>
-
 #include <new>
 #include <string_view>
 
+#include "metadata/database/SQLite.h"
 #include "metadata/query/WordBoundaries.h"
 #include "metadata/text/ContentTerms.h"
 
@@ -62,21 +61,22 @@ StoreFailure addContentTokenizer(const Database& database) {
   sqlite3_stmt* statement = nullptr;
   fts5_api* api = nullptr;
   // The way that SQLite gives its interface for tokenizers.
-  int code = sqlite3_prepare_v2(database.handle(), "SELECT fts5(?1)", -1, &statement, nullptr);
+  int code =
+      sqlite().sqlite3_prepare_v2(database.handle(), "SELECT fts5(?1)", -1, &statement, nullptr);
   if (code == SQLITE_OK) {
-    sqlite3_bind_pointer(statement, 1, static_cast<void*>(&api), "fts5_api_ptr", nullptr);
-    sqlite3_step(statement);
+    sqlite().sqlite3_bind_pointer(statement, 1, static_cast<void*>(&api), "fts5_api_ptr", nullptr);
+    sqlite().sqlite3_step(statement);
   }
-  sqlite3_finalize(statement);
+  sqlite().sqlite3_finalize(statement);
   if (api == nullptr) {
     return databaseError(code == SQLITE_OK ? SQLITE_ERROR : code,
                          code == SQLITE_OK ? "this SQLite has no full-text search"
-                                           : sqlite3_errmsg(database.handle()),
+                                           : sqlite().sqlite3_errmsg(database.handle()),
                          database.path());
   }
   fts5_tokenizer tokenizer{makeTokenizer, dropTokenizer, tokenize};
   code = api->xCreateTokenizer(api, kContentTokenizer, nullptr, &tokenizer, nullptr);
-  if (code != SQLITE_OK) return databaseError(code, sqlite3_errstr(code), database.path());
+  if (code != SQLITE_OK) return databaseError(code, sqlite().sqlite3_errstr(code), database.path());
   return std::nullopt;
 }
 

@@ -69,8 +69,6 @@ void ContentTypesParser::makeRoom(std::string_view tsv) {
   table_.parents_.reserve(listed);
   table_.types_.reserve(rows);
   table_.byIdentifier_ = TypeByText(rows);
-  table_.fileTypes_ = TypeByText(listed);
-  table_.folderTypes_ = TypeByText(listed);
   rows_.reserve(rows);
 }
 
@@ -211,7 +209,11 @@ bool ContentTypesParser::findFallbacks() {
 
 bool ContentTypesParser::assignExtensions() {
   const ContentTypeId directory = *table_.find("public.directory");
-  TypeByText owners(table_.names_.size());  // of extensions, for the check below
+  std::size_t extensions = 0;
+  for (const ContentType& type : table_.types_) extensions += type.extensions.size();
+  table_.fileTypes_ = TypeByText(extensions);
+  table_.folderTypes_ = TypeByText(extensions);
+  TypeByText owners(extensions);  // for the check below
   for (std::size_t i = 0; i < rows_.size(); ++i) {
     const auto id = static_cast<ContentTypeId>(i);
     const bool isForFolders = table_.conforms(id, directory);
