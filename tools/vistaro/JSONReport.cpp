@@ -1,7 +1,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <map>
+#include <string>
+#include <utility>
 
 #include "foundation/Array.h"
 #include "foundation/Dictionary.h"
@@ -13,12 +18,40 @@
 namespace vt::tool {
 namespace {
 
-// The report is written as it goes: a tree of its values would cost more than the whole search.
+/// How many bytes from the beginning stand for themselves in JSON text.
+std::size_t plainLength(std::string_view text) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101;
+  constexpr std::uint64_t kHighBits = 0x80 * kOnes;
+  // The highest bit of the lowest byte that is zero; of bytes above it perhaps others.
+  const auto zeros = [](std::uint64_t bytes) { return (bytes - kOnes) & ~bytes & kHighBits; };
+  std::size_t at = 0;
+  for (; text.size() - at >= sizeof(std::uint64_t); at += sizeof(std::uint64_t)) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, text.data() + at, sizeof bytes);
+    const std::uint64_t controls = (bytes - 0x20 * kOnes) & ~bytes & kHighBits;
+    if ((controls | zeros(bytes ^ '"' * kOnes) | zeros(bytes ^ '\\' * kOnes)) != 0) break;
+  }
+  const auto needsEscape = [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+  };
+  return static_cast<std::size_t>(std::ranges::find_if(text.substr(at), needsEscape) -
+                                  text.begin());
+}
+
+// The report is written as it goes: a tree of its values would cost more than the whole search, and
+// the text of all a quarter of that in memory that is touched for the first time.
 class ReportText {
  public:
-  explicit ReportText(std::string& text) : text_(text) {}
+  explicit ReportText(std::FILE* out) : out_(out) { text_.reserve(2 * kEnoughToWrite); }
+  ReportText(const ReportText&) = delete;
+  ReportText& operator=(const ReportText&) = delete;
+  ~ReportText() {
+    text_ += '\n';
+    write();
+  }
 
   void open(char bracket) {
+    if (text_.size() >= kEnoughToWrite) write();
     text_ += bracket;
     ++depth_;
     isFirst_ = true;
@@ -56,12 +89,7 @@ class ReportText {
     } else if (const auto* date = value.get<Date>()) {
       quoted(instantText(*date));
     } else if (const Array* array = value.array().get()) {
-      open('[');
-      for (const Value& element : *array) {
-        beginElement();
-        this->value(element);
-      }
-      close(']');
+      this->array(*array);
     } else {
       text_ += jsonOf(value).dump();
     }
@@ -73,21 +101,42 @@ class ReportText {
     text_.append(2 * depth_, ' ');
   }
 
+  // Items of a type share the array of what it conforms to.
+  void array(const Array& array) {
+    const auto [known, isNew] = arrays_.try_emplace({&array, depth_});
+    if (!isNew) {
+      text_ += known->second;
+      isFirst_ = false;
+      return;
+    }
+    const std::size_t begin = text_.size();
+    text_ += '[';
+    ++depth_;
+    isFirst_ = true;
+    for (const Value& element : array) {
+      beginElement();
+      value(element);
+    }
+    close(']');
+    known->second = text_.substr(begin);
+  }
+
+  void write() {
+    std::fwrite(text_.data(), 1, text_.size(), out_);
+    text_.clear();
+  }
+
   void quoted(std::string_view text) {
     text_ += '"';
     while (!text.empty()) {
-      const auto end = std::ranges::find_if(text, needsEscape);
-      text_.append(text.begin(), end);
-      text.remove_prefix(static_cast<std::size_t>(end - text.begin()));
+      const std::size_t plain = plainLength(text);
+      text_.append(text.substr(0, plain));
+      text.remove_prefix(plain);
       if (text.empty()) break;
       escape(text.front());
       text.remove_prefix(1);
     }
     text_ += '"';
-  }
-
-  static bool needsEscape(char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
   }
 
   void escape(char c) {
@@ -102,7 +151,11 @@ class ReportText {
     }
   }
 
-  std::string& text_;
+  static constexpr std::size_t kEnoughToWrite = 65'536;  // bytes
+
+  std::FILE* out_;
+  std::string text_;  // what is to be written next
+  std::map<std::pair<const Array*, std::size_t>, std::string> arrays_;  // by depth, too
   std::size_t depth_ = 0;
   bool isFirst_ = true;  // of what is open
 };
@@ -124,11 +177,8 @@ void writeItems(ReportText& text, const SearchReport& report, const VTSearchResu
 
 }  // namespace
 
-std::string jsonReport(const SearchReport& report) {
-  constexpr std::size_t kUsualItem = 640;  // bytes
-  std::string result;
-  result.reserve(kUsualItem * report.count());
-  ReportText text(result);
+void writeJSONReport(const SearchReport& report, std::FILE* out) {
+  ReportText text(out);
   text.open('{');
   text.key("query");
   text.shown(report.query);
@@ -151,7 +201,6 @@ std::string jsonReport(const SearchReport& report) {
   }
   text.close(']');
   text.close('}');
-  return result += '\n';
 }
 
 }  // namespace vt::tool

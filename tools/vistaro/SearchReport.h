@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <string>
 
 #include "foundation/ObjectArray.h"
@@ -28,7 +29,7 @@ struct SearchReport {
 /// The report for people: a heading per group, a line per file, a line of totals.
 std::string textReport(const SearchReport& report, const Terminal& terminal);
 
-/// The report for programs; docs/command-line.md describes it.
-std::string jsonReport(const SearchReport& report);
+/// Writes the report for programs; docs/command-line.md describes it. `out` tells of failures.
+void writeJSONReport(const SearchReport& report, std::FILE* out);
 
 }  // namespace vt::tool

@@ -88,9 +88,12 @@ int runSearch(const SearchOptions& options) {
   return reportingErrors(
       [&] {
         const SearchReport report = search(options);
-        const std::string text =
-            options.json ? jsonReport(report) : textReport(report, Terminal::standardOutput());
-        std::fwrite(text.data(), 1, text.size(), stdout);
+        if (options.json) {
+          writeJSONReport(report, stdout);
+        } else {
+          const std::string text = textReport(report, Terminal::standardOutput());
+          std::fwrite(text.data(), 1, text.size(), stdout);
+        }
         return report.count() > 0 ? kFound : kNothingFound;
       },
       /*showsLog=*/options.verbose);
