@@ -68,8 +68,8 @@ class Tracker {
         "dbus-daemon", "--session", "--nofork", "--nopidfile", "--address=" + address});
   }
 
-  /// Until the last file was looked into. It tells nobody when it is done: files are counted each
-  /// second, until there are no more for some.
+  /// Until the last file was looked into. It tells nobody when it is done: files and texts are
+  /// counted each second, until there are no more for some.
   double secondsOfIndexing() {
     const auto start = std::chrono::steady_clock::now();
     const auto seconds = [&] {
@@ -81,8 +81,8 @@ class Tracker {
     double lastChange = 0;
     while (seconds() - lastChange < kQuietSeconds) {
       std::this_thread::sleep_for(std::chrono::seconds(1));
-      const std::string count =
-          runProgram(query("SELECT COUNT(?file) { ?file tracker:extractorHash ?hash }"), {}).output;
+      const std::string count = answerTo("SELECT COUNT(?file) { ?file a nfo:FileDataObject }") +
+                                answerTo("SELECT COUNT(?text) { ?text nie:plainTextContent ?is }");
       if (count != counted) lastChange = seconds();
       counted = count;
     }
@@ -96,11 +96,15 @@ class Tracker {
   }
 
  private:
-  static constexpr double kQuietSeconds = 15;
+  static constexpr double kQuietSeconds = 30;
 
   static std::vector<std::string> query(const std::string& text) {
     return {"tracker3", "sparql", "--dbus-service=org.freedesktop.Tracker3.Miner.Files", "-q",
             text};
+  }
+
+  static std::string answerTo(const std::string& question) {
+    return runProgram(query(question)).output;
   }
 
   TemporaryFolder place_;
