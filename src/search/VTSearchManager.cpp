@@ -64,6 +64,7 @@ std::shared_ptr<VTSearchResultContainer> VTSearchManager::executeQuery(
     if (!search) return nullptr;
     groups = groupsFoundBy(*search, query, searchFolders,
                            identity.actsForUser() ? nullptr : user_.get());
+    if (lastNotes_.walkWasGivenUp) return nullptr;
     NSLog("Finished executing query in %f seconds", now() - start);
   }
   if (groups) sortBySortOrder(*groups);
@@ -94,8 +95,10 @@ std::shared_ptr<VTSearchManager::Groups> VTSearchManager::groupsFoundBy(
   const std::vector<std::string> scope =
       searchFolders ? pathsCoveredBy(*searchFolders) : std::vector<std::string>();
   index.MDQuerySetSearchScope(search, scope, 0);
+  if (longestWalk_) index.MDQuerySetLongestWalk(search, *longestWalk_);
   if (!index.MDQueryExecute(search, kMDQuerySynchronous)) {
-    NSLog("Query failed for some reason!");
+    lastNotes_ = index.MDQueryCopyNotes(search);
+    if (!lastNotes_.walkWasGivenUp) NSLog("Query failed for some reason!");
     return nullptr;
   }
   index.MDQueryDisableUpdates(search);

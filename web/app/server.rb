@@ -67,6 +67,7 @@ module VistaroWeb
       %w[HUP INT TERM].each { |name| Signal.trap(name) { signals << name } }
       Thread.new do
         reload while signals.pop == "HUP"
+        Application.walks.stop
         server.stop
       end
     end

@@ -63,6 +63,10 @@ void IndexedMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
   live_->MDQuerySetSearchScope(*ours(query).live, directories, options);
 }
 
+void IndexedMetadataIndex::MDQuerySetLongestWalk(MDQuery& query, std::chrono::milliseconds limit) {
+  live_->MDQuerySetLongestWalk(*ours(query).live, limit);
+}
+
 bool IndexedMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
   IndexedQuery& asked = ours(query);
   asked.hits = nullptr;

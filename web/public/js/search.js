@@ -14,6 +14,9 @@ const REST_FEW = 150;
 const REST = 40;
 const BUSY = 400;
 
+// By which the server knows that one page asks again, and gives up what that asked for before.
+const pageId = crypto.getRandomValues(new Uint32Array(2)).join("-");
+
 let timer;
 let running;
 let shownAddress = location.pathname + location.search;
@@ -39,7 +42,7 @@ async function show(address, { remember = true } = {}) {
   }, 300);
   try {
     const separator = address.includes("?") ? "&" : "?";
-    const answer = await fetch(`${address}${separator}part=results`, { signal, headers: { Accept: "text/html" } });
+    const answer = await fetch(`${address}${separator}part=results&page_id=${pageId}`, { signal, headers: { Accept: "text/html" } });
     if (answer.redirected) return location.assign(address); // the session is over
     if (answer.status === 429) return searchSoon(BUSY); // what was given up still runs there
     if (!answer.ok) throw new Error(`status ${answer.status}`);
