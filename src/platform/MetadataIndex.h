@@ -164,6 +164,10 @@ class MetadataIndex {
 
   virtual std::int32_t MDQueryGetResultCount(const MDQuery& query) = 0;
 
+  /// Whether every hit of every query has a path, and what is told of it stays the same, so that
+  /// nobody need ask before they have to.
+  virtual bool hitsAreFiles() const { return false; }
+
   /// The item of the hit at `index` (below the count), never null.
   virtual std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) = 0;
 

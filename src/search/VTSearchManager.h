@@ -74,10 +74,10 @@ class VTSearchManager final : public VTObject {
   explicit VTSearchManager(std::shared_ptr<VTUser> user) : user_(std::move(user)) {}
 
   std::shared_ptr<MDQuery> createQuery(const std::string& query);
-  /// Executes `search` and groups its hits; nullptr when it cannot be executed, or is given up. Hits that `filter`
-  /// may not read are left out; none are when it is nullptr.
+  /// Executes `search` and groups its hits; nullptr when it cannot be executed, or is given up.
+  /// Hits that `filter` may not read are left out; none are when it is nullptr.
   std::shared_ptr<Groups> groupsFoundBy(
-      MDQuery& search, const std::string& query,
+      const std::shared_ptr<MDQuery>& search, const std::string& query,
       const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders, const VTUser* filter);
 
   std::shared_ptr<VTUser> user_;

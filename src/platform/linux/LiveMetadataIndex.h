@@ -55,6 +55,7 @@ class LiveMetadataIndex final : public MetadataIndex {
   /// Does nothing: hits stay as they were found.
   void MDQueryDisableUpdates(MDQuery& query) override;
   std::int32_t MDQueryGetResultCount(const MDQuery& query) override;
+  bool hitsAreFiles() const override { return true; }
   std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) override;
   std::optional<Value> MDQueryGetAttributeValueOfResultAtIndex(MDQuery& query,
                                                                std::string_view attribute,
