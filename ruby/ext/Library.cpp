@@ -68,7 +68,8 @@ LibraryHold::~LibraryHold() {
   rb_mutex_unlock(mutex);
 }
 
-void withoutInterpreterLock(LibraryMeanwhile library, void (*work)(void* argument), void* argument) {
+void withoutInterpreterLock(LibraryMeanwhile library, void (*work)(void* argument),
+                            void* argument) {
   struct Job {
     void (*work)(void* argument);
     void* argument;

@@ -37,8 +37,8 @@ enum class LibraryMeanwhile : bool { kIsHeld, kIsFree };
 
 /// Runs `work`, which touches nothing of Ruby's, while other Ruby threads go on. Where the library
 /// is free meanwhile, neither `work` nor the rest of the call touches anything of it that others
-/// could. It is not begun when somebody interrupts the thread: that is raised as Stopped. Once begun
-/// it ends, and the interruption comes after the call.
+/// could. It is not begun when somebody interrupts the thread: that is raised as Stopped. Once
+/// begun it ends, and the interruption comes after the call.
 void withoutInterpreterLock(LibraryMeanwhile library, void (*work)(void* argument), void* argument);
 
 /// What `call` answers, run by withoutInterpreterLock(); throws what it throws.

@@ -38,8 +38,8 @@ std::shared_ptr<Dictionary> lastNotes(const VTSearchManager& manager) {
 void setLongestWalkSeconds(VTSearchManager& manager, double seconds) {
   constexpr double kMost = 1e9;  // more than fits into a count of milliseconds means nothing
   if (!(seconds >= 0 && seconds <= kMost)) throw std::invalid_argument("no such time");
-  manager.setLongestWalk(
-      std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(seconds)));
+  manager.setLongestWalk(std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::chrono::duration<double>(seconds)));
 }
 
 }  // namespace

@@ -70,7 +70,9 @@ class SearchTest < WorldTest
     manager.setLongestWalkSeconds(60)
     assert_equal 1, manager.executeQuery("true", forSearchFolders: [folder]).results.sum(&:count)
     refute manager.lastNotes["walkWasGivenUp"]
-    [-1, Float::NAN, 1e300].each { |none| assert_raises(ArgumentError) { manager.setLongestWalkSeconds(none) } }
+    [-1, Float::NAN, 1e300].each do |none|
+      assert_raises(ArgumentError) { manager.setLongestWalkSeconds(none) }
+    end
   end
 
   def test_users_and_their_preferences

@@ -87,6 +87,17 @@ class ThreadsTest < WorldTest
     assert_operator gaps.max, :<, gaps.sum / 2
   end
 
+  def test_a_copy_of_the_process_is_whole_whatever_other_threads_do
+    200.times { |i| write("#{i}.txt", "some words " * 20_000) }
+    searches = Array.new(2) { Thread.new { search('kMDItemTextContent == "nowhere"') } }
+    checks = Array.new(2) { Thread.new { right_password?("wrong") } }
+    Thread.pass until searches.any?(&:stop?)
+    copies = Array.new(3) { Process.fork { exit!(works?) } }
+    assert_equal([true] * 3, copies.map { |copy| ended(copy)&.success? })
+    [*searches, *checks].each(&:join)
+    assert works?
+  end
+
   # A password takes the system as long as it likes: here some tenths of a second of arithmetic.
   def test_others_go_on_while_a_password_is_looked_at
     hash = "secret".crypt("$6$rounds=500000$saltsalt$")
@@ -119,6 +130,21 @@ class ThreadsTest < WorldTest
   end
 
   private
+
+  # Whether settings can be changed and files found.
+  def works?
+    settings.serverName = "of #{Process.pid}"
+    settings.serverName == "of #{Process.pid}" && search('kMDItemFSName == "1.txt"').results.sum(&:count) == 1
+  end
+
+  # How the process ended; nil when it hangs.
+  def ended(pid)
+    Timeout.timeout(20) { Process.wait2(pid).last }
+  rescue Timeout::Error
+    Process.kill("KILL", pid)
+    Process.wait(pid)
+    nil
+  end
 
   def right_password?(text)
     VTUser.passwordIsRight(text, forName: "ann")
