@@ -3,9 +3,10 @@
 module VistaroWeb
   module Search
     # What a search found, as a page shows it: plain values that need the library no more.
-    # `kind` is the title of the only kind that is shown; nil for all.
+    # `kind` is the title of the only kind that is shown; nil for all. `scope` is the title of the
+    # folder that was searched; "" for all. `mailable` tells whether files can be sent by mail at all.
     Results = Struct.new(:groups, :total, :kind, :seconds, :query, :cut, :names_only, :notes, :problem,
-                         keyword_init: true) do
+                         :mailable, :scope, keyword_init: true) do
       # Nothing, because of a Problem.
       def self.none(problem)
         new(groups: [], total: 0, notes: [], problem: problem)
@@ -18,7 +19,9 @@ module VistaroWeb
       # Gives the items the ids by which the session speaks of them.
       def identify(item_ids)
         groups.each do |group|
-          group.items&.each { |item| item.id = item_ids.id_of(ItemIds::Hit.new(item.path, item.types, group.title)) }
+          group.items&.each do |item|
+            item.id = item_ids.id_of(ItemIds::Hit.new(item.path, item.types, group.title))
+          end
         end
         self
       end

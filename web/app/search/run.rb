@@ -39,6 +39,7 @@ module VistaroWeb
         Results.new(groups: groups, total: total, kind: kind_title, query: typed["query"],
                     names_only: !typed["asksForText"], notes: notes(manager),
                     cut: manager.lastSearchWasCut,
+                    scope: scope_title, mailable: VTSettings.sharedInstance.mailingConfiguredAndEnabled,
                     seconds: Process.clock_gettime(Process::CLOCK_MONOTONIC) - start)
       end
 
@@ -60,11 +61,15 @@ module VistaroWeb
 
       def folders
         all = VTSettings.sharedInstance.searchFolders
-        title = @request.scope || @user.defaultSearchFolder&.title
-        return all if title.nil? || title.empty?
+        title = scope_title
+        return all if title.empty?
 
         found = all.each.lazy.filter_map { |folder| folder.searchFolderForTitle(title) }.first
         found ? [found] : []
+      end
+
+      def scope_title
+        @request.scope || @user.defaultSearchFolder&.title.to_s
       end
 
       # The index takes what was typed for a wrong query.
