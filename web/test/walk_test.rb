@@ -5,7 +5,7 @@ require_relative "test_helper"
 # Searches that have to walk the files, away from everybody else.
 class WalkTest < WebTest
   # More to read than is walked inside of the library: the same file under many names.
-  MANY = 60
+  MANY = 25
   TEXT = "some words that nobody looks for, " * 20_000
   SLOW = 'kMDItemTextContent == "needle"'
 
@@ -28,10 +28,19 @@ class WalkTest < WebTest
     assert_equal 1, settings.totalSearches
   end
 
+  def test_knows_what_is_typed
+    File.utime(Time.at(0), Time.new(2019, 4, 15), write("folder/old plan.txt"))
+    asked = VistaroWeb::Search::Request.new({ "q" => "modified:2019-04 kind:text plan" })
+    session = VistaroWeb::Session.new(VTUser.userWithName("ann"), 0)
+    found = VistaroWeb::Search::Walks.new.results(asked, session) { false }
+    assert_equal(["old plan.txt"], found.groups.flat_map(&:items).map(&:name))
+  end
+
   def test_finds_nothing_that_the_user_may_not_read
     write("folder/secret.txt", "needle", mode: 0o600)
     get "/api/search", { "q" => SLOW }
-    assert_equal(["last.txt"], JSON.parse(body)["groups"].flat_map { |group| group["items"] }.map { |item| item["name"] })
+    items = JSON.parse(body)["groups"].flat_map { |group| group["items"] }
+    assert_equal(["last.txt"], items.map { |item| item["name"] })
   end
 
   def test_others_go_on_meanwhile
@@ -80,11 +89,13 @@ class WalkTest < WebTest
   end
 
   def test_a_user_has_few_places
-    walks = Array.new(4) { Thread.new { searched(SLOW) } }
-    assert_equal [200], walks.map(&:value).uniq
-    with_walks(VistaroWeb::Search::Walks.new) do
-      app.walks.singleton_class.define_method(:full?) { |_| true }
-      assert_equal 429, searched(SLOW)
+    with_walks(VistaroWeb::Search::Walks.new(seconds_for_a_place: 60)) do
+      assert_equal [200], Array.new(4) { Thread.new { searched(SLOW) } }.map(&:value).uniq
+    end
+    with_walks(VistaroWeb::Search::Walks.new(seconds_for_a_place: 0)) do
+      started = Array.new(4) { Thread.new { searched(SLOW) } }.map(&:value).tally
+      assert_operator started[200], :<=, VistaroWeb::Search::Walks::MOST_OF_ONE_USER
+      assert_equal 4, started.values_at(200, 429).sum
     end
   end
 

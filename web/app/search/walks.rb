@@ -19,8 +19,9 @@ module VistaroWeb
       SECONDS = 30
       SECONDS_FOR_A_PLACE = 1
 
-      def initialize(seconds: SECONDS)
+      def initialize(seconds: SECONDS, seconds_for_a_place: SECONDS_FOR_A_PLACE)
         @seconds = seconds
+        @seconds_for_a_place = seconds_for_a_place
         @lock = Mutex.new
         @left = ConditionVariable.new
         @running = {} # walk => id of the user
@@ -62,7 +63,7 @@ module VistaroWeb
       end
 
       def take_place(walk, uid)
-        deadline = now + SECONDS_FOR_A_PLACE
+        deadline = now + @seconds_for_a_place
         @lock.synchronize do
           while full?(uid)
             left = deadline - now
