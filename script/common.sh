@@ -4,13 +4,14 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '%s\n' "$*" >&2; }
 
+# as_root COMMAND…: runs it as root, by sudo unless we are; says so and fails where there is none.
 as_root() {
   if [ "$(id -u)" -eq 0 ]; then
     "$@"
   elif command -v sudo >/dev/null; then
     sudo "$@"
   else
-    say "Packages are missing and only root can install them: run script/setup as root once."
+    say "Only root can do that, and there is no sudo: $*"
     return 1
   fi
 }
@@ -28,6 +29,8 @@ install_packages() {
   [ ${#missing[@]} -eq 0 ] && return
   say "Installing ${missing[*]}"
   mkdir -p build
+  [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null ||
+    { say "Only root can install packages: run script/setup as root once."; return 1; }
   { as_root apt-get update &&
     as_root env DEBIAN_FRONTEND=noninteractive \
       apt-get install -y --no-install-recommends "${missing[@]}"; } >build/packages.log 2>&1 ||

@@ -26,12 +26,25 @@ void processEvents() {
   Platform::current().serviceDiscovery().processEvents();
 }
 
+// Runs its block once no other thread is in the library, which keeps them out until it ends.
+VALUE alone(VALUE) {
+  Outcome outcome;
+  if (waitForLibrary(outcome)) {
+    contain(outcome, [](Outcome& result) {
+      const LibraryHold hold;
+      result.value = protect([] { return rb_yield(Qnil); });
+    });
+  }
+  return outcome.finish();
+}
+
 void define() {
   prepareLibraryLock();
   prepareWrappers();
   const VALUE module = rb_define_module("VistaroRuby");
   defineErrors(module);
   rb_define_singleton_method(module, "processEvents", callWork<processEvents>, 0);
+  rb_define_singleton_method(module, "alone", alone, 0);
   rb_define_singleton_method(module, "restart", callWork<restartWorld>, 0);
 
   defineVTObject(module);

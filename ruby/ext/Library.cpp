@@ -1,5 +1,6 @@
 #include "Library.h"
 
+#include <optional>
 #include <vector>
 
 namespace vt::ruby {
@@ -20,6 +21,18 @@ void emptyWaitingToGo() noexcept {
     const std::vector<std::shared_ptr<void>> going = std::exchange(waitingToGo(), {});
   }
 }
+
+/// Takes the outcome of the call that runs aside while others may begin and end.
+class OutcomeAside {
+ public:
+  OutcomeAside() : mine_(std::exchange(runningOutcome(), nullptr)) {}
+  OutcomeAside(const OutcomeAside&) = delete;
+  OutcomeAside& operator=(const OutcomeAside&) = delete;
+  ~OutcomeAside() { runningOutcome() = mine_; }
+
+ private:
+  Outcome* mine_;
+};
 
 VALUE waitForHolder(VALUE) {
   rb_mutex_lock(mutex);
@@ -55,13 +68,20 @@ LibraryHold::~LibraryHold() {
   rb_mutex_unlock(mutex);
 }
 
-void withoutInterpreterLock(void (*work)(void* argument), void* argument) {
+void withoutInterpreterLock(LibraryMeanwhile library, void (*work)(void* argument),
+                            void* argument) {
   struct Job {
     void (*work)(void* argument);
     void* argument;
     bool isDone;
   } job{work, argument, false};
-  const LibraryHold hold;
+  std::optional<LibraryHold> hold;
+  std::optional<OutcomeAside> aside;
+  if (library == LibraryMeanwhile::kIsHeld) {
+    hold.emplace();
+  } else {
+    aside.emplace();
+  }
   while (!job.isDone) {
     // The flag keeps interruptions from being raised in here, over the heads of C++ objects.
     rb_nogvl(

@@ -31,13 +31,18 @@ class LibraryHold {
   bool isOutermost_;
 };
 
-/// Runs `work`, which touches nothing of Ruby's, while other Ruby threads go on; the library is
-/// held. It is not begun when somebody interrupts the thread: that is raised as Stopped. Once begun
-/// it ends, and the interruption comes after the call.
-void withoutInterpreterLock(void (*work)(void* argument), void* argument);
+/// Whether other threads may call into the library while one of them is without the interpreter
+/// lock.
+enum class LibraryMeanwhile : bool { kIsHeld, kIsFree };
+
+/// Runs `work`, which touches nothing of Ruby's, while other Ruby threads go on. Where the library
+/// is free meanwhile, neither `work` nor the rest of the call touches anything of it that others
+/// could. It is not begun when somebody interrupts the thread: that is raised as Stopped. Once
+/// begun it ends, and the interruption comes after the call.
+void withoutInterpreterLock(LibraryMeanwhile library, void (*work)(void* argument), void* argument);
 
 /// What `call` answers, run by withoutInterpreterLock(); throws what it throws.
-template <class Call>
+template <LibraryMeanwhile library = LibraryMeanwhile::kIsHeld, class Call>
 auto callWithoutInterpreterLock(Call& call) {
   using Answer = std::invoke_result_t<Call&>;
   struct Job {
@@ -46,6 +51,7 @@ auto callWithoutInterpreterLock(Call& call) {
     std::exception_ptr error;
   } job{&call, {}, nullptr};
   withoutInterpreterLock(
+      library,
       [](void* pointer) {
         Job& running = *static_cast<Job*>(pointer);
         try {

@@ -1,3 +1,6 @@
+#include <chrono>
+#include <stdexcept>
+
 #include "Classes.h"
 #include "Message.h"
 #include "directory/VTUser.h"
@@ -28,7 +31,15 @@ std::shared_ptr<Dictionary> lastNotes(const VTSearchManager& manager) {
   const MDQueryNotes& notes = manager.lastNotes();
   return Dictionary::make({{"unknownAttributes", arrayOf(notes.unknownAttributes)},
                            {"unusableScopes", arrayOf(notes.unusableScopes)},
-                           {"hasNoAccount", notes.hasNoAccount}});
+                           {"hasNoAccount", notes.hasNoAccount},
+                           {"walkWasGivenUp", notes.walkWasGivenUp}});
+}
+
+void setLongestWalkSeconds(VTSearchManager& manager, double seconds) {
+  constexpr double kMost = 1e9;  // more than fits into a count of milliseconds means nothing
+  if (!(seconds >= 0 && seconds <= kMost)) throw std::invalid_argument("no such time");
+  manager.setLongestWalk(std::chrono::duration_cast<std::chrono::milliseconds>(
+      std::chrono::duration<double>(seconds)));
 }
 
 }  // namespace
@@ -40,6 +51,7 @@ void defineVTSearchManager(VALUE module) {
       message<&M::executeQuery, Trait::kReleasesLock>("executeQuery:forSearchFolders:"),
       message<lastRejection>("lastRejection"),
       message<lastNotes>("lastNotes"),
+      message<setLongestWalkSeconds>("setLongestWalkSeconds:"),
       message<&M::lastSearchWasCut>("lastSearchWasCut"),
       message<&M::queryRequestAttributeKeys>("queryRequestAttributeKeys"),
       message<&M::querySortAttributeKeys>("querySortAttributeKeys"),

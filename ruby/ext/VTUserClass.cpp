@@ -26,6 +26,16 @@ bool accountIsOpen(const U& user) {
   return passwordsUnder(Platform::current().systemPath(""))->isOpen(user.username());
 }
 
+// Whether `password` is that of the account called `name` and the account may be used now: what
+// userWithName:password: asks. That may take long, and others call into the library meanwhile: the
+// check is an object of its own, and looks at files or starts a program.
+bool passwordIsRight(const std::string& password, const std::string& name) {
+  const std::shared_ptr<const PasswordCheck> check =
+      passwordsUnder(Platform::current().systemPath(""));
+  auto verify = [&] { return check->verify(name, password); };
+  return callWithoutInterpreterLock<LibraryMeanwhile::kIsFree>(verify);
+}
+
 }  // namespace
 
 void defineVTUser(VALUE module) {
@@ -33,6 +43,7 @@ void defineVTUser(VALUE module) {
       classMessage<static_cast<ByName>(&U::userWithName)>("userWithName:"),
       classMessage<static_cast<ByPassword>(&U::userWithName), Trait::kReleasesLock>(
           "userWithName:password:"),
+      classMessage<passwordIsRight>("passwordIsRight:forName:"),
       initialiser<&U::initWithUsername>("initWithUsername:fromDirectoryService:"),
       message<&U::uid>("uid"),
       message<&U::gid>("gid"),

@@ -5,6 +5,7 @@ require "vistaro_ruby/keyword_forms"
 require "vistaro_ruby/dictionary"
 require "vistaro_ruby/array"
 require "vistaro_ruby/object"
+require "vistaro_ruby/forking"
 
 # The classes of the search server and what goes with them.
 module VistaroRuby

@@ -60,6 +60,21 @@ class SearchTest < WorldTest
     assert_equal "text/plain", NSFileManagerAdditions.mimeTypeAtPath(path)
   end
 
+  def test_a_search_that_walks_too_long_is_given_up
+    write("a.txt")
+    manager = VTSearchManager.alloc.initWithUser(nil)
+    manager.setLongestWalkSeconds(0)
+    assert_nil manager.executeQuery("true", forSearchFolders: [folder])
+    assert manager.lastNotes["walkWasGivenUp"]
+    assert_nil manager.lastRejection
+    manager.setLongestWalkSeconds(60)
+    assert_equal 1, manager.executeQuery("true", forSearchFolders: [folder]).results.sum(&:count)
+    refute manager.lastNotes["walkWasGivenUp"]
+    [-1, Float::NAN, 1e300].each do |none|
+      assert_raises(ArgumentError) { manager.setLongestWalkSeconds(none) }
+    end
+  end
+
   def test_users_and_their_preferences
     user = ann
     assert_equal [2001, 2001, "ann", "Ann Other", false],

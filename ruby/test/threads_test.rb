@@ -87,6 +87,39 @@ class ThreadsTest < WorldTest
     assert_operator gaps.max, :<, gaps.sum / 2
   end
 
+  def test_a_copy_of_the_process_is_whole_whatever_other_threads_do
+    200.times { |i| write("#{i}.txt", "some words " * 20_000) }
+    searches = Array.new(2) { Thread.new { search('kMDItemTextContent == "nowhere"') } }
+    checks = Array.new(2) { Thread.new { right_password?("wrong") } }
+    Thread.pass until searches.any?(&:stop?)
+    copies = Array.new(3) { Process.fork { exit!(works?) } }
+    assert_equal([true] * 3, copies.map { |copy| ended(copy)&.success? })
+    [*searches, *checks].each(&:join)
+    assert works?
+  end
+
+  # A password takes the system as long as it likes: here some tenths of a second of arithmetic.
+  def test_others_go_on_while_a_password_is_looked_at
+    hash = "secret".crypt("$6$rounds=500000$saltsalt$")
+    File.write(File.join(@root, "etc/shadow"), "ann:#{hash}:19000:0:99999:7:::\n", perm: 0o600)
+    VistaroRuby.restart
+    checks = [true, false].map { |right| Thread.new { right_password?(right ? "secret" : "wrong") } }
+    answered = 0
+    answered += 1 while settings.serverPort && checks.all?(&:alive?)
+    assert_operator answered, :>, 3
+    assert_equal [true, false], checks.map(&:value)
+  end
+
+  def test_who_looks_at_a_password_can_be_told_of_changes_afterwards
+    told = []
+    observation = settings.observe("serverName") { |_, phase| told << phase }
+    checks = Array.new(3) { Thread.new { right_password?("wrong") && raise } }
+    settings.serverName = "changed"
+    checks.each(&:join)
+    observation.cancel
+    assert_equal %i[will did], told
+  end
+
   def test_searches_of_several_threads_all_find
     20.times { |i| write("#{i}.txt") }
     counts = Array.new(4) do
@@ -97,6 +130,25 @@ class ThreadsTest < WorldTest
   end
 
   private
+
+  # Whether settings can be changed and files found.
+  def works?
+    settings.serverName = "of #{Process.pid}"
+    settings.serverName == "of #{Process.pid}" && search('kMDItemFSName == "1.txt"').results.sum(&:count) == 1
+  end
+
+  # How the process ended; nil when it hangs.
+  def ended(pid)
+    Timeout.timeout(20) { Process.wait2(pid).last }
+  rescue Timeout::Error
+    Process.kill("KILL", pid)
+    Process.wait(pid)
+    nil
+  end
+
+  def right_password?(text)
+    VTUser.passwordIsRight(text, forName: "ann")
+  end
 
   # How long this thread waited each time to be run again while another ran the block.
   def gaps_while(&block)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -66,6 +67,8 @@ struct MDQueryNotes {
   /// Why the files had to be walked, as the end of a sentence: "there is no index". "" when they
   /// had not.
   std::string walkedBecause{};
+  /// The walk took longer than it may, see MDQuerySetLongestWalk: nothing is known of hits.
+  bool walkWasGivenUp = false;
   /// How many files of the scope that the effective user may read have not been looked into yet:
   /// what stands in them was not found. 0 when the query does not ask for that.
   std::uint64_t filesNotLookedInto = 0;
@@ -141,7 +144,12 @@ class MetadataIndex {
   virtual void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,
                                      std::uint32_t options) = 0;
 
-  /// Runs the query. False when it could not be run; there are then no results.
+  /// Gives the executions to come up when they have walked the files for so long. An index that
+  /// never walks may ignore it.
+  virtual void MDQuerySetLongestWalk(MDQuery& /*query*/, std::chrono::milliseconds /*limit*/) {}
+
+  /// Runs the query. False when it could not be run, or its walk was given up, as the notes then
+  /// say; there are then no results.
   virtual bool MDQueryExecute(MDQuery& query, std::uint32_t options) = 0;
 
   /// What to say about the query once it is executed.
@@ -155,6 +163,10 @@ class MetadataIndex {
   virtual void MDQueryDisableUpdates(MDQuery& query) = 0;
 
   virtual std::int32_t MDQueryGetResultCount(const MDQuery& query) = 0;
+
+  /// Whether every hit of every query has a path, and what is told of it stays the same, so that
+  /// nobody need ask before they have to.
+  virtual bool hitsAreFiles() const { return false; }
 
   /// The item of the hit at `index` (below the count), never null.
   virtual std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) = 0;

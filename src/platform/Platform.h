@@ -63,6 +63,10 @@ class Platform {
   DirectoryServices& directoryServices() const { return need(services_.directoryServices); }
   RuntimeBundles& runtimeBundles() const { return need(services_.runtimeBundles); }
   MetadataIndex& metadataIndex() const { return need(services_.metadataIndex); }
+  /// The same, for those who may outlive the platform.
+  const std::shared_ptr<MetadataIndex>& sharedMetadataIndex() const {
+    return services_.metadataIndex;
+  }
   /// Whether there is an index to ask: not where the tables that it needs are missing or damaged.
   bool hasMetadataIndex() const { return services_.metadataIndex != nullptr; }
   Resources& resources() const { return need(services_.resources); }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -8,13 +7,12 @@
 #include <vector>
 
 #include "foundation/Array.h"
-#include "foundation/Dictionary.h"
-#include "foundation/Key.h"
 #include "foundation/ObjectArray.h"
 #include "platform/MetadataIndex.h"
 
 namespace vt {
 
+class HitRecords;
 class VTSearchFolder;
 class VTSearchResult;
 class VTUser;
@@ -29,9 +27,10 @@ class HitGrouper {
     std::shared_ptr<VTUser> user;
   };
 
-  /// `index` and `query` are borrowed, and so is `filter`: hits at paths to which it has no access
-  /// are left out. Nullptr leaves none out.
-  HitGrouper(MetadataIndex& index, MDQuery& query, Search search, const VTUser* filter);
+  /// `filter` is borrowed: hits at paths to which it has no access are left out. Nullptr leaves
+  /// none out; where hits are files, records are then made only when somebody asks for them.
+  HitGrouper(const std::shared_ptr<MetadataIndex>& index, const std::shared_ptr<MDQuery>& query,
+             Search search, const VTUser* filter);
 
   /// Puts the hit at `position` at the end of its kind's group, unless it lacks a path, is filtered
   /// out, or is of no kind.
@@ -41,28 +40,21 @@ class HitGrouper {
   std::shared_ptr<ObjectArray<VTSearchResult>> groups() const { return groups_; }
 
  private:
-  using Records = ObjectArray<Dictionary>;
-
-  /// The records of the kind that hits with this type tree belong to; nullptr when there is none.
+  /// The group of the kind that hits with this type tree belong to; nullptr when there is none.
   /// `tree` may be nullptr.
-  Records* recordsForTree(const std::shared_ptr<Array>& tree);
-  Records* recordsOfKindFor(const Array* tree);
-  std::shared_ptr<Dictionary> makeRecord(Value path, const std::optional<Value>& tree,
-                                         std::int32_t position);
+  VTSearchResult* groupForTree(const std::shared_ptr<Array>& tree);
+  VTSearchResult* groupOfKindFor(const Array* tree);
 
-  MetadataIndex& index_;
-  MDQuery& query_;
+  const std::shared_ptr<const HitRecords> records_;
   const Search search_;
   const VTUser* filter_;
-  // Made once, so that a key costs a record no more than a counter.
-  const Key pathKey_;
-  const std::array<Key, 5> keys_;
+  const bool makesRecordsLater_;
 
   std::shared_ptr<ObjectArray<VTSearchResult>> groups_;
-  std::unordered_map<std::string, Records*> recordsByTitle_;
+  std::unordered_map<std::string, VTSearchResult*> groupsByTitle_;
   // By identity: an index gives hits of one type the same array. Keeping the arrays alive keeps
   // their addresses from being used again.
-  std::unordered_map<std::shared_ptr<Array>, Records*> recordsByTree_;
+  std::unordered_map<std::shared_ptr<Array>, VTSearchResult*> groupsByTree_;
 };
 
 }  // namespace vt

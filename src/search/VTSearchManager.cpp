@@ -62,8 +62,9 @@ std::shared_ptr<VTSearchResultContainer> VTSearchManager::executeQuery(
     const UserIdentityScope identity(user_.get());
     const std::shared_ptr<MDQuery> search = createQuery(query);
     if (!search) return nullptr;
-    groups = groupsFoundBy(*search, query, searchFolders,
-                           identity.actsForUser() ? nullptr : user_.get());
+    groups =
+        groupsFoundBy(search, query, searchFolders, identity.actsForUser() ? nullptr : user_.get());
+    if (lastNotes_.walkWasGivenUp) return nullptr;
     NSLog("Finished executing query in %f seconds", now() - start);
   }
   if (groups) sortBySortOrder(*groups);
@@ -82,30 +83,33 @@ std::shared_ptr<MDQuery> VTSearchManager::createQuery(const std::string& query) 
 }
 
 std::shared_ptr<VTSearchManager::Groups> VTSearchManager::groupsFoundBy(
-    MDQuery& search, const std::string& query,
+    const std::shared_ptr<MDQuery>& search, const std::string& query,
     const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders, const VTUser* filter) {
   MetadataIndex& index = Platform::current().metadataIndex();
   const std::vector<std::string> sortAttributes = querySortAttributeKeys();
   const DateAbleSortContext context{
       .dateIndex = 0, .attributeCount = static_cast<std::int32_t>(sortAttributes.size())};
   index.MDQuerySetSortComparator(
-      search, dateAbleSortComparatorFunction, &context,
+      *search, dateAbleSortComparatorFunction, &context,
       MDQueryDeclaredOrder{.attribute = sortAttributes.front(), .descending = true});
   const std::vector<std::string> scope =
       searchFolders ? pathsCoveredBy(*searchFolders) : std::vector<std::string>();
-  index.MDQuerySetSearchScope(search, scope, 0);
-  if (!index.MDQueryExecute(search, kMDQuerySynchronous)) {
-    NSLog("Query failed for some reason!");
+  index.MDQuerySetSearchScope(*search, scope, 0);
+  if (longestWalk_) index.MDQuerySetLongestWalk(*search, *longestWalk_);
+  if (!index.MDQueryExecute(*search, kMDQuerySynchronous)) {
+    lastNotes_ = index.MDQueryCopyNotes(*search);
+    if (!lastNotes_.walkWasGivenUp) NSLog("Query failed for some reason!");
     return nullptr;
   }
-  index.MDQueryDisableUpdates(search);
-  lastNotes_ = index.MDQueryCopyNotes(search);
+  index.MDQueryDisableUpdates(*search);
+  lastNotes_ = index.MDQueryCopyNotes(*search);
   const std::shared_ptr<VTSettings> settings = VTSettings::sharedInstance();
   settings->setSearchCount(settings->searchCount() + 1);
-  const std::int32_t count = index.MDQueryGetResultCount(search);
+  const std::int32_t count = index.MDQueryGetResultCount(*search);
   NSLog("Found %d elements for query %@", count, query);
 
-  HitGrouper grouper(index, search, {searchFolders, queryRequestAttributeKeys(), user_}, filter);
+  HitGrouper grouper(Platform::current().sharedMetadataIndex(), search,
+                     {searchFolders, queryRequestAttributeKeys(), user_}, filter);
   const std::int32_t visited = std::min(count, kMostVisitedHits);
   lastSearchWasCut_ = visited < count;
   for (std::int32_t position = 0; position < visited; ++position) grouper.addHit(position);

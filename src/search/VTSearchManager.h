@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -41,15 +42,21 @@ class VTSearchManager final : public VTObject {
   /// Nil, with a log line, when the index rejects the query; lastRejection() then says why. A query
   /// that cannot be executed gives a container without groups, with a log line.
   ///
+  /// Nil as well when the search walked for longer than it may, see setLongestWalk().
+  ///
   /// A process of root's acts as the user for the span of the call, see UserIdentityScope; any
   /// other asks the user's accessAllowedToPath() for each hit.
   std::shared_ptr<VTSearchResultContainer> executeQuery(
       const std::string& query, const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders);
 
+  /// How long the searches to come may walk the files when the index cannot answer them: one that
+  /// takes longer is given up, as lastNotes() then says. Without limit at first.
+  void setLongestWalk(std::chrono::milliseconds limit) { longestWalk_ = limit; }
+
   /// Why the last query was rejected; nothing when it was not.
   const std::optional<MDQueryRejection>& lastRejection() const { return lastRejection_; }
 
-  /// What to say of the last query that was executed beside its hits.
+  /// What to say of the last query that was executed beside its hits, or that was given up.
   const MDQueryNotes& lastNotes() const { return lastNotes_; }
   /// Whether the last query had more hits than are looked at.
   bool lastSearchWasCut() const { return lastSearchWasCut_; }
@@ -67,13 +74,14 @@ class VTSearchManager final : public VTObject {
   explicit VTSearchManager(std::shared_ptr<VTUser> user) : user_(std::move(user)) {}
 
   std::shared_ptr<MDQuery> createQuery(const std::string& query);
-  /// Executes `search` and groups its hits; nullptr when it cannot be executed. Hits that `filter`
-  /// may not read are left out; none are when it is nullptr.
+  /// Executes `search` and groups its hits; nullptr when it cannot be executed, or is given up.
+  /// Hits that `filter` may not read are left out; none are when it is nullptr.
   std::shared_ptr<Groups> groupsFoundBy(
-      MDQuery& search, const std::string& query,
+      const std::shared_ptr<MDQuery>& search, const std::string& query,
       const std::shared_ptr<ObjectArray<VTSearchFolder>>& searchFolders, const VTUser* filter);
 
   std::shared_ptr<VTUser> user_;
+  std::optional<std::chrono::milliseconds> longestWalk_;
   std::optional<MDQueryRejection> lastRejection_;
   MDQueryNotes lastNotes_;
   bool lastSearchWasCut_ = false;

@@ -6,6 +6,7 @@
 #include "kinds/VTSearchKind.h"
 #include "platform/Attributes.h"
 #include "scopes/VTSearchFolder.h"
+#include "search/HitRecords.h"
 #include "search/RecordSorting.h"
 
 namespace vt {
@@ -35,6 +36,28 @@ std::optional<std::string> VTSearchResult::title() const {
   return groupKind_ ? std::optional(groupKind_->title()) : std::nullopt;
 }
 
+std::shared_ptr<VTSearchResult::Records> VTSearchResult::results() const {
+  for (std::size_t index = 0; index < unmadePositions_.size(); ++index) recordAt(index);
+  unmadePositions_ = {};
+  unmade_.reset();
+  return results_;
+}
+
+void VTSearchResult::appendHit(const std::shared_ptr<const HitRecords>& found,
+                               std::int32_t position) {
+  unmade_ = found;
+  unmadePositions_.push_back(position);
+  results_->append(nullptr);
+}
+
+const std::shared_ptr<Dictionary>& VTSearchResult::recordAt(std::uint64_t index) const {
+  std::shared_ptr<Dictionary>& record = results_->elements().at(index);
+  if (!record && index < unmadePositions_.size()) {
+    record = unmade_->recordAt(unmadePositions_[index]);
+  }
+  return record;
+}
+
 std::uint64_t VTSearchResult::numberOfPages() const {
   const std::int32_t resultsPerPage = user_ ? user_->resultsPerPage().intValue() : 0;
   if (resultsPerPage == 0) throw ArithmeticError("numberOfPages: no results per page");
@@ -45,7 +68,7 @@ std::uint64_t VTSearchResult::numberOfPages() const {
 void VTSearchResult::sortByAttribute(const std::string& attribute) {
   descendingSort_ = attribute == sortAttribute_ && !descendingSort_;
   sortAttribute_ = attribute;
-  if (results_) results_ = sortedRecords(*results_, attribute, descendingSort_);
+  if (results()) results_ = sortedRecords(*results_, attribute, descendingSort_);
 }
 
 int VTSearchResult::groupSortOrderCompare(const VTSearchResult& other) const {
@@ -56,7 +79,7 @@ int VTSearchResult::groupSortOrderCompare(const VTSearchResult& other) const {
 
 std::optional<Value> VTSearchResult::valueForKey(std::string_view key, std::uint64_t index) const {
   if (!results_ || index > count() - 1) return std::nullopt;
-  const std::shared_ptr<Dictionary>& record = results_->at(index);
+  const std::shared_ptr<Dictionary>& record = recordAt(index);
   return record ? record->get(key) : std::nullopt;
 }
 

@@ -13,6 +13,7 @@
 
 namespace vt {
 
+class HitRecords;
 class VTSearchFolder;
 class VTSearchKind;
 class VTUser;
@@ -44,8 +45,9 @@ class VTSearchResult final : public VTObject {
   std::optional<std::string> groupName() const { return title(); }
   std::optional<std::string> title() const;
 
-  /// The records in display order: the array itself.
-  std::shared_ptr<Records> results() const { return results_; }
+  /// The records in display order: the array itself. Makes those that were not asked for before,
+  /// about a microsecond each; the look-ups of single items make their own alone.
+  std::shared_ptr<Records> results() const;
   std::uint64_t count() const { return results_ ? results_->size() : 0; }
 
   /// How many pages the records fill, by the user's resultsPerPage() read as a signed 32-bit
@@ -217,11 +219,18 @@ class VTSearchResult final : public VTObject {
   bool buildThumbnailForFile(const std::string& path, const std::string& targetFile, bool iconMode,
                              double width, double height) const;
 
+  /// Appends the hit at `position`, whose record is made when somebody asks for it. All hits of a
+  /// group are those of one `found`, and come before anybody asks.
+  void appendHit(const std::shared_ptr<const HitRecords>& found, std::int32_t position);
+
  protected:
   const Property* propertyNamed(std::string_view key) const override;
 
  private:
   VTSearchResult() = default;
+
+  /// The record at `index`, below the count; may be nullptr.
+  const std::shared_ptr<Dictionary>& recordAt(std::uint64_t index) const;
 
   bool typeTreeContains(std::string_view type, std::uint64_t index) const;
 
@@ -232,6 +241,9 @@ class VTSearchResult final : public VTObject {
   std::vector<std::string> attributeKeys_;
 
   std::shared_ptr<Records> results_;
+  // Of the records that are nullptr because they were not made yet: the first ones, in order.
+  mutable std::shared_ptr<const HitRecords> unmade_;
+  mutable std::vector<std::int32_t> unmadePositions_;
   std::uint64_t currentPage_ = 1;
   bool thumbnailMode_ = false;
   std::optional<std::string> sortAttribute_;

@@ -90,6 +90,20 @@ class FileServer {
     return report + ids();
   }
 
+  /// What everybody finds, in a platform that has gone since.
+  std::shared_ptr<VTSearchResultContainer> found(const std::string& query,
+                                                 std::chrono::milliseconds longestWalk) const {
+    const LogRedirection silence([](std::string_view) {});
+    const PlatformScope scope(platform());
+    const auto folders = ObjectArray<VTSearchFolder>::make(
+        {VTConcreteSearchFolder::initWithPath(files_.path().string(), "Files")});
+    const auto manager = VTSearchManager::initWithUser(nullptr);
+    manager->setLongestWalk(longestWalk);
+    auto container = manager->executeQuery(query, folders);
+    if (!container && !manager->lastNotes().walkWasGivenUp) throw std::runtime_error("rejected");
+    return container;
+  }
+
   /// What the user called `user` gets of the file `name` through a group that holds it: the address
   /// in it and its MIME type; then the ids of the process. To be called in a child process.
   std::string lookInto(const std::string& name, const std::string& user) const {
@@ -210,6 +224,19 @@ TEST_F(EndToEnd, FindsExactlyWhatTheUserMayReadNewestFirst) {
             "Images: everybody.png\n"
             "Documents: editors'.txt her own.txt her group's.txt everybody.txt\n"
             "uid 0 gid 0");
+}
+
+TEST_F(EndToEnd, TellsOfItsHitsAsLongAsAGroupOfThemLives) {
+  const auto container = server_.found("kMDItemFSName == \"every*.txt\"", std::chrono::hours(1));
+  ASSERT_TRUE(container);
+  const auto group = container->resultAtIndex(0);
+  EXPECT_EQ(group->count(), 1U);
+  EXPECT_EQ(group->valueForKey("kMDItemDisplayName", 0), Value("everybody.txt"));
+  EXPECT_EQ(group->results()->size(), 1U);
+}
+
+TEST_F(EndToEnd, FindsNothingWhenTheWalkTakesLongerThanItMay) {
+  EXPECT_FALSE(server_.found("true", std::chrono::milliseconds(-1)));
 }
 
 TEST_F(EndToEnd, FindsEverythingForRoot) {

@@ -33,6 +33,28 @@ TEST_F(SettingsCommand, StoresValuesOfTheRightType) {
   EXPECT_EQ(settings({"get", "sslEnabled"}).output, "yes\n");
 }
 
+TEST_F(SettingsCommand, StoresLists) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* shown;
+  } cases[] = {
+      {{"set", "webHostNames", "files.example.org"}, "[\"files.example.org\"]\n"},
+      {{"set", "webHostNames", "a.example.org", "b.example.org"},
+       "[\"a.example.org\",\"b.example.org\"]\n"},
+      {{"set", "webHostNames", "[\"a, b\", \"c\"]"}, "[\"a, b\",\"c\"]\n"},
+      {{"set", "webHostNames", "[]"}, "[]\n"},
+      {{"set", "webHostNames", "[\"[c]\"]"}, "[\"[c]\"]\n"},
+      {{"set", "webProxyAddresses", "10.0.0.1", "FE80:0::1"}, "[\"10.0.0.1\",\"fe80::1\"]\n"},
+      {{"set", "mottos", "--list", "find", "it"}, "[\"find\",\"it\"]\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.shown);
+    EXPECT_EQ(settings(c.arguments).exitCode, 0);
+    EXPECT_EQ(settings({"get", c.arguments[1]}).output, c.shown);
+  }
+  EXPECT_THAT(readFile(settingsFile()), HasSubstr("<string>fe80::1</string>"));
+}
+
 TEST_F(SettingsCommand, RefusesValuesThatCannotBe) {
   const struct {
     std::vector<std::string> arguments;
@@ -45,6 +67,12 @@ TEST_F(SettingsCommand, RefusesValuesThatCannotBe) {
       {{"set", "startupUserId", "root"}, "is no whole number"},
       {{"set", "severPort", "80"}, "the server knows no setting severPort"},
       {{"set", "serverName", "\xff"}, "must be UTF-8"},
+      {{"set", "webHostNames", "a", "\xff"}, "must be UTF-8"},
+      {{"set", "webHostNames", "[1]"}, "is no array of texts"},
+      {{"set", "webHostNames", "[\"a\""}, "is no array in JSON"},
+      {{"set", "webHostNames", "[\"\"]"}, "\"\" is no text"},
+      {{"set", "webProxyAddresses", "10.0.0.1", "proxy"}, "\"proxy\" is no address"},
+      {{"set", "serverName", "a", "b"}, "the setting takes one value"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.says);

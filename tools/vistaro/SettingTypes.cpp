@@ -1,11 +1,15 @@
 #include "vistaro/SettingTypes.h"
 
+#include <arpa/inet.h>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <optional>
 
+#include "foundation/Array.h"
 #include "vistaro/CommandError.h"
 #include "vistaro/Terminal.h"
 #include "vistaro/ValueJSON.h"
@@ -20,6 +24,9 @@ constexpr KnownSetting kKnownSettings[] = {
     {"serverPort", SettingType::kPort, "port of the web server; else 9000"},
     {"userAuthenticationDisabled", SettingType::kBoolean, "whether one may search without login"},
     {"anonymousUserName", SettingType::kText, "who searches without login; else nobody"},
+    {"rootLoginAllowed", SettingType::kBoolean, "whether the account with user id 0 may log in"},
+    {"webHostNames", SettingType::kTexts, "more names under which browsers ask for the server"},
+    {"webProxyAddresses", SettingType::kAddresses, "proxies that say where requests come from"},
     {"sslEnabled", SettingType::kBoolean, "whether the web server speaks HTTPS"},
     {"useSSLTestCertificate", SettingType::kBoolean, "whether it uses the test certificate"},
     {"sslCertificatePath", SettingType::kText, "path of its certificate"},
@@ -49,6 +56,31 @@ std::optional<std::int64_t> integerIn(std::string_view text) {
   throw CommandError{kUsage, fmt::format("\"{}\" is no {}", printable(text), wanted)};
 }
 
+/// As the server sees the addresses of those who connect, which are compared as texts.
+std::string addressIn(std::string_view text) {
+  const std::string typed(text);
+  for (const int family : {AF_INET, AF_INET6}) {
+    std::array<unsigned char, sizeof(in6_addr)> bytes{};
+    std::array<char, INET6_ADDRSTRLEN> written{};
+    if (inet_pton(family, typed.c_str(), bytes.data()) == 1 && typed.find('\0') == typed.npos &&
+        inet_ntop(family, bytes.data(), written.data(), written.size()) != nullptr) {
+      return written.data();
+    }
+  }
+  refuse(text, "address such as 10.0.0.1");
+}
+
+std::vector<std::string> textsInJSON(const std::string& text) {
+  const auto list = nlohmann::json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);
+  if (!list.is_array()) refuse(text, "array in JSON");
+  std::vector<std::string> texts;
+  for (const auto& element : list) {
+    if (!element.is_string()) refuse(text, "array of texts");
+    texts.push_back(element.get<std::string>());
+  }
+  return texts;
+}
+
 }  // namespace
 
 std::span<const KnownSetting> knownSettings() { return kKnownSettings; }
@@ -63,6 +95,11 @@ Value settingFromText(SettingType type, std::string_view text) {
     case SettingType::kText:
     case SettingType::kSecret:
       return text;
+    case SettingType::kTexts:
+      if (text.empty()) refuse(text, "text");
+      return text;
+    case SettingType::kAddresses:
+      return addressIn(text);
     case SettingType::kBoolean:
       if (text == "yes" || text == "true" || text == "1") return true;
       if (text == "no" || text == "false" || text == "0") return false;
@@ -79,6 +116,19 @@ Value settingFromText(SettingType type, std::string_view text) {
     }
   }
   return {};
+}
+
+Value settingFromTexts(SettingType type, const std::vector<std::string>& texts) {
+  if (!isList(type)) {
+    if (texts.size() != 1) throw CommandError{kUsage, "the setting takes one value"};
+    return settingFromText(type, texts.front());
+  }
+  const bool isJSON = texts.size() == 1 && texts.front().starts_with('[');
+  auto list = Array::make();
+  for (const std::string& text : isJSON ? textsInJSON(texts.front()) : texts) {
+    list->append(settingFromText(type, text));
+  }
+  return list;
 }
 
 std::string textOfSetting(std::string_view key, const Value& value) {

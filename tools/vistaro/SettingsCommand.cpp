@@ -1,7 +1,9 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <vector>
 
 #include "foundation/UTF8.h"
 #include "vistaro/CommandError.h"
@@ -59,21 +61,25 @@ std::string readStandardInput() {
   return text;
 }
 
-SettingType typeOf(const std::string& key, bool isText) {
+// What is stored under a name that the server does not know.
+enum class Unknown { kRefused, kText, kList };
+
+SettingType typeOf(const std::string& key, Unknown unknown) {
   if (const KnownSetting* known = knownSetting(key)) return known->type;
-  if (isText) return SettingType::kText;
+  if (unknown == Unknown::kText) return SettingType::kText;
+  if (unknown == Unknown::kList) return SettingType::kTexts;
   throw CommandError{kUsage, fmt::format("the server knows no setting {}; `vistaro settings list` "
-                                         "names them, and --text stores it all the same",
+                                         "names them, and --text or --list stores it all the same",
                                          printable(key))};
 }
 
-int setSetting(const std::string& key, const std::string& typed, bool isText) {
-  const SettingType type = typeOf(key, isText);
-  const std::string text = typed == "-" ? readStandardInput() : typed;
-  if (!isValidUTF8(key) || !isValidUTF8(text)) {
+int setSetting(const std::string& key, std::vector<std::string> texts, Unknown unknown) {
+  const SettingType type = typeOf(key, unknown);
+  if (texts.size() == 1 && texts.front() == "-") texts.front() = readStandardInput();
+  if (!isValidUTF8(key) || !std::ranges::all_of(texts, isValidUTF8)) {
     throw CommandError{kUsage, "settings must be UTF-8"};
   }
-  const Value value = settingFromText(type, text);
+  const Value value = settingFromTexts(type, texts);
   SettingsChange change;
   change.settings().setValue(value, key);
   change.save();
@@ -110,13 +116,26 @@ void addSettingsCommand(CLI::App& app, int& status) {
   get->callback([key, &status] { status = reportingErrors([&] { return getSetting(*key); }); });
 
   auto text = std::make_shared<std::string>();
+  auto more = std::make_shared<std::vector<std::string>>();
   auto isText = std::make_shared<bool>(false);
+  auto isList = std::make_shared<bool>(false);
   CLI::App* set = settings->add_subcommand("set", "Change one");
   set->add_option("key", *key, "Name of the setting")->required();
-  set->add_option("value", *text, "Its value; - reads it from standard input")->required();
-  set->add_flag("--text", *isText, "Store a text under a name that the server does not know");
-  set->callback([key, text, isText, &status] {
-    status = reportingErrors([&] { return setSetting(*key, *text, *isText); });
+  // Apart from the others, since CLI11 takes to pieces what stands in brackets among several.
+  set->add_option(
+         "value", *text,
+         "Its value; - reads it from standard input. Of a list the first element, or all of "
+         "them as an array in JSON")
+      ->required();
+  set->add_option("more", *more, "The other elements of a list");
+  CLI::Option* const asText =
+      set->add_flag("--text", *isText, "Store a text under a name that the server does not know");
+  set->add_flag("--list", *isList, "Store a list of texts there")->excludes(asText);
+  set->callback([key, text, more, isText, isList, &status] {
+    const Unknown unknown = *isText ? Unknown::kText : *isList ? Unknown::kList : Unknown::kRefused;
+    std::vector<std::string> texts{*text};
+    texts.insert(texts.end(), more->begin(), more->end());
+    status = reportingErrors([&] { return setSetting(*key, std::move(texts), unknown); });
   });
 
   CLI::App* unset = settings->add_subcommand("unset", "Go back to the default of one");

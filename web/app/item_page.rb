@@ -19,8 +19,12 @@ module VistaroWeb
                   kMDItemTextContent _kMDItemGroupId].freeze
     SIZES = %w[kMDItemFSSize kMDItemLogicalSize kMDItemPhysicalSize].freeze
 
-    # One line of what is known; a size is a number of bytes.
-    Fact = Struct.new(:name, :value, :size?)
+    # What the type of the file is called.
+    TYPE = "kMDItemKind"
+
+    # One line of what is known; a size is a number of bytes, and `type?` tells that the value is the
+    # name of the file's type.
+    Fact = Struct.new(:name, :value, :size?, :type?)
 
     attr_reader :name, :kind, :path, :folders, :facts, :more_facts, :open_address, :web_link, :types
 
@@ -81,9 +85,10 @@ module VistaroWeb
     def facts_in(metadata)
       left_out = titles_of(LEFT_OUT)
       sizes = titles_of(SIZES)
+      type = titles_of([TYPE]).first
       in_order = titles_of(FIRST).to_h { |title| [title, nil] }.merge(metadata)
       in_order.reject { |title, value| left_out.include?(title) || value.nil? || value == "" || value == [] }
-              .map { |title, value| Fact.new(title, value, sizes.include?(title)) }
+              .map { |title, value| Fact.new(title, value, sizes.include?(title), title == type) }
     end
 
     def titles_of(keys)

@@ -6,6 +6,7 @@ require "puma/server"
 require "puma/minissl"
 require_relative "boot"
 require_relative "certificate"
+require_relative "security/bounded_bodies"
 
 module VistaroWeb
   # The application behind Puma, in one process, since the library is in one.
@@ -29,6 +30,7 @@ module VistaroWeb
         settings = VistaroRuby::VTSettings.sharedInstance
         [@port || settings.serverPort, (Certificate.path(settings) if wants_tls?(settings))]
       end
+      Security::BoundedBodies.put_in_force
       server = Puma::Server.new(Application, Puma::Events.null, { min_threads: 2, max_threads: THREADS })
       listen(server, port, certificate)
       VistaroWeb.boot
@@ -67,6 +69,7 @@ module VistaroWeb
       %w[HUP INT TERM].each { |name| Signal.trap(name) { signals << name } }
       Thread.new do
         reload while signals.pop == "HUP"
+        Application.walks.stop
         server.stop
       end
     end

@@ -68,6 +68,27 @@ File.exist?(VTSettings.settingsStoragePath) && File.read(VTSettings.settingsStor
     assert_equal ["Tree"], settings.searchFolders.map(&:title)
   end
 
+  def test_lists_of_names_and_addresses_are_typed_one_to_a_line
+    get "/admin/server"
+    form = { "token" => token, "serverPort" => "9000" }
+    post "/admin/server", form.merge("webHostNames" => "files.example.org\r\nfiles, files",
+                                     "webProxyAddresses" => "FD00:0::1\n10.0.0.1")
+    assert_equal 303, status
+    assert_equal %w[files.example.org files], settings.valueForKey("webHostNames").to_a
+    assert_equal %w[fd00::1 10.0.0.1], settings.valueForKey("webProxyAddresses").to_a
+    get "/admin/server", {}, "HTTP_HOST" => "files.example.org"
+    assert_equal 200, status
+    assert_includes body, "files.example.org\nfiles</textarea>"
+    %w[webHostNames=a_b webProxyAddresses=10.0.0.0/8 webProxyAddresses=proxy].each do |wrong|
+      post "/admin/server", form.merge([wrong.split("=")].to_h)
+      assert_equal 422, status, wrong
+    end
+    post "/admin/server", form
+    assert_nil settings.valueForKey("webHostNames")
+    get "/admin/server", {}, "HTTP_HOST" => "files.example.org"
+    assert_equal 421, status
+  end
+
   def test_shows_how_the_server_does
     VTUser.userWithName("ann").login
     get "/search", "q" => "x"

@@ -27,6 +27,33 @@ class ItemPageTest < WebTest
     assert_includes body, "Download"
   end
 
+  def test_tells_the_type_in_the_visitors_language
+    { "plan.txt" => ["Plain text", "Reiner Text"], "photo.jpg" => ["JPEG image", "JPEG-Bild"],
+      "drawing.afdesign" => ["Affinity Designer document", "Affinity-Designer-Dokument"],
+      "disk.vhd" => ["Virtual disk (VHD)", "Festplattenabbild"] }.each do |name, (english, german)|
+      write(name)
+      log_in
+      address = address_of(name)
+      get address
+      assert_match(%r{<dt>Kind</dt><dd><bdi>#{Regexp.escape(english)}</bdi>}, body)
+      get address, {}, { "HTTP_ACCEPT_LANGUAGE" => "de" }
+      assert_match(%r{<dt>Art</dt><dd><bdi>#{german}</bdi>}, body)
+    end
+  end
+
+  def test_shows_nothing_that_means_nothing_to_people
+    write("photo.jpg")
+    FileUtils.mkdir(File.join(@tree, "photos"))
+    log_in
+    %w[photo.jpg photos].each do |name|
+      get address_of(name)
+      facts = body.scan(%r{<dt>([^<]*)</dt><dd><bdi>([^<]*)</bdi>})
+      refute_empty facts
+      refute_match(/result group|tree|_kMD/i, facts.map(&:first).join(" "), facts.inspect)
+      facts.each { |title, value| refute_empty value, title }
+    end
+  end
+
   def test_downloads_the_bytes
     bytes = Random.bytes(300_000)
     write("data.bin", bytes)

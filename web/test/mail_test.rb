@@ -38,6 +38,70 @@ class MailTest < WebTest
     assert_equal "Grüße\n.\nEnd", letter.text_part.decoded.gsub("\r\n", "\n").strip
   end
 
+  def test_sends_several_files_together
+    start_sink(:plain)
+    contents = { "one.txt" => "first", "two.bin" => Random.new(2).bytes(5_000), "sub/one.txt" => "other" }
+    contents.each { |name, content| write(name, content) }
+    ids = selected_ids("one.txt", "two.bin")
+    assert_equal 3, ids.size
+    get "/mail/new", { "ids" => ids, "from" => "/search?q=one" }
+    assert_includes body, 'value="3 files"'
+    assert_includes body, 'href="/search?q=one"'
+    send_selected(ids)
+    assert_equal :sent, state
+    letter = ::Mail.new(received.data)
+    assert_equal contents.to_a.map { |name, content| [File.basename(name), content] }.sort,
+                 letter.attachments.map { |part| [part.filename, part.decoded] }.sort
+  end
+
+  def test_leaves_out_what_may_not_be_sent_and_never_sends_less_than_was_shown
+    start_sink(:plain)
+    %w[one.txt two.txt].each { |name| write(name) }
+    FileUtils.mkdir(File.join(@tree, "three.txt"))
+    ids = selected_ids("txt")
+    get "/mail/new", { "ids" => [*ids, "x" * 22] }
+    assert_includes body, "2 of the selected items cannot be sent"
+    shown = body.scan(/name="ids\[\]" value="([\w-]{22})"/).flatten
+    assert_equal 2, shown.size
+    File.chmod(0o600, File.join(@tree, "two.txt"))
+    send_selected(shown)
+    assert_equal 422, status
+    assert_includes body, "Some of the files may not be sent any more"
+    refute_includes body, "two.txt"
+    get "/mail/new", { "ids" => ["x" * 22] }
+    assert_includes body, "Nothing is selected"
+    get "/mail/new"
+    assert_includes body, "Nothing is selected"
+    assert_empty @sink.messages
+  end
+
+  def test_takes_no_more_than_so_many_and_so_much_together
+    start_sink(:plain)
+    21.times { |i| write("few-#{i}.txt", "x") }
+    2.times { |i| File.open(write("much-#{i}.bin", ""), "w") { |file| file.truncate(9_500_000) } }
+    VTUser.userWithName("ann").resultsPerPage = 50
+    { "few" => "No more than 20 files", "much" => "too much for mail" }.each do |word, problem|
+      ids = selected_ids(word)
+      get "/mail/new", { "ids" => ids }
+      assert_includes body, problem
+      send_selected(ids)
+      assert_equal 422, status
+      assert_includes body, problem
+    end
+    assert_empty @sink.messages
+  end
+
+  def test_offers_to_select_only_where_mail_is_ready
+    write("one.txt")
+    get "/search", { "q" => "one" }
+    refute_includes body, "checkbox"
+    start_sink(:plain)
+    get "/search", { "q" => "one" }
+    assert_includes body, 'aria-label="Select one.txt"'
+    get "/search", { "q" => "one", "view" => "thumbnails" }
+    assert_includes body, 'aria-label="Select one.txt"'
+  end
+
   def test_lets_no_name_of_a_file_become_a_header
     start_sink(:plain)
     NAMES.each do |name|
@@ -169,10 +233,10 @@ class MailTest < WebTest
   def test_takes_no_file_that_is_too_long
     start_sink(:plain)
     path = write("long.bin")
-    File.truncate(path, VistaroWeb::Routes::Mail::MOST_BYTES + 1)
+    File.truncate(path, VistaroWeb::Mail::Selection::MOST_BYTES + 1)
     send_mail
     assert_equal 422, status
-    assert_includes body, "too long for mail"
+    assert_includes body, "too much for mail"
   end
 
   def test_is_not_offered_until_it_is_configured
@@ -234,6 +298,20 @@ class MailTest < WebTest
     assert_equal 200, status
     post last_request.path, { "token" => token, "to" => "eve@example.org", "subject" => "Hello",
                               "text" => "" }.merge(values)
+    follow_redirect! if last_response.redirect?
+  end
+
+  # The ids of what a page of results lets one select, for each of the words.
+  def selected_ids(*words)
+    words.flat_map do |word|
+      get "/search", { "q" => word, "kind" => "" }
+      body.scan(%r{href="/item/([\w-]{22})}).flatten.uniq
+    end.uniq
+  end
+
+  def send_selected(ids)
+    post "/mail", { "token" => token, "ids" => ids, "to" => "eve@example.org", "subject" => "Hello",
+                    "text" => "" }
     follow_redirect! if last_response.redirect?
   end
 

@@ -1,60 +1,44 @@
 # frozen_string_literal: true
 
 require_relative "test_helper"
-require "net/http"
 require "openssl"
-require "socket"
-require "timeout"
+require_relative "support/server_process"
 require_relative "../app/certificate"
 
 # The server as a process of its own, asked over the network.
 class ServerTest < WebTest
-  SERVER = File.expand_path("../server.rb", __dir__)
-  SECONDS = 20
+  include ServerProcess
 
-  # Starts it with the settings as they are, and gives its process id once it listens.
-  def start(expected: "listening")
-    @port = TCPServer.open("127.0.0.1", 0) { |server| server.addr[1] }
-    libraries = $LOAD_PATH.flat_map { |path| ["-I", path] }
-    reader, writer = IO.pipe
-    @pid = Process.spawn({ "VISTARO_ROOT" => @root }, RbConfig.ruby, *libraries, SERVER,
-                         "--bind", "127.0.0.1", "--port", @port.to_s, %i[out err] => writer)
-    writer.close
-    @output = reader
-    wait_for(expected)
+  # The processes that walk for it.
+  def walks
+    children = Dir["/proc/#{@pid}/task/*/children"].flat_map { |file| File.read(file).split }
+    children.select do |child|
+      File.read("/proc/#{child}/cmdline").include?("walk.rb")
+    rescue Errno::ENOENT, Errno::ESRCH
+      false
+    end
   end
 
-  def wait_for(text)
-    @said ||= +""
+  def wait_until
     deadline = Process.clock_gettime(Process::CLOCK_MONOTONIC) + SECONDS
-    until @said.include?(text)
-      left = deadline - Process.clock_gettime(Process::CLOCK_MONOTONIC)
-      flunk "no #{text} in:\n#{@said}" unless left.positive? && @output.wait_readable(left)
-      @said << @output.readpartial(65_536)
+    until yield
+      flunk "waited in vain" if Process.clock_gettime(Process::CLOCK_MONOTONIC) > deadline
+      Thread.pass
     end
-  rescue EOFError
-    flunk "no #{text} in:\n#{@said}"
   end
 
-  def teardown
-    if @pid
-      Process.kill("TERM", @pid)
-      Process.wait(@pid)
-    end
-  rescue Errno::ESRCH, Errno::ECHILD
-    nil
-  ensure
-    super
+  def chunks(number, size)
+    "#{size.to_s(16)}\r\nx=#{'x' * (size - 2)}\r\n" * number
   end
 
-  def fetch(tls: nil, path: "/login")
-    http = Net::HTTP.new("localhost", @port)
-    http.use_ssl = !tls.nil?
-    if tls
-      http.ca_file = tls
-      http.verify_mode = OpenSSL::SSL::VERIFY_PEER
+  # Of the answer to a form with such a header and body.
+  def status_of(header, body)
+    TCPSocket.open("localhost", @port) do |socket|
+      socket.write("POST /login HTTP/1.1\r\nHost: localhost\r\n" \
+                   "Content-Type: application/x-www-form-urlencoded\r\n#{header}\r\n\r\n")
+      socket.write(body)
+      Timeout.timeout(SECONDS) { socket.gets[/\AHTTP\S+ (\d+)/, 1].to_i }
     end
-    http.get(path)
   end
 
   def test_serves_and_ends_cleanly
@@ -90,6 +74,32 @@ class ServerTest < WebTest
       assert_includes socket.readpartial(100), "200 OK" # and no more of it: the server waits to send
       Timeout.timeout(SECONDS) { assert_equal "200", fetch(path: "/search?q=large").code }
     end
+  end
+
+  def test_a_walk_ends_when_its_visitor_goes
+    text = write("0.txt", "words that nobody looks for " * 40_000)
+    1.upto(2000) { |i| File.link(text, "#{@tree}/#{i}.txt") }
+    settings.userAuthenticationDisabled = true
+    start
+    TCPSocket.open("localhost", @port) do |socket|
+      query = URI.encode_www_form_component('kMDItemTextContent == "needle"')
+      socket.write("GET /search?q=#{query} HTTP/1.1\r\nHost: localhost\r\n\r\n")
+      wait_until { walks.any? }
+    end
+    wait_until { walks.empty? }
+    assert_equal "200", fetch(path: "/search").code
+  end
+
+  def test_bodies_that_are_too_long_are_refused_before_they_are_read
+    settings.userAuthenticationDisabled = true
+    start
+    { "Content-Length: 5000000000" => "", "Transfer-Encoding: chunked" => chunks(12, 100_000),
+      "Content-Length: 1000001\r\nExpect: 100-continue" => "" }.each do |header, body|
+      assert_equal 413, status_of(header, body), header
+    end
+    assert_equal 403, status_of("Content-Length: 7", "token=x")
+    assert_equal 403, status_of("Transfer-Encoding: chunked", "#{chunks(1, 999_000)}0\r\n\r\n")
+    wait_for('"reason":"length"')
   end
 
   def test_serves_tls_with_a_certificate_that_it_makes

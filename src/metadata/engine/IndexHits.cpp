@@ -102,6 +102,15 @@ void IndexHits::prefetchAfter(std::size_t index) const {
   }
 }
 
+void IndexHits::prefetchDateAndTypeAfter(std::size_t index) const {
+  // They are told in some nanoseconds each, and memory takes a hundred.
+  constexpr std::size_t kHitsAhead = 16;
+  if (index + kHitsAhead >= rows_.size()) return;
+  const std::uint32_t row = rows_[index + kHitsAhead];
+  __builtin_prefetch(&index_->segment.modified[row]);
+  __builtin_prefetch(&index_->segment.types[row]);
+}
+
 void IndexHits::reorder(const std::vector<std::size_t>& order) {
   std::vector<std::uint32_t> sorted;
   sorted.reserve(rows_.size());

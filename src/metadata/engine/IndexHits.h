@@ -53,6 +53,8 @@ class IndexHits {
   /// Has the processor fetch what will be told of the hits after `index`, since who asks for one
   /// mostly asks for those too: the rows of hits are far apart in every column.
   void prefetchAfter(std::size_t index) const;
+  /// The same for who asks for nothing but dates and types, one hit after the other.
+  void prefetchDateAndTypeAfter(std::size_t index) const;
 
   /// Puts the hits in the order of `order`, which holds each index once.
   void reorder(const std::vector<std::size_t>& order);

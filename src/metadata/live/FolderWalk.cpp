@@ -16,7 +16,7 @@ bool FolderWalk::walk(int root, std::string_view path) {
   path_ = path;
   enter(openForReading(root, ".", O_DIRECTORY), {});
   if (levels_.empty()) return false;
-  while (!levels_.empty()) {
+  while (!levels_.empty() && visitor_.goesOn()) {
     const std::size_t last = levels_.size() - 1;
     Level& level = levels_[last];
     path_.resize(level.pathSize);
@@ -54,6 +54,7 @@ void FolderWalk::list(Level& level) {
   const int folder = level.folder.get();
   std::size_t entries = 0;
   reader_.list(folder, [&](const char* name, EntryKind kind) {
+    if (!visitor_.goesOn()) return;
     ++entries;
     if (kind == EntryKind::kUnknown) {
       const std::optional<FileStatus> status = statusOf(folder, name);

@@ -32,6 +32,8 @@ class FolderVisitor {
   /// Called when the entries of one folder, `entries` of them, have been visited, before those of
   /// the folders in it.
   virtual void leaveListing(std::size_t /*entries*/) {}
+  /// Asked before each entry; once it is false, the walk ends.
+  virtual bool goesOn() { return true; }
 };
 
 /// Walks all that lies below a folder and the judged account may reach: every folder on the way

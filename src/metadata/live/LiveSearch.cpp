@@ -10,11 +10,13 @@
 namespace vt {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 class Collector final : public FolderVisitor {
  public:
   Collector(const query::QueryMatcher& matcher, LiveItem& item, LiveHits& hits,
-            const LiveSearch::Progress& progress)
-      : matcher_(matcher), item_(item), hits_(hits), progress_(progress) {}
+            const LiveSearch::Progress& progress, std::optional<Clock::time_point> deadline)
+      : matcher_(matcher), item_(item), hits_(hits), progress_(progress), deadline_(deadline) {}
 
   /// `scopes` are the canonical paths of all.
   void startScope(const SearchScope& scope, const std::unordered_set<std::string>& scopes) {
@@ -45,11 +47,20 @@ class Collector final : public FolderVisitor {
     if (progress_) progress_(folders_, entries_);
   }
 
+  bool goesOn() override {
+    hasGivenUp_ = hasGivenUp_ || (deadline_ && Clock::now() > *deadline_);
+    return !hasGivenUp_;
+  }
+
+  bool hasGivenUp() const { return hasGivenUp_; }
+
  private:
   const query::QueryMatcher& matcher_;
   LiveItem& item_;
   LiveHits& hits_;
   const LiveSearch::Progress& progress_;
+  const std::optional<Clock::time_point> deadline_;
+  bool hasGivenUp_ = false;
   std::uint64_t folders_ = 0;
   std::uint64_t entries_ = 0;
   const SearchScope* scope_ = nullptr;
@@ -60,6 +71,7 @@ class Collector final : public FolderVisitor {
 
 LiveSearchResult LiveSearch::run(const std::vector<std::string>& scopes,
                                  const Credentials& who) const {
+  const auto deadline = limit_ ? std::optional(Clock::now() + *limit_) : std::nullopt;
   LiveSearchResult result;
   const AccessJudge judge(who);
   SearchScopes found = findSearchScopes(scopes, judge);
@@ -68,14 +80,15 @@ LiveSearchResult LiveSearch::run(const std::vector<std::string>& scopes,
   for (const SearchScope& scope : found.usable) canonicalPaths.insert(scope.canonicalPath);
 
   LiveItem item(matcher_, schema_, tables_, judge);
-  Collector collector(matcher_, item, result.hits, progress_);
+  Collector collector(matcher_, item, result.hits, progress_, deadline);
   for (const SearchScope& scope : found.usable) {
     collector.startScope(scope, canonicalPaths);
     if (!FolderWalk(judge, collector).walk(scope.folder.get(), scope.path)) {
       result.unusableScopes.push_back(scope.given);
     }
   }
-  result.hits.sortNewestFirst();
+  result.wasGivenUp = collector.hasGivenUp();
+  if (!result.wasGivenUp) result.hits.sortNewestFirst();
   return result;
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +22,7 @@ struct LiveSearchResult {
   /// Scope folders, as they were given, that are relative, missing, no folders, not to be reached
   /// by the account, or not to be listed by the process.
   std::vector<std::string> unusableScopes;
+  bool wasGivenUp = false;  ///< it took longer than it may: the hits are not all
 };
 
 /// Answers one query by walking the files at the moment it is asked.
@@ -34,10 +37,16 @@ class LiveSearch {
   /// whoever may read them.
   using Progress = std::function<void(std::uint64_t folders, std::uint64_t entries)>;
 
-  /// Borrows everything but `progress`, which may be empty and must not throw.
+  /// Borrows everything but `progress`, which may be empty and must not throw. A search that takes
+  /// longer than `limit` is given up, between two entries; without one none is.
   LiveSearch(const query::QueryMatcher& matcher, const query::AttributeSchema& schema,
-             const TypeTables& tables, Progress progress = {})
-      : matcher_(matcher), schema_(schema), tables_(tables), progress_(std::move(progress)) {}
+             const TypeTables& tables, Progress progress = {},
+             std::optional<std::chrono::milliseconds> limit = {})
+      : matcher_(matcher),
+        schema_(schema),
+        tables_(tables),
+        progress_(std::move(progress)),
+        limit_(limit) {}
 
   /// `scopes` are absolute paths, which may lead through links. Costs a walk of all that is below
   /// them.
@@ -48,6 +57,7 @@ class LiveSearch {
   const query::AttributeSchema& schema_;
   TypeTables tables_;
   Progress progress_;
+  std::optional<std::chrono::milliseconds> limit_;
 };
 
 }  // namespace vt

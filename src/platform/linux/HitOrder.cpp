@@ -16,16 +16,22 @@ struct SortValues {
   std::vector<const Value*> pointers;
 };
 
-SortValues sortValuesOf(std::size_t index, const std::vector<NamedAttribute>& sorting,
-                        HitOrder::ValueOfHit valueOfHit) {
-  SortValues result;
+void tellSortValuesOf(std::size_t index, const std::vector<NamedAttribute>& sorting,
+                      HitOrder::ValueOfHit valueOfHit, SortValues& result) {
   result.values.resize(sorting.size());
+  result.pointers.clear();
   for (std::size_t i = 0; i < sorting.size(); ++i) {
     const bool isTold =
         sorting[i].attribute && valueOfHit(index, *sorting[i].attribute, result.values[i]);
     // Elements stay where they are when the struct moves, since a vector hands over its storage.
     result.pointers.push_back(isTold ? &result.values[i] : nullptr);
   }
+}
+
+SortValues sortValuesOf(std::size_t index, const std::vector<NamedAttribute>& sorting,
+                        HitOrder::ValueOfHit valueOfHit) {
+  SortValues result;
+  tellSortValuesOf(index, sorting, valueOfHit, result);
   return result;
 }
 
@@ -46,13 +52,14 @@ bool HitOrder::isNewestFirst(std::size_t count, ValueOfHit valueOfHit) const {
   const std::size_t visited = std::min(count, kMostVisitedHits);
   if (visited == 0) return true;
   SortValues before = sortValuesOf(0, sorting, valueOfHit);
+  SortValues after;  // outside of the loop: two hits' values have room for those of all
   for (std::size_t i = 1; i < visited; ++i) {
-    SortValues after = sortValuesOf(i, sorting, valueOfHit);
+    tellSortValuesOf(i, sorting, valueOfHit, after);
     // Only a negative answer means anything: two absent values give 1 either way round.
     if (comparator(after.pointers.data(), before.pointers.data(), comparatorContext) < 0) {
       return false;
     }
-    before = std::move(after);
+    std::swap(before, after);
   }
   return true;
 }

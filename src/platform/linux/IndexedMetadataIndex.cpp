@@ -63,6 +63,10 @@ void IndexedMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
   live_->MDQuerySetSearchScope(*ours(query).live, directories, options);
 }
 
+void IndexedMetadataIndex::MDQuerySetLongestWalk(MDQuery& query, std::chrono::milliseconds limit) {
+  live_->MDQuerySetLongestWalk(*ours(query).live, limit);
+}
+
 bool IndexedMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
   IndexedQuery& asked = ours(query);
   asked.hits = nullptr;
@@ -117,6 +121,7 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
     if (contents->failure()) return contents->failure()->reason;
   }
   const auto valueOfHit = [&](std::size_t at, LiveAttribute attribute, Value& value) {
+    hits->prefetchDateAndTypeAfter(at);
     // As a walk has it, which counts entries only for who asks that of an item.
     return attribute != LiveAttribute::kEntryCount &&
            hits->files().tell(attribute, hits->rowAt(at), value);

@@ -41,6 +41,7 @@ class IndexedMetadataIndex final : public MetadataIndex {
                                 const std::optional<MDQueryDeclaredOrder>& declared) override;
   void MDQuerySetSearchScope(MDQuery& query, const std::vector<std::string>& directories,
                              std::uint32_t options) override;
+  void MDQuerySetLongestWalk(MDQuery& query, std::chrono::milliseconds limit) override;
   /// True also when nothing could be found. Executing again looks again.
   bool MDQueryExecute(MDQuery& query, std::uint32_t options) override;
   MDQueryNotes MDQueryCopyNotes(const MDQuery& query) override;
@@ -49,6 +50,7 @@ class IndexedMetadataIndex final : public MetadataIndex {
   /// Does nothing: hits stay as they were found.
   void MDQueryDisableUpdates(MDQuery& query) override;
   std::int32_t MDQueryGetResultCount(const MDQuery& query) override;
+  bool hitsAreFiles() const override { return true; }
   std::shared_ptr<MDItem> MDQueryGetResultAtIndex(MDQuery& query, std::int32_t index) override;
   std::optional<Value> MDQueryGetAttributeValueOfResultAtIndex(MDQuery& query,
                                                                std::string_view attribute,

@@ -93,6 +93,10 @@ void LiveMetadataIndex::MDQuerySetSearchScope(MDQuery& query,
   ours(query).scopes = directories;
 }
 
+void LiveMetadataIndex::MDQuerySetLongestWalk(MDQuery& query, std::chrono::milliseconds limit) {
+  ours(query).longestWalk = limit;
+}
+
 bool LiveMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
   const TypeTables tables{*types_, groups_};
   LiveSearchResult result;
@@ -107,14 +111,17 @@ bool LiveMetadataIndex::MDQueryExecute(MDQuery& query, std::uint32_t options) {
       lookedAt = entries;
       if (progress_) progress_(folders, entries);
     };
-    result = LiveSearch(matcher, *schema_, tables, progress).run(ours(query).scopes, *who);
+    result = LiveSearch(matcher, *schema_, tables, progress, ours(query).longestWalk)
+                 .run(ours(query).scopes, *who);
     if ((options & kMDQueryCountsSteps) != 0) {
       steps = {{"readable, and as the query asks", lookedAt, result.hits.size()}};
     }
   }
   ours(query).notes.steps = std::move(steps);
+  ours(query).notes.walkWasGivenUp = result.wasGivenUp;
+  if (result.wasGivenUp) result.hits = {};
   ours(query).takeResult(std::move(result), tables);
-  return true;
+  return !ours(query).notes.walkWasGivenUp;
 }
 
 MDQueryNotes LiveMetadataIndex::MDQueryCopyNotes(const MDQuery& query) { return ours(query).notes; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -27,6 +28,7 @@ class LiveQuery final : public MDQuery {
   std::vector<NamedAttribute> valueList;
   HitOrder order;
   std::vector<std::string> scopes;
+  std::optional<std::chrono::milliseconds> longestWalk;
   LiveHits hits;
   MDQueryNotes notes;
 };

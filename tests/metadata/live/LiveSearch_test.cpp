@@ -193,6 +193,22 @@ TEST_F(LiveSearchTest, TellsAfterEachFolderHowFarItHasCome) {
   EXPECT_THAT(reports, ElementsAre(std::pair(1U, 2U), std::pair(2U, 3U), std::pair(3U, 4U)));
 }
 
+TEST_F(LiveSearchTest, IsGivenUpWhenItTakesLongerThanItMay) {
+  for (const char* name : {"a", "b/c"}) tree_.file(name);
+  const auto parsed = query::parseQuery("true", schema_);
+  const query::QueryMatcher matcher(*parsed, schema_, {Date(), query::Calendar()});
+  const TypeTables tables{types_, groups_};
+  // Over before it begins, as the clock need not move between two looks at it.
+  const std::chrono::milliseconds over(-1);
+  const auto result =
+      LiveSearch(matcher, schema_, tables, {}, over).run({tree_.path()}, superuser());
+  EXPECT_TRUE(result.wasGivenUp);
+  const auto inTime = LiveSearch(matcher, schema_, tables, {}, std::chrono::hours(1))
+                          .run({tree_.path()}, superuser());
+  EXPECT_FALSE(inTime.wasGivenUp);
+  EXPECT_EQ(inTime.hits.size(), 3U);
+}
+
 TEST_F(LiveSearchTest, FindsNothingWithoutAScope) {
   EXPECT_EQ(search("true", {}, superuser()).hits.size(), 0U);
 }

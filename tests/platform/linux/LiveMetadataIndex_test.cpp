@@ -381,6 +381,19 @@ TEST_F(LiveMetadataIndexTest, ReportsItsProgressWhileAskedTo) {
   EXPECT_EQ(seen, 0U);
 }
 
+TEST_F(LiveMetadataIndexTest, SaysThatAWalkWasGivenUpAndKeepsNoHits) {
+  tree_.file("a");
+  const auto query = executed("true");
+  index_.MDQuerySetLongestWalk(*query, std::chrono::milliseconds(-1));
+  EXPECT_FALSE(index_.MDQueryExecute(*query, kMDQuerySynchronous));
+  EXPECT_TRUE(index_.MDQueryCopyNotes(*query).walkWasGivenUp);
+  EXPECT_EQ(index_.MDQueryGetResultCount(*query), 0);
+  index_.MDQuerySetLongestWalk(*query, std::chrono::hours(1));
+  EXPECT_TRUE(index_.MDQueryExecute(*query, kMDQuerySynchronous));
+  EXPECT_FALSE(index_.MDQueryCopyNotes(*query).walkWasGivenUp);
+  EXPECT_EQ(index_.MDQueryGetResultCount(*query), 1);
+}
+
 TEST_F(LiveMetadataIndexTest, CountsWhatItLookedAtWhenItIsAsked) {
   for (const char* name : {"a.txt", "b.txt", "sub/c.pdf"}) make(name, 1, 1);
   const auto query = index_.MDQueryCreate("kMDItemFSName == \"*.txt\"", {}, {});

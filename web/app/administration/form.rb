@@ -1,22 +1,49 @@
 # frozen_string_literal: true
 
+require "ipaddr"
+
 module VistaroWeb
   module Administration
     # Settings that are changed together, by a form whose fields have their names.
     class Form
       # How one is typed and stored: :text, :secret (never shown; kept when nothing is typed), :port,
-      # :number, :flag.
+      # :number, :flag; :texts and :addresses are lists, typed one to a line.
       Setting = Struct.new(:name, :type, :pattern)
+      LISTS = %i[texts addresses].freeze
+
+      # Whether what is typed can be a setting of the type.
+      CHECKS = {
+        text: ->(text, setting) { text.match?(setting.pattern) },
+        texts: ->(text, setting) { elements(text).all?(setting.pattern) },
+        addresses: ->(text, _) { elements(text).all? { |element| address(element) } },
+        port: ->(text, _) { text.match?(/\A\d{1,5}\z/) && text.to_i.between?(1, 65_535) },
+        number: ->(text, _) { text.match?(/\A\d\z/) },
+        flag: ->(text, _) { text == "1" },
+        secret: ->(text, _) { text.length <= 200 && !text.match?(/[[:cntrl:]]/) }
+      }.freeze
 
       class << self
         def all
           @all ||= []
         end
 
-        # Declares one. A text that is typed has to match `pattern`; an empty one removes the setting.
+        # Declares one. A text that is typed, or each of a list, has to match `pattern`; an empty one
+        # removes the setting.
         def setting(name, type, pattern: nil)
           all << Setting.new(name, type, pattern)
         end
+      end
+
+      # What a list that was typed consists of.
+      def self.elements(text)
+        text.split(/[\s,]+/).reject(&:empty?).uniq
+      end
+
+      # As the server sees the addresses of those who connect; nil for what is none.
+      def self.address(text)
+        IPAddr.new(text).to_s unless text.include?("/")
+      rescue IPAddr::Error
+        nil
       end
 
       # What is in force, with the library entered.
@@ -33,12 +60,19 @@ module VistaroWeb
 
       def self.text_of(settings, setting)
         return "" if setting.type == :secret
+        return list_text(settings, setting) if LISTS.include?(setting.type)
 
         value = settings.public_send(setting.name)
         return value && value != 0 ? "1" : "" if setting.type == :flag
 
         value.to_s
       end
+
+      def self.list_text(settings, setting)
+        stored = settings.valueForKey(setting.name)
+        stored.is_a?(VistaroRuby::VTArray) ? stored.grep(String).join("\n") : ""
+      end
+      private_class_method :list_text
 
       # `values` are texts by name; `forgets_secrets` removes those that nothing is typed for.
       def initialize(values, forgets_secrets = nil)
@@ -69,7 +103,8 @@ module VistaroWeb
           next store_secret(settings, setting) if setting.type == :secret
           next if value(setting.name) == self.class.text_of(settings, setting)
 
-          settings.public_send("#{setting.name}=", stored_value(setting))
+          # By key: not all of them have messages of their own.
+          settings.setValue(stored_value(setting), forKey: setting.name)
         end
       end
 
@@ -81,14 +116,7 @@ module VistaroWeb
       end
 
       def fits?(setting)
-        text = value(setting.name)
-        case setting.type
-        when :port then text.match?(/\A\d{1,5}\z/) && text.to_i.between?(1, 65_535)
-        when :number then text.match?(/\A\d\z/)
-        when :flag then text == "1"
-        when :secret then text.length <= 200 && !text.match?(/[[:cntrl:]]/)
-        else text.match?(setting.pattern)
-        end
+        CHECKS.fetch(setting.type).call(value(setting.name), setting)
       end
 
       def stored_value(setting)
@@ -96,7 +124,12 @@ module VistaroWeb
         return text == "1" if setting.type == :flag
         return if text.empty?
 
-        setting.type == :text ? text : text.to_i
+        case setting.type
+        when :text then text
+        when :texts then self.class.elements(text)
+        when :addresses then self.class.elements(text).map { |element| self.class.address(element) }
+        else text.to_i
+        end
       end
 
       def store_secret(settings, setting)

@@ -7,12 +7,17 @@ module VistaroWeb
   module Administration
     # Name, port and encryption of the server, and whether one has to log in.
     class ServerForm < Form
-      setting "serverName", :text, pattern: /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z/
+      NAME = /\A[A-Za-z0-9]([A-Za-z0-9.-]{0,251}[A-Za-z0-9])?\z/
+
+      setting "serverName", :text, pattern: NAME
       setting "serverPort", :port
       setting "userAuthenticationDisabled", :flag
       setting "sslEnabled", :flag
       setting "useSSLTestCertificate", :flag
       setting "sslCertificatePath", :text, pattern: %r{\A/[^[:cntrl:]]+\z}
+
+      setting Security::HostNames::EXTRA_SETTING, :texts, pattern: NAME
+      setting Security::Forwarding::SETTING, :addresses
 
       private
 

@@ -1,6 +1,7 @@
 # frozen_string_literal: true
 
 require_relative "../attribute_titles"
+require_relative "../type_names"
 
 module VistaroWeb
   # How values are shown.
@@ -52,6 +53,13 @@ module VistaroWeb
     # The name of an attribute in the visitor's language.
     def attribute_name(title)
       AttributeTitles.in(language, title)
+    end
+
+    # The value of a fact of a file of these types.
+    def fact_text(fact, types)
+      return size_text(fact.value) if fact.size?
+
+      (TypeNames.in(language, types) if fact.type?) || value_text(fact.value)
     end
 
     # A name as it can be shown: bytes that are not UTF-8 become U+FFFD, and control characters,

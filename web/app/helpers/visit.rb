@@ -6,6 +6,8 @@ require "securerandom"
 module VistaroWeb
   # The visitor of a request: who it is, in which language, and whether a form is one of ours.
   module Visit
+    # States of a connection as the kernel counts them: TIME_WAIT, CLOSE, CLOSE_WAIT, LAST_ACK, CLOSING.
+    CLOSED_BY_PEER = [6, 7, 8, 9, 11].freeze
     SECRET = SecureRandom.bytes(32)
 
     # The session of whoever is logged in; nil when nobody is. Where nobody has to log in, everybody
@@ -77,6 +79,16 @@ module VistaroWeb
     # The text in the visitor's language, see Text.fetch.
     def t(key, **values)
       Text.fetch(language, key, **values)
+    end
+
+    # Whether whoever made the request has closed the connection, and does not wait for the answer.
+    def visitor_is_gone?
+      socket = request.env["puma.socket"]&.to_io
+      return false unless socket.is_a?(TCPSocket)
+
+      CLOSED_BY_PEER.include?(socket.getsockopt(Socket::IPPROTO_TCP, Socket::TCP_INFO).data.getbyte(0))
+    rescue IOError, SystemCallError
+      true
     end
 
     def log_event(event, **details)

@@ -11,7 +11,7 @@ module VistaroWeb
           require_login
           asked = VistaroWeb::Search::Request.new(params)
           json({ error: "nothing" }, 422) if asked.blank?
-          found = VistaroWeb::Search::JSON.new(run_search(asked, &:results))
+          found = VistaroWeb::Search::JSON.new(run_search(asked))
           json(found.data, found.status)
         end
 

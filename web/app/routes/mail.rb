@@ -4,13 +4,12 @@ require_relative "../item"
 require_relative "../mail/address"
 require_relative "../mail/jobs"
 require_relative "../mail/letter"
+require_relative "../mail/selection"
 
 module VistaroWeb
   module Routes
-    # Sending a file by mail, and how that went.
+    # Sending files by mail, and how that went.
     module Mail
-      # What hosts commonly take is 25 MB of message, which Base64 makes a third longer than the file.
-      MOST_BYTES = 18_000_000
       MOST_CHARACTERS = 10_000
       FIELDS = %w[to subject text].freeze
 
@@ -20,30 +19,30 @@ module VistaroWeb
 
         app.get "/item/:id/mail" do
           require_login
-          name = with_item { |item| item.emailable? ? item.name : halt(404) }
-          mail_form(name, { "subject" => name_text(name) }, nil)
+          new_message([params["id"]]) { halt 404 }
         end
 
         app.post "/item/:id/mail" do
           require_login
           require_form_token
-          name, type, content, host, sender = mailed_item
-          problem, recipients = mail_problem(content)
-          halt 422, mail_form(name, typed_mail, problem) if problem
+          send_message([params["id"]]) { halt 404 }
+        end
 
-          letter = letter_of(host, sender, recipients)
-          letter.attach(name, content, type)
-          begin_mail(host, letter, recipients, [name]) do
-            halt 429, mail_form(name, typed_mail, "too_many")
-          end
+        app.get "/mail/new" do
+          require_login
+          new_message(ids_of_items) { |selection| mail_form(selection, {}, "nothing") }
+        end
+
+        app.post "/mail" do
+          require_login
+          require_form_token
+          send_message(ids_of_items) { |selection| halt 422, mail_form(selection, typed_mail, "some_gone") }
         end
 
         app.get "/mail/:job" do
           require_login
           job = settings.mail_jobs.find(params["job"], session_of_visitor.uid) or halt 404
-          next part(:"mail/state", job: job) if params["part"] == "state"
-
-          page :"mail/job", job: job
+          params["part"] == "state" ? part(:"mail/state", job: job) : page(:"mail/job", job: job)
         end
       end
 
@@ -63,11 +62,6 @@ module VistaroWeb
           yield
         end
 
-        def mail_form(name, values, problem)
-          fields = { "to" => "", "text" => "" }.merge(values)
-          page :"mail/form", name: name, id: params["id"], fields: fields, problem: problem
-        end
-
         # Whoever asks is shown what the host said only when there is something to do about it.
         def host_answer(job)
           job.answer if administrator?
@@ -79,35 +73,81 @@ module VistaroWeb
           Mail::FIELDS.to_h { |name| [name, field(name)] }
         end
 
-        # Name, type and content of the item of the address, read with the visitor's rights; content is
-        # nil when it is too long. Besides the host that mail goes to, and who sends it.
-        def mailed_item
-          name, type, file, *rest = with_item do |item|
-            host = VistaroWeb::Mail::Host.configured
-            halt 404 unless item.emailable? && host
-            [item.name, item.mime_type, item.open_file || halt(404), host,
-             user.fullname || session_of_visitor.username]
+        # One more than may be sent, so that it shows when there are more.
+        def ids_of_items
+          ids = params["ids"]
+          ids.is_a?(Array) ? ids.grep(String).uniq.first(VistaroWeb::Mail::Selection::MOST + 1) : []
+        end
+
+        # The form for a message with these items. The block answers when none of them may be sent.
+        def new_message(ids)
+          with_selection(ids) do |selection|
+            next yield(selection) if selection.entries.empty?
+
+            mail_form(selection, { "subject" => usual_subject(selection) }, selection_problem(selection))
           end
-          [name, type, file.read(Mail::MOST_BYTES), *rest]
-        ensure
-          file&.close
         end
 
-        # The end of the key of a text for what is wrong with the form, and the recipients.
-        def mail_problem(content)
-          recipients = VistaroWeb::Mail::Address.list(field("to"))
-          problem = if content.nil? then "too_long"
-                    elsif recipients.nil? then "wrong_recipients"
-                    elsif field("subject").match?(/[[:cntrl:]]/) then "odd_subject"
-                    elsif Mail::FIELDS.any? do |name|
-                            field(name).length > Mail::MOST_CHARACTERS
-                          end then "long_text"
-                    end
-          [problem, recipients]
+        # The same for one that was filled in. The block answers when one of them may not be sent any more.
+        def send_message(ids)
+          with_selection(ids) do |selection|
+            yield selection unless selection.complete?
+
+            recipients = VistaroWeb::Mail::Address.list(field("to"))
+            letter = letter_with(selection, recipients)
+            begin_mail(mail_host, letter, recipients, selection.names) do
+              halt 429, mail_form(selection, typed_mail, "too_many")
+            end
+          end
         end
 
-        def letter_of(host, sender, recipients)
-          VistaroWeb::Mail::Letter.new(sender: host.sender, on_behalf_of: sender, recipients: recipients,
+        # Shows the form again when something is wrong with it.
+        def letter_with(selection, recipients)
+          refuse = ->(problem) { halt 422, mail_form(selection, typed_mail, problem) }
+          problem = selection_problem(selection) || message_problem(recipients)
+          refuse.call(problem) if problem
+
+          letter_to(recipients).tap { |letter| selection.attach_to(letter) || refuse.call("too_long") }
+        end
+
+        def with_selection(ids, &)
+          halt 404 unless mail_host
+          VistaroWeb::Mail::Selection.open(session_of_visitor, ids, &)
+        end
+
+        # As it is configured at this moment; nil when mail is not.
+        def mail_host
+          @mail_host ||= Library.enter { VistaroWeb::Mail::Host.configured }
+        end
+
+        def mail_form(selection, values, problem)
+          fields = { "to" => "", "subject" => "", "text" => "" }.merge(values)
+          page :"mail/form", selection: selection, fields: fields, problem: problem, id: params["id"],
+                             back: own_target(params["from"], "/search")
+        end
+
+        def usual_subject(selection)
+          count = selection.entries.size
+          count == 1 ? name_text(selection.names.first) : t("mail.several", count: count)
+        end
+
+        # The end of the key of a text for what is wrong with what is to be sent, and with the form.
+        def selection_problem(selection)
+          if selection.entries.size > VistaroWeb::Mail::Selection::MOST then "too_many_files"
+          elsif selection.too_long? then "too_long"
+          end
+        end
+
+        def message_problem(recipients)
+          if recipients.nil? then "wrong_recipients"
+          elsif field("subject").match?(/[[:cntrl:]]/) then "odd_subject"
+          elsif Mail::FIELDS.any? { |name| field(name).length > Mail::MOST_CHARACTERS } then "long_text"
+          end
+        end
+
+        def letter_to(recipients)
+          sender = Library.enter { user.fullname } || session_of_visitor.username
+          VistaroWeb::Mail::Letter.new(sender: mail_host.sender, on_behalf_of: sender, recipients: recipients,
                                        subject: field("subject"), text: field("text"))
         end
       end

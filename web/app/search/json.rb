@@ -10,7 +10,9 @@ module VistaroWeb
 
       # The status of HTTP that goes with it.
       def status
-        @results.problem ? 422 : 200
+        return 200 unless @results.problem
+
+        @results.problem.kind == "time" ? 503 : 422
       end
 
       def data
@@ -24,6 +26,8 @@ module VistaroWeb
 
       # The offset is one of bytes in "source".
       def problem(problem)
+        return { error: "time" } if problem.kind == "time"
+
         { error: "query", problem: problem.kind, part: problem.part, source: problem.source,
           offset: problem.offset }
       end

@@ -6,8 +6,8 @@ require_relative "../search_folders"
 
 module VistaroWeb
   module Search
-    # Runs a search on behalf of the user of a session and gives Results. To be called with the
-    # library entered.
+    # Runs a search on behalf of a user and gives Results, whose items have no ids yet. To be called
+    # with the library entered.
     class Run
       include VistaroRuby
 
@@ -17,26 +17,29 @@ module VistaroWeb
       SORTED_BY = Request::SORTS.invert.freeze
 
       # Raises ArgumentError without a user: nothing is searched on nobody's behalf.
-      def initialize(request, session)
+      def initialize(request, user)
         @request = request
-        @session = session
         @folders = SearchFolders.new
-        @user = session.user or raise ArgumentError, "a search needs a user"
+        @user = user or raise ArgumentError, "a search needs a user"
       end
 
-      def results
+      # Nil when the files have to be walked and that takes more than so many seconds.
+      def results(longest_walk:)
         start = Process.clock_gettime(Process::CLOCK_MONOTONIC)
         typed = TypedSearch.queryFor(@request.text)
         return not_a_query(typed) if typed["rejection"]
 
         manager = VTSearchManager.alloc.initWithUser(@user)
+        manager.setLongestWalkSeconds(longest_walk)
         container = manager.executeQuery(typed["query"], forSearchFolders: folders)
+        return if manager.lastNotes["walkWasGivenUp"]
         return rejected(typed["query"], manager) unless container
 
         groups, total = groups_in(container)
         Results.new(groups: groups, total: total, kind: kind_title, query: typed["query"],
                     names_only: !typed["asksForText"], notes: notes(manager),
                     cut: manager.lastSearchWasCut,
+                    scope: scope_title, mailable: VTSettings.sharedInstance.mailingConfiguredAndEnabled,
                     seconds: Process.clock_gettime(Process::CLOCK_MONOTONIC) - start)
       end
 
@@ -58,11 +61,15 @@ module VistaroWeb
 
       def folders
         all = VTSettings.sharedInstance.searchFolders
-        title = @request.scope || @user.defaultSearchFolder&.title
-        return all if title.nil? || title.empty?
+        title = scope_title
+        return all if title.empty?
 
         found = all.each.lazy.filter_map { |folder| folder.searchFolderForTitle(title) }.first
         found ? [found] : []
+      end
+
+      def scope_title
+        @request.scope || @user.defaultSearchFolder&.title.to_s
       end
 
       # The index takes what was typed for a wrong query.
@@ -138,8 +145,7 @@ module VistaroWeb
       def item_at(group, index)
         path = group.pathForItemAtIndex(index)
         types = (group.valueForKey_atIndex("kMDItemContentTypeTree", index) || []).to_a
-        Item.new(id: @session.item_ids.id_of(ItemIds::Hit.new(path, types, group.title)),
-                 name: File.basename(path), folders: @folders.names_to(File.dirname(path).b),
+        Item.new(path: path, name: File.basename(path), folders: @folders.names_to(File.dirname(path).b),
                  modified: group.valueForKey_atIndex("kMDItemContentModificationDate", index),
                  used: group.valueForKey_atIndex("kMDItemLastUsedDate", index),
                  bytes: group.valueForKey_atIndex("kMDItemFSSize", index),

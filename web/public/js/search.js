@@ -8,11 +8,15 @@ const form = document.getElementById("search");
 const field = document.getElementById("q");
 const results = document.getElementById("results");
 const live = document.getElementById("live");
+const failed = document.getElementById("failed");
 
 // One and two characters find so much that it is worth waiting whether more come.
 const REST_FEW = 150;
 const REST = 40;
 const BUSY = 400;
+
+// By which the server knows that one page asks again, and gives up what that asked for before.
+const pageId = crypto.getRandomValues(new Uint32Array(2)).join("-");
 
 let timer;
 let running;
@@ -39,18 +43,22 @@ async function show(address, { remember = true } = {}) {
   }, 300);
   try {
     const separator = address.includes("?") ? "&" : "?";
-    const answer = await fetch(`${address}${separator}part=results`, { signal, headers: { Accept: "text/html" } });
+    const answer = await fetch(`${address}${separator}part=results&page_id=${pageId}`, { signal, headers: { Accept: "text/html" } });
     if (answer.redirected) return location.assign(address); // the session is over
     if (answer.status === 429) return searchSoon(BUSY); // what was given up still runs there
     if (!answer.ok) throw new Error(`status ${answer.status}`);
-    results.innerHTML = await answer.text(); // made by our own templates, which escape
+    failed.hidden = true;
+    const text = await answer.text();
+    const focused = document.activeElement.classList.contains("hit") && document.activeElement.pathname;
+    results.innerHTML = text; // made by our own templates, which escape
+    if (focused) (hits().find((hit) => hit.pathname === focused) ?? field).focus();
     shownAddress = address;
     if (remember) history.replaceState(null, "", address);
     live.textContent = results.querySelector("[data-said], [role=alert]")?.textContent.trim() ?? "";
     markProblem();
   } catch (error) {
     if (error.name === "AbortError") return;
-    live.textContent = form.dataset.failed;
+    failed.hidden = false;
   } finally {
     clearTimeout(slow);
     if (!signal.aborted) results.setAttribute("aria-busy", "false");
@@ -135,7 +143,7 @@ const completions = completing(field, document.getElementById("completions"), do
 addEventListener("keydown", (event) => {
   if (event.ctrlKey || event.metaKey || event.altKey || event.isComposing) return;
   const onHit = document.activeElement?.classList.contains("hit");
-  const inText = document.activeElement?.matches("input, select, textarea, [contenteditable]");
+  const inText = document.activeElement?.matches("input:not([type=checkbox]), select, textarea, [contenteditable]");
   if (event.key === "/" && !inText) {
     field.focus();
     field.select();

@@ -1,6 +1,6 @@
 // What people come for, from the login to the file in their hands.
 import assert from "node:assert/strict";
-import { readFileSync, statSync } from "node:fs";
+import { readdirSync, readFileSync, statSync } from "node:fs";
 import path from "node:path";
 import { after, afterEach, before, beforeEach, test } from "node:test";
 import { launch, logIn, visit } from "./support/browser.mjs";
@@ -156,6 +156,24 @@ test("a file goes by mail, encrypted, and comes as it was", async () => {
   const attachment = parts.find((part) => /filename=.*Annual report 2025\.pdf/.test(part));
   const content = Buffer.from(attachment.slice(attachment.indexOf("\r\n\r\n")), "base64");
   assert.deepEqual(content, readFileSync(path.join(site.tree, "Finance/Annual report 2025.pdf")));
+});
+
+test("several files go in one message", async () => {
+  await logIn(page, "guest", site.passwords.guest);
+  await find("quarry");
+  for (const name of ["Quarry 06.jpg", "Quarry 12.jpg"]) await page.getByLabel(`Select ${name}`).check();
+  await page.getByRole("button", { name: "Send selected by mail" }).click();
+  await page.getByText("Quarry 12.jpg").waitFor();
+  await page.locator("#to").fill("ann@example.org");
+  await page.getByRole("button", { name: "Send" }).click();
+  await page.getByText("The message was sent.").waitFor();
+  const [, ...parts] = (await sink.message(2)).toString("latin1").split(/\r\n--[-=\w]+/);
+  for (const name of ["Quarry 06.jpg", "Quarry 12.jpg"]) {
+    const attachment = parts.find((part) => part.includes(`filename="${name}"`));
+    const content = Buffer.from(attachment.slice(attachment.indexOf("\r\n\r\n")), "base64");
+    const file = readdirSync(site.tree, { recursive: true }).find((other) => path.basename(other) === name);
+    assert.deepEqual(content, readFileSync(path.join(site.tree, file)));
+  }
 });
 
 test("a search is saved, run again and removed", async () => {

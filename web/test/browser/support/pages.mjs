@@ -21,8 +21,27 @@ export const states = (site) => [
     await page.waitForLoadState("networkidle");
   }],
   ["search-page", async (page) => { await page.goto("/search?q=minutes&kind=Documents&sort=name&page=2"); }],
+  ["search-selected", async (page) => {
+    await page.goto("/search?q=minutes");
+    for (const number of [0, 1]) await page.locator(".select").nth(number).check();
+  }],
+  ["mail-several", async (page) => { await page.locator(".selection-bar button").click(); }],
+  ["mail-nothing", async (page) => { await page.goto("/mail/new"); }],
   ["search-nothing", async (page) => { await page.goto("/search?q=nothing-is-called-so"); }],
   ["search-problem", async (page) => { await page.goto(`/search?q=${encodeURIComponent("date:sometime")}`); }],
+  ["search-waiting", async (page) => {
+    await page.goto("/search?q=minutes");
+    await page.route("**/search?*part=results*", () => {});
+    await page.locator("#q").fill("what takes long");
+    await page.locator("#results[aria-busy=true]").waitFor();
+  }],
+  ["search-failed", async (page) => {
+    await page.unrouteAll();
+    await page.route("**/search?*part=results*", (route) => route.fulfill({ status: 404 }));
+    await page.locator("#q").fill("what fails");
+    await page.locator("#failed").waitFor();
+    await page.unrouteAll();
+  }],
   ["item", async (page) => {
     await page.goto("/search?q=Report");
     await page.locator("main a[href^='/item/']").first().click();
