@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t kMostEntries = 100'000;
 constexpr std::size_t kMostNameBytes = std::size_t{4} << 20;
 // Small, since time is looked at between blocks, and one may unfold to thousands of its size.
-constexpr std::size_t kBlockSize = 16 * 1024;
+constexpr std::size_t kBlockSize = 4096;
 
 double processorSeconds() {
   timespec time{};
@@ -48,11 +48,12 @@ class ArchiveInput {
  private:
   static la_ssize_t read(archive* reader, void* self, const void** block) {
     auto& input = *static_cast<ArchiveInput*>(self);
-    if (processorSeconds() > input.end_) {
+    if (input.hasBegun_ && processorSeconds() > input.end_) {
       input.isOutOfTime_ = true;
       archive_set_error(reader, ETIMEDOUT, "it takes too long");
       return -1;
     }
+    input.hasBegun_ = true;
     const ssize_t count = ::read(input.file_, input.block_.data(), input.block_.size());
     *block = input.block_.data();
     if (count < 0) {
@@ -79,6 +80,7 @@ class ArchiveInput {
 
   int file_;
   double end_;  // in seconds of this process
+  bool hasBegun_ = false;
   bool isOutOfTime_ = false;
   bool isUnreadable_ = false;
   std::array<char, kBlockSize> block_;
@@ -124,7 +126,7 @@ int gather(archive* reader, std::string& names) {
     // What is only packed, not archived, has no name but "data".
     if (archive_format(reader) == ARCHIVE_FORMAT_RAW) return ARCHIVE_EOF;
     const std::string name = nameOf(entry);
-    if (!name.empty()) names.append(name).append("\n");
+    if (!name.empty() && name != ".") names.append(name).append("\n");
   }
   return ARCHIVE_EOF;
 }

@@ -21,10 +21,18 @@ bool isBlank(char c) { return c == '\0' || c == ' ' || (c >= '\t' && c <= '\r');
 
 }  // namespace
 
+std::string utf8OrLatin1(std::string_view text) {
+  if (isValidUTF8(text)) return std::string(text);
+  // With something behind it, or a last letter would be taken for half a character.
+  std::string decoded = decodePlainText(std::string(text) + ' ');
+  decoded.pop_back();
+  return decoded;
+}
+
 std::string attributeText(std::string_view text) {
   while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
   while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  std::string decoded = isValidUTF8(text) ? std::string(text) : decodePlainText(text);
+  std::string decoded = utf8OrLatin1(text);
   // Fields of fixed width are filled up with zeros, and some hold lines one behind the other.
   std::ranges::replace(decoded, '\0', ' ');
   if (decoded.size() > kMostTextBytes) {

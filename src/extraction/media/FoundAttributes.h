@@ -34,6 +34,9 @@ class FoundAttributes {
   std::map<std::string, Value, std::less<>> values_;
 };
 
+/// `text` as UTF-8: what is not, is taken for Latin-1.
+std::string utf8OrLatin1(std::string_view text);
+
 /// `text` as an attribute holds it, see FoundAttributes::setText().
 std::string attributeText(std::string_view text);
 

@@ -8,7 +8,6 @@
 
 #include "extraction/media/FoundAttributes.h"
 #include "foundation/UTF8.h"
-#include "metadata/live/TextDecoding.h"
 
 namespace vt {
 namespace {
@@ -96,9 +95,10 @@ std::string textOf(GMimeTextPart* part) {
   };
   if (!charset.empty() && !isSaidToBe("us-ascii") && !isSaidToBe("utf-8")) {
     const std::unique_ptr<char, Free> converted(g_mime_text_part_get_text(part));
-    if (converted && converted.get()[0] != '\0') return displayText(converted.get());
+    const std::string_view text = orEmpty(converted.get());
+    if (!text.empty() && isValidUTF8(text)) return std::string(text);
   }
-  return decodePlainText(decodedBytes(GMIME_PART(part)));
+  return utf8OrLatin1(decodedBytes(GMIME_PART(part)));
 }
 
 /// Whether the same is there as plain text.

@@ -33,6 +33,7 @@ constexpr std::pair<AVCodecID, const char*> kCodecs[] = {
     {AV_CODEC_ID_DVVIDEO, "DV"},
     {AV_CODEC_ID_THEORA, "Theora"},
     {AV_CODEC_ID_FLV1, "Sorenson Spark"},
+    {AV_CODEC_ID_MSMPEG4V3, "Microsoft MPEG-4"},
     {AV_CODEC_ID_WMV1, "Windows Media Video 7"},
     {AV_CODEC_ID_WMV2, "Windows Media Video 8"},
     {AV_CODEC_ID_WMV3, "Windows Media Video 9"},
@@ -64,7 +65,6 @@ constexpr FieldRow kRows[] = {
     {"album", "kMDItemAlbum", false},
     {"composer", "kMDItemComposer", false},
     {"performer", "kMDItemPerformers", true},
-    {"genre", "kMDItemGenre", false},
     {"director", "kMDItemDirector", false},
     {"producer", "kMDItemProducer", false},
     {"publisher", "kMDItemPublishers", true},
@@ -110,7 +110,9 @@ void tellPlace(const std::string& written, FoundAttributes& found) {
   if (end != at) found.setNumber("kMDItemAltitude", altitude);
 }
 
-void tellFields(const AVDictionary* fields, FoundAttributes& found) {
+/// `genre` is where the field of that name goes, which is about music where there is only sound.
+void tellFields(const AVDictionary* fields, const char* genre, FoundAttributes& found) {
+  found.setText(genre, textOf(fields, "genre"));
   for (const FieldRow& row : kRows) {
     const std::string text = textOf(fields, row.field);
     if (std::string_view(row.field) == "keywords") {
@@ -158,16 +160,21 @@ void tellPixels(const AVStream& stream, FoundAttributes& found) {
   found.setNumber("kMDItemOrientation", height > width ? 1 : 0);
 }
 
-void tellStream(const AVStream& stream, FoundAttributes& found) {
+/// Bits per second; a stream says nothing of it when it claims more than all together have.
+void tellBitRate(const char* attribute, std::int64_t bitRate, std::int64_t ofAll,
+                 FoundAttributes& found) {
+  if (bitRate <= 0 || (ofAll > 0 && bitRate > ofAll)) return;
+  found.setNumber(attribute, static_cast<double>(bitRate));
+}
+
+void tellStream(const AVStream& stream, std::int64_t bitRateOfAll, FoundAttributes& found) {
   const AVCodecParameters& stored = *stream.codecpar;
   switch (stored.codec_type) {
     case AVMEDIA_TYPE_VIDEO:
       if (isCover(stream)) return;
       found.addText("kMDItemMediaTypes", "Video");
       tellPixels(stream, found);
-      if (stored.bit_rate > 0) {
-        found.setNumber("kMDItemVideoBitRate", static_cast<double>(stored.bit_rate));
-      }
+      tellBitRate("kMDItemVideoBitRate", stored.bit_rate, bitRateOfAll, found);
       break;
     case AVMEDIA_TYPE_AUDIO:
       found.addText("kMDItemMediaTypes", "Sound");
@@ -175,9 +182,7 @@ void tellStream(const AVStream& stream, FoundAttributes& found) {
       if (stored.ch_layout.nb_channels > 0) {
         found.setNumber("kMDItemAudioChannelCount", stored.ch_layout.nb_channels);
       }
-      if (stored.bit_rate > 0) {
-        found.setNumber("kMDItemAudioBitRate", static_cast<double>(stored.bit_rate));
-      }
+      tellBitRate("kMDItemAudioBitRate", stored.bit_rate, bitRateOfAll, found);
       break;
     case AVMEDIA_TYPE_SUBTITLE:
       found.addText("kMDItemMediaTypes", "Text");
@@ -209,17 +214,21 @@ Result<Extraction, ExtractionFailure> VideoExtractor::extract(int file, ContentT
   }
   const AVFormatContext& format = *input->format();
   FoundAttributes found;
-  tellFields(format.metadata, found);
-  for (const AVStream* stream : std::span(format.streams, format.nb_streams)) {
-    tellStream(*stream, found);
-    tellFields(stream->metadata, found);
+  const std::span<AVStream* const> streams(format.streams, format.nb_streams);
+  const bool hasPixels = std::ranges::any_of(streams, [](const AVStream* stream) {
+    return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover(*stream);
+  });
+  const char* const genre = hasPixels ? "kMDItemGenre" : "kMDItemMusicalGenre";
+  tellFields(format.metadata, genre, found);
+  for (const AVStream* stream : streams) {
+    // Of several streams each may bear a name, which is not that of the whole.
+    if (av_dict_count(format.metadata) == 0) tellFields(stream->metadata, genre, found);
+    tellStream(*stream, format.bit_rate, found);
   }
   if (format.duration > 0) {
     found.setNumber("kMDItemDurationSeconds", static_cast<double>(format.duration) / AV_TIME_BASE);
   }
-  if (format.bit_rate > 0) {
-    found.setNumber("kMDItemTotalBitRate", static_cast<double>(format.bit_rate));
-  }
+  tellBitRate("kMDItemTotalBitRate", format.bit_rate, 0, found);
   Extraction extraction;
   extraction.attributes = found.take();
   return extraction;
