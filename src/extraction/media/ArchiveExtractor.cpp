@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <string>
 
-#include "extraction/media/FoundAttributes.h"
+#include "extraction/media/MediaAttributes.h"
 
 namespace vt {
 namespace {

@@ -6,9 +6,9 @@ class ExifData;
 
 namespace vt {
 
-class FoundAttributes;
+class MediaAttributes;
 
 /// Tells what a camera has written into a picture about itself, the exposure and the place.
-void tellCamera(const Exiv2::ExifData& exif, FoundAttributes& found);
+void tellCamera(const Exiv2::ExifData& exif, MediaAttributes& found);
 
 }  // namespace vt

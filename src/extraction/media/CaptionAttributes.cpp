@@ -5,7 +5,7 @@
 #include <exiv2/exiv2.hpp>
 #include <string>
 
-#include "extraction/media/FoundAttributes.h"
+#include "extraction/media/MediaAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -107,7 +107,7 @@ class Captions {
   const Exiv2::Image& image_;
 };
 
-void tellDates(const Captions& captions, FoundAttributes& found) {
+void tellDates(const Captions& captions, MediaAttributes& found) {
   const auto exifDate = [&](const char* date, const char* fraction, const char* zone) {
     const std::string digits = captions.textAt(fraction);
     return captions.textAt(date) + (digits.empty() ? "" : "." + digits) + captions.textAt(zone);
@@ -122,14 +122,12 @@ void tellDates(const Captions& captions, FoundAttributes& found) {
       captions.textAt("Xmp.xmp.CreateDate"),
   };
   for (const std::string& text : written) {
-    if (const std::optional<Date> date = dateOfWritten(text)) {
-      found.setDate("kMDItemContentCreationDate", *date);
-    }
+    found.setDate("kMDItemContentCreationDate", dateOfWritten(text));
   }
 }
 
 /// Stars from 0 to 5; -1, which says that a picture is rejected, counts as none.
-void tellRating(const Captions& captions, FoundAttributes& found) {
+void tellRating(const Captions& captions, MediaAttributes& found) {
   for (const char* key : {"Xmp.xmp.Rating", "Exif.Image.Rating"}) {
     const std::string text = captions.textAt(key);
     if (text.empty()) continue;
@@ -143,7 +141,7 @@ void tellRating(const Captions& captions, FoundAttributes& found) {
 
 }  // namespace
 
-void tellCaptions(const Exiv2::Image& image, FoundAttributes& found) {
+void tellCaptions(const Exiv2::Image& image, MediaAttributes& found) {
   const Captions captions(image);
   for (const CaptionRow& row : kRows) {
     const bool isFromAll = std::string_view(row.attribute) == "kMDItemKeywords";

@@ -9,8 +9,8 @@
 #include <optional>
 #include <utility>
 
-#include "extraction/media/FoundAttributes.h"
 #include "extraction/media/MailMessage.h"
+#include "extraction/media/MediaAttributes.h"
 #include "foundation/UTF8.h"
 
 namespace vt {
@@ -85,7 +85,7 @@ Result<Extraction, ExtractionFailure> MailExtractor::extract(int file, ContentTy
   g_mime_parser_options_set_fallback_charsets(options.get(), fallbacks);
 
   Extraction extraction;
-  FoundAttributes found;
+  MediaAttributes found(extraction);
   extraction.text.emplace();
   bool isKnown = false;
   do {
@@ -104,7 +104,6 @@ Result<Extraction, ExtractionFailure> MailExtractor::extract(int file, ContentTy
     return ExtractionFailure{ExtractionFailure::Kind::kMalformed, "it holds no message"};
   }
   cut(*extraction.text, kMostTextBytes);
-  extraction.attributes = found.take();
   return extraction;
 }
 

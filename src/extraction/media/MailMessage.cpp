@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "extraction/media/FoundAttributes.h"
+#include "extraction/media/MediaAttributes.h"
 #include "foundation/UTF8.h"
 
 namespace vt {
@@ -70,14 +70,6 @@ std::vector<Person> readersOf(GMimeMessage& message) {
 
 std::string headerOf(GMimeMessage& message, const char* name) {
   return attributeText(orEmpty(g_mime_object_get_header(GMIME_OBJECT(&message), name)));
-}
-
-void addEach(std::string_view list, const char* attribute, FoundAttributes& found) {
-  while (!list.empty()) {
-    const std::size_t comma = std::min(list.find(','), list.size());
-    found.addText(attribute, list.substr(0, comma));
-    list.remove_prefix(std::min(comma + 1, list.size()));
-  }
 }
 
 std::string decodedBytes(GMimePart* part) {
@@ -145,7 +137,7 @@ void appendPart(GMimeObject* object, GMimeObject* parent, const HtmlText& htmlTe
 
 }  // namespace
 
-void tellMessage(GMimeMessage& message, FoundAttributes& found) {
+void tellMessage(GMimeMessage& message, MediaAttributes& found) {
   const std::string_view subject = orEmpty(g_mime_message_get_subject(&message));
   found.setText("kMDItemTitle", subject);
   found.setText("kMDItemSubject", subject);
@@ -167,8 +159,8 @@ void tellMessage(GMimeMessage& message, FoundAttributes& found) {
   found.setText("kMDItemCreator", headerOf(message, "X-Mailer"));
   found.setText("kMDItemCreator", headerOf(message, "User-Agent"));
   found.addText("kMDItemOrganizations", headerOf(message, "Organization"));
-  addEach(headerOf(message, "Keywords"), "kMDItemKeywords", found);
-  addEach(headerOf(message, "Content-Language"), "kMDItemLanguages", found);
+  found.addTexts("kMDItemKeywords", headerOf(message, "Keywords"), ",");
+  found.addTexts("kMDItemLanguages", headerOf(message, "Content-Language"), ",");
   const std::string junk = headerOf(message, "X-Spam-Flag");
   if (!junk.empty()) {
     found.setBoolean("kMDItemIsLikelyJunk", g_ascii_strcasecmp(junk.c_str(), "yes") == 0);

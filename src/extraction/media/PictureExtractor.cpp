@@ -7,8 +7,8 @@
 
 #include "extraction/media/CameraAttributes.h"
 #include "extraction/media/CaptionAttributes.h"
-#include "extraction/media/FoundAttributes.h"
 #include "extraction/media/MappedInput.h"
+#include "extraction/media/MediaAttributes.h"
 #include "extraction/media/PictureLayout.h"
 
 namespace vt {
@@ -23,7 +23,7 @@ ExtractionFailure malformed(const char* reason) {
 
 /// The size as the picture is seen: with the top where the camera had it.
 void tellSize(std::uint32_t width, std::uint32_t height, const Exiv2::ExifData& exif,
-              FoundAttributes& found) {
+              MediaAttributes& found) {
   if (width == 0 || height == 0) return;
   const auto orientation = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
   if (orientation != exif.end() && orientation->count() == 1 &&
@@ -37,13 +37,13 @@ void tellSize(std::uint32_t width, std::uint32_t height, const Exiv2::ExifData& 
   found.setNumber("kMDItemOrientation", height > width ? 1 : 0);
 }
 
-void tellLayout(const PictureLayout& layout, FoundAttributes& found) {
+void tellLayout(const PictureLayout& layout, MediaAttributes& found) {
   found.setNumber("kMDItemBitsPerSample", layout.bitsPerSample);
   found.setText("kMDItemColorSpace", layout.colorSpace);
   if (layout.hasAlpha) found.setBoolean("kMDItemHasAlphaChannel", *layout.hasAlpha);
 }
 
-void tellProfile(Exiv2::Image& image, FoundAttributes& found) {
+void tellProfile(Exiv2::Image& image, MediaAttributes& found) {
   const Exiv2::DataBuf* const profile = image.iccProfile();
   if (!image.iccProfileDefined() || profile == nullptr || profile->pData_ == nullptr) return;
   const ColorProfile told =
@@ -92,7 +92,8 @@ Result<Extraction, ExtractionFailure> PictureExtractor::extract(int file, Conten
     return ExtractionFailure{ExtractionFailure::Kind::kTooLarge, "it does not fit into memory"};
   }
   if (input->bytes().empty()) return malformed("it is empty");
-  FoundAttributes found;
+  Extraction extraction;
+  MediaAttributes found(extraction);
   const std::optional<PictureLayout> layout = pictureLayoutOf(input->bytes());
   if (layout) tellLayout(*layout, found);
   try {
@@ -115,8 +116,6 @@ Result<Extraction, ExtractionFailure> PictureExtractor::extract(int file, Conten
     if (!layout) return malformed("it holds no picture that can be read");
     tellSize(layout->width, layout->height, {}, found);
   }
-  Extraction extraction;
-  extraction.attributes = found.take();
   return extraction;
 }
 

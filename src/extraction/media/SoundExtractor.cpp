@@ -19,7 +19,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "extraction/media/FoundAttributes.h"
+#include "extraction/media/MediaAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -67,14 +67,14 @@ TagLib::StringList textsOf(const TagLib::PropertyMap& tags, const char* name) {
 
 /// The number at the beginning of "3/12"; nothing when there is none above 0.
 void tellNumber(const TagLib::PropertyMap& tags, const char* tag, const char* attribute,
-                FoundAttributes& found) {
+                MediaAttributes& found) {
   for (const TagLib::String& text : textsOf(tags, tag)) {
     const double number = std::strtod(utf8(text).c_str(), nullptr);
     if (number > 0) found.setNumber(attribute, number);
   }
 }
 
-void tellTags(const TagLib::PropertyMap& tags, FoundAttributes& found) {
+void tellTags(const TagLib::PropertyMap& tags, MediaAttributes& found) {
   for (const TagRow& row : kRows) {
     for (const TagLib::String& text : textsOf(tags, row.tag)) {
       if (row.isList) {
@@ -91,9 +91,7 @@ void tellTags(const TagLib::PropertyMap& tags, FoundAttributes& found) {
     if (const std::optional<int> year = yearOfWritten(written)) {
       found.setNumber("kMDItemRecordingYear", *year);
     }
-    if (const std::optional<Date> date = dateOfWritten(written)) {
-      found.setDate("kMDItemRecordingDate", *date);
-    }
+    found.setDate("kMDItemRecordingDate", dateOfWritten(written));
   }
 }
 
@@ -125,7 +123,7 @@ const char* codecOf(const TagLib::File& file) {
   return "";
 }
 
-void tellSound(TagLib::File& file, FoundAttributes& found) {
+void tellSound(TagLib::File& file, MediaAttributes& found) {
   constexpr double kMillis = 1000;
   const TagLib::AudioProperties* const sound = file.audioProperties();
   if (sound == nullptr || sound->sampleRate() <= 0) return;
@@ -154,16 +152,15 @@ Result<Extraction, ExtractionFailure> SoundExtractor::extract(int file, ContentT
     return ExtractionFailure{ExtractionFailure::Kind::kMalformed,
                              "it holds no sound that is known"};
   }
-  FoundAttributes found;
+  Extraction extraction;
+  MediaAttributes found(extraction);
   const TagLib::PropertyMap tags = sound.file()->properties();
   tellTags(tags, found);
   tellSound(*sound.file(), found);
-  Extraction extraction;
   extraction.text.emplace();
   for (const TagLib::String& lyrics : textsOf(tags, "LYRICS")) {
     extraction.text->append(attributeText(utf8(lyrics))).append("\n");
   }
-  extraction.attributes = found.take();
   return extraction;
 }
 

@@ -12,7 +12,7 @@ extern "C" {
 #include <utility>
 
 #include "av/AvInput.h"
-#include "extraction/media/FoundAttributes.h"
+#include "extraction/media/MediaAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -85,17 +85,8 @@ std::string textOf(const AVDictionary* fields, const char* name) {
   return entry == nullptr ? std::string() : std::string(entry->value);
 }
 
-/// Adds the elements of "one, two".
-void addEach(std::string_view list, const char* attribute, FoundAttributes& found) {
-  while (!list.empty()) {
-    const std::size_t comma = std::min(list.find_first_of(",;"), list.size());
-    found.addText(attribute, list.substr(0, comma));
-    list.remove_prefix(std::min(comma + 1, list.size()));
-  }
-}
-
 /// Degrees and metres of ISO 6709: "+52.5200+013.4050+034.000/".
-void tellPlace(const std::string& written, FoundAttributes& found) {
+void tellPlace(const std::string& written, MediaAttributes& found) {
   const char* at = written.c_str();
   char* end = nullptr;
   const double latitude = std::strtod(at, &end);
@@ -111,12 +102,12 @@ void tellPlace(const std::string& written, FoundAttributes& found) {
 }
 
 /// `genre` is where the field of that name goes, which is about music where there is only sound.
-void tellFields(const AVDictionary* fields, const char* genre, FoundAttributes& found) {
+void tellFields(const AVDictionary* fields, const char* genre, MediaAttributes& found) {
   found.setText(genre, textOf(fields, "genre"));
   for (const FieldRow& row : kRows) {
     const std::string text = textOf(fields, row.field);
     if (std::string_view(row.field) == "keywords") {
-      addEach(text, row.attribute, found);
+      found.addTexts(row.attribute, text, ",;");
     } else if (row.isList) {
       found.addText(row.attribute, text);
     } else {
@@ -124,8 +115,7 @@ void tellFields(const AVDictionary* fields, const char* genre, FoundAttributes& 
     }
   }
   for (const char* name : {"creation_time", "com.apple.quicktime.creationdate"}) {
-    const std::optional<Date> date = dateOfWritten(textOf(fields, name));
-    if (date) found.setDate("kMDItemContentCreationDate", *date);
+    found.setDate("kMDItemContentCreationDate", dateOfWritten(textOf(fields, name)));
   }
   if (const auto year = yearOfWritten(textOf(fields, "date"))) {
     found.setNumber("kMDItemRecordingYear", *year);
@@ -149,7 +139,7 @@ bool isCover(const AVStream& stream) {
 }
 
 /// Of the first stream that has pixels, as it is seen: turned, and with square pixels.
-void tellPixels(const AVStream& stream, FoundAttributes& found) {
+void tellPixels(const AVStream& stream, MediaAttributes& found) {
   int width = stream.codecpar->width;
   int height = stream.codecpar->height;
   if (width <= 0 || height <= 0) return;
@@ -162,12 +152,12 @@ void tellPixels(const AVStream& stream, FoundAttributes& found) {
 
 /// Bits per second; a stream says nothing of it when it claims more than all together have.
 void tellBitRate(const char* attribute, std::int64_t bitRate, std::int64_t ofAll,
-                 FoundAttributes& found) {
+                 MediaAttributes& found) {
   if (bitRate <= 0 || (ofAll > 0 && bitRate > ofAll)) return;
   found.setNumber(attribute, static_cast<double>(bitRate));
 }
 
-void tellStream(const AVStream& stream, std::int64_t bitRateOfAll, FoundAttributes& found) {
+void tellStream(const AVStream& stream, std::int64_t bitRateOfAll, MediaAttributes& found) {
   const AVCodecParameters& stored = *stream.codecpar;
   switch (stored.codec_type) {
     case AVMEDIA_TYPE_VIDEO:
@@ -213,7 +203,8 @@ Result<Extraction, ExtractionFailure> VideoExtractor::extract(int file, ContentT
                              "it holds no stream that is known"};
   }
   const AVFormatContext& format = *input->format();
-  FoundAttributes found;
+  Extraction extraction;
+  MediaAttributes found(extraction);
   const std::span<AVStream* const> streams(format.streams, format.nb_streams);
   const bool hasPixels = std::ranges::any_of(streams, [](const AVStream* stream) {
     return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover(*stream);
@@ -229,8 +220,6 @@ Result<Extraction, ExtractionFailure> VideoExtractor::extract(int file, ContentT
     found.setNumber("kMDItemDurationSeconds", static_cast<double>(format.duration) / AV_TIME_BASE);
   }
   tellBitRate("kMDItemTotalBitRate", format.bit_rate, 0, found);
-  Extraction extraction;
-  extraction.attributes = found.take();
   return extraction;
 }
 

@@ -1,4 +1,4 @@
-#include "extraction/media/FoundAttributes.h"
+#include "extraction/media/MediaAttributes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -42,16 +42,16 @@ std::string attributeText(std::string_view text) {
   return decoded;
 }
 
-void FoundAttributes::setText(std::string_view name, std::string_view text) {
+void MediaAttributes::setText(std::string_view name, std::string_view text) {
   if (has(name)) return;
   std::string value = attributeText(text);
   if (!value.empty()) values_.emplace(name, std::move(value));
 }
 
-void FoundAttributes::addText(std::string_view name, std::string_view text) {
+void MediaAttributes::addText(std::string_view name, std::string_view text) {
   Value value = attributeText(text);
   if (value.get<std::string>()->empty()) return;
-  const auto found = values_.find(name);
+  const auto found = values_.find(std::string(name));
   if (found == values_.end()) {
     values_.emplace(name, Array::make({std::move(value)}));
     return;
@@ -61,25 +61,27 @@ void FoundAttributes::addText(std::string_view name, std::string_view text) {
   if (!isKnown && list->size() < kMostElements) list->append(std::move(value));
 }
 
-void FoundAttributes::setNumber(std::string_view name, double number) {
+void MediaAttributes::setNumber(std::string_view name, double number) {
   if (has(name) || !std::isfinite(number)) return;
   const bool isInteger = std::trunc(number) == number && std::abs(number) <= kMostExactInteger;
   values_.emplace(name, isInteger ? Value(static_cast<std::int64_t>(number)) : Value(number));
 }
 
-void FoundAttributes::setDate(std::string_view name, Date date) {
-  if (!has(name)) values_.emplace(name, date);
+void MediaAttributes::addTexts(std::string_view name, std::string_view text,
+                               std::string_view separators) {
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of(separators), text.size());
+    addText(name, text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
 }
 
-void FoundAttributes::setBoolean(std::string_view name, bool boolean) {
+void MediaAttributes::setDate(std::string_view name, const std::optional<Date>& date) {
+  if (date && !has(name)) values_.emplace(name, *date);
+}
+
+void MediaAttributes::setBoolean(std::string_view name, bool boolean) {
   if (!has(name)) values_.emplace(name, boolean);
-}
-
-std::map<std::string, Value> FoundAttributes::take() {
-  std::map<std::string, Value> taken;
-  for (auto& [name, value] : values_) taken.emplace(name, std::move(value));
-  values_.clear();
-  return taken;
 }
 
 }  // namespace vt
