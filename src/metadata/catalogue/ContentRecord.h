@@ -8,6 +8,7 @@
 #include <string>
 
 #include "metadata/extract/Extractor.h"
+#include "metadata/live/FileStatus.h"
 
 namespace vt {
 
@@ -49,6 +50,10 @@ struct ContentVersion {
     return modified == other.modified && sizeInBytes == other.sizeInBytes;
   }
 };
+
+/// What the status says that a content is of.
+ContentIdentity identityOf(const FileStatus& status);
+ContentVersion versionOf(const FileStatus& status);
 
 /// What is known of a file whose content was looked into.
 struct ContentRecord {

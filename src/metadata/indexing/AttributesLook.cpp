@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "metadata/extract/ExtendedAttributes.h"
-#include "metadata/indexing/RowContents.h"
 #include "metadata/live/OpenForReading.h"
 #include "metadata/store/FoldersAlong.h"
 
@@ -111,7 +110,7 @@ StoreFailure AttributesLook::keep(int file, const FileStatus& status, std::uint3
   }
   if (found.attributes.empty()) return std::nullopt;
   ContentRecord record;
-  record.identity = {status.device, status.inode};
+  record.identity = identityOf(status);
   record.version = version;
   const auto [known, isNew] = added_.try_emplace(record.identity, kWithoutContent);
   if (isNew) {

@@ -12,11 +12,6 @@ bool isBefore(const ContentIdentity& a, const ContentIdentity& b) {
 
 }  // namespace
 
-ContentVersion versionOf(const FileStatus& status) {
-  return {status.modified.time_since_epoch().count(), status.sizeInBytes,
-          status.attributesChanged.time_since_epoch().count()};
-}
-
 Result<RowContents, StoreError> RowContents::of(CatalogueWriter& catalogue,
                                                 const Extractors& extractors,
                                                 const std::optional<SegmentIdentity>& earlier) {
@@ -59,8 +54,7 @@ ContentNumber RowContents::contentOf(const CrawledEntry& entry, bool& isUnseen) 
   const FileStatus& status = entry.status;
   if (!status.isRegularFile()) return kWithoutContent;
   const Extractor* const extractor = extractors_->forType(entry.type);
-  Known* const known =
-      findIn(extractor == nullptr ? tagged_ : known_, {status.device, status.inode});
+  Known* const known = findIn(extractor == nullptr ? tagged_ : known_, identityOf(status));
   if (known == nullptr) {
     isUnseen = extractor == nullptr && (!entry.isUnchanged || !hasSeenAttributes_);
     return extractor == nullptr ? kWithoutContent : kPendingContent;

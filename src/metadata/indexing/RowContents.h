@@ -15,9 +15,6 @@
 
 namespace vt {
 
-/// What the status says that a content is of.
-ContentVersion versionOf(const FileStatus& status);
-
 /// Finds out which content each entry of a crawl has, by what the catalogue knew when the crawl
 /// began: a file that has changed since, or was never looked into, is still to be looked into. So
 /// it finds out of which other files the extended attributes are to be looked at.
