@@ -95,7 +95,7 @@ std::string outcomeOfMangled(const std::string& path, unsigned seed) {
     constexpr unsigned kMostSeconds = 60;
     ::alarm(kMostSeconds);
     std::mt19937 random(seed);
-    constexpr int kVersions = 40;
+    constexpr int kVersions = 24;
     for (int i = 0; i < kVersions; ++i) {
       std::string bytes = whole;
       if (i % 2 == 0) {
