@@ -62,6 +62,7 @@ std::vector<std::string> textsOf(const Exiv2::Value& value) {
   }
   if (const auto* list = dynamic_cast<const Exiv2::XmpArrayValue*>(&value)) {
     std::vector<std::string> texts;
+    texts.reserve(static_cast<std::size_t>(list->count()));
     for (long i = 0; i < list->count(); ++i) texts.push_back(list->toString(i));
     return texts;
   }
