@@ -3,18 +3,13 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/display.h>
 #include <libavutil/imgutils.h>
 #include <libswscale/swscale.h>
 }
 
-#include <errno.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cmath>
 #include <memory>
 
+#include "av/AvInput.h"
 #include "images/worker/DecoderModule.h"
 #include "images/worker/FitSize.h"
 #include "images/worker/WorkerProtocol.h"
@@ -22,19 +17,10 @@ extern "C" {
 namespace vt::worker {
 namespace {
 
-// None that names other files, as playlists do.
-constexpr const char* kContainers =
-    "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpeg,mpegts,mpegvideo,ogg,flv,asf,m4v,dv,gif";
-constexpr int kBufferSize = 65536;
 // Frames are given up on after this many packets: a damaged file yields none for ever.
 constexpr int kMostPackets = 5000;
 
 struct Free {
-  void operator()(AVIOContext* io) const {
-    av_freep(static_cast<void*>(&io->buffer));
-    avio_context_free(&io);
-  }
-  void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
   void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
   void operator()(AVPacket* packet) const { av_packet_free(&packet); }
   void operator()(AVFrame* frame) const { av_frame_free(&frame); }
@@ -42,36 +28,6 @@ struct Free {
 };
 template <class T>
 using Owned = std::unique_ptr<T, Free>;
-
-int readPacket(void* opaque, std::uint8_t* buffer, int size) {
-  const ssize_t count =
-      ::read(*static_cast<const int*>(opaque), buffer, static_cast<std::size_t>(size));
-  if (count < 0) return AVERROR(errno);
-  return count == 0 ? AVERROR_EOF : static_cast<int>(count);
-}
-
-std::int64_t seekTo(void* opaque, std::int64_t offset, int whence) {
-  const int descriptor = *static_cast<const int*>(opaque);
-  if (whence == AVSEEK_SIZE) {
-    struct stat status{};
-    return ::fstat(descriptor, &status) == 0 ? status.st_size : AVERROR(errno);
-  }
-  return ::lseek(descriptor, offset, whence & ~AVSEEK_FORCE);
-}
-
-Owned<AVFormatContext> opened(AVIOContext* io) {
-  AVFormatContext* format = avformat_alloc_context();
-  if (!format) return nullptr;
-  format->pb = io;
-  AVDictionary* options = nullptr;
-  av_dict_set(&options, "format_whitelist", kContainers, 0);
-  // No address, no file name, is ever opened, whatever the container says.
-  av_dict_set(&options, "protocol_whitelist", "", 0);
-  av_dict_set(&options, "protocol_blacklist", "file,http,https,tcp,udp,rtp,concat,subfile,data", 0);
-  const int result = avformat_open_input(&format, "", nullptr, &options);
-  av_dict_free(&options);
-  return Owned<AVFormatContext>(result == 0 ? format : nullptr);
-}
 
 Owned<AVCodecContext> decoderOf(const AVStream& stream) {
   const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
@@ -123,15 +79,6 @@ std::optional<Image> scaled(const AVFrame& frame, PixelSize size) {
   return image;
 }
 
-/// How far the camera was turned: 0 to 3 quarter turns, clockwise.
-int quarterTurns(const AVStream& stream) {
-  const std::uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
-  if (!matrix) return 0;
-  const double angle = av_display_rotation_get(reinterpret_cast<const std::int32_t*>(matrix));
-  if (std::isnan(angle)) return 0;
-  return static_cast<int>(std::lround(-angle / 90) % 4 + 4) % 4;
-}
-
 Image turned(const Image& image) {
   Image result{image.height, image.width};
   result.pixels.reserve(image.pixels.size());
@@ -147,25 +94,20 @@ Image turned(const Image& image) {
 }  // namespace
 
 std::optional<Image> decodeVideo(const DecodeJob& job) {
-  av_log_set_level(AV_LOG_QUIET);
-  auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
-  int descriptor = job.descriptor;
-  const Owned<AVIOContext> io(
-      avio_alloc_context(buffer, kBufferSize, 0, &descriptor, readPacket, nullptr, seekTo));
-  const Owned<AVFormatContext> format = io ? opened(io.get()) : nullptr;
-  if (!format || avformat_find_stream_info(format.get(), nullptr) < 0) return std::nullopt;
-  const int index = av_find_best_stream(format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  const std::unique_ptr<AvInput> input = AvInput::open(job.descriptor);
+  if (!input) return std::nullopt;
+  AVFormatContext* const format = input->format();
+  const int index = av_find_best_stream(format, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   if (index < 0) return std::nullopt;
   const AVStream& stream = *format->streams[index];
   const Owned<AVCodecContext> codec = decoderOf(stream);
   if (!codec) return std::nullopt;
   // Many begin in black.
-  if (format->duration > 0)
-    av_seek_frame(format.get(), -1, format->duration / 10, AVSEEK_FLAG_BACKWARD);
-  const Owned<AVFrame> frame = nextFrame(format.get(), codec.get(), index);
+  if (format->duration > 0) av_seek_frame(format, -1, format->duration / 10, AVSEEK_FLAG_BACKWARD);
+  const Owned<AVFrame> frame = nextFrame(format, codec.get(), index);
   if (!frame || frame->width < 1 || frame->height < 1) return std::nullopt;
   const double aspect = stream.sample_aspect_ratio.num > 0 ? av_q2d(stream.sample_aspect_ratio) : 1;
-  const int turns = quarterTurns(stream);
+  const int turns = AvInput::quarterTurns(stream);
   const PixelSize most =
       turns % 2 == 0 ? PixelSize{job.width, job.height} : PixelSize{job.height, job.width};
   PixelSize size = fitInto(most, frame->width * aspect, frame->height);

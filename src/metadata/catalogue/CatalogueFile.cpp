@@ -14,7 +14,7 @@
 namespace vt {
 namespace {
 
-constexpr int kNewestVersion = 1;
+constexpr int kNewestVersion = 2;
 constexpr std::int64_t kApplication = 0x56'54'43'61;  // "VTCa"
 
 std::string firstVersion() {
@@ -53,8 +53,14 @@ std::string firstVersion() {
                      TextIndex::schema());
 }
 
+// Files have attributes beside their content, too. Those of before are looked at with the next run.
+constexpr const char* kSecondVersion = R"(
+    ALTER TABLE content ADD COLUMN attributes_changed INTEGER NOT NULL DEFAULT 0;
+    CREATE TABLE attributes_seen(segment INTEGER PRIMARY KEY);
+  )";
+
 /// What brings a catalogue of each version, from 0 on, which is an empty file, to the next.
-std::array<std::string, kNewestVersion> migrations() { return {firstVersion()}; }
+std::array<std::string, kNewestVersion> migrations() { return {firstVersion(), kSecondVersion}; }
 
 struct Marks {
   std::int64_t application = 0;

@@ -36,10 +36,12 @@ Result<std::unique_ptr<CatalogueReader>, StoreError> CatalogueReader::open(
       {&statements.withText, "SELECT number FROM content WHERE has_text"},
       {&statements.withAttribute,
        "SELECT content, value FROM attribute "
-       "WHERE name = (SELECT id FROM attribute_name WHERE name = ?)"},
+       "WHERE name = (SELECT id FROM attribute_name WHERE name = ?) ORDER BY content"},
       {&statements.attribute,
        "SELECT value FROM attribute "
        "WHERE name = (SELECT id FROM attribute_name WHERE name = ?) AND content = ?"},
+      {&statements.contentOf,
+       "SELECT number FROM content WHERE device = ? AND inode = ? AND modified = ? AND size = ?"},
       {&statements.names, "SELECT name FROM attribute_name ORDER BY name"},
       {&statements.failures,
        "SELECT number, extractor, extractor_version, failure, reason, path FROM content "
@@ -125,6 +127,35 @@ Result<Bitmap, StoreError> CatalogueReader::withAttribute(std::string_view name,
   }
   if (StoreFailure failure = asked.finish()) return *std::move(failure);
   return found;
+}
+
+Result<ContentNumber, StoreError> CatalogueReader::contentOf(const ContentIdentity& identity,
+                                                             const ContentVersion& version) {
+  Statement& asked = statements_.contentOf.restart();
+  asked.bind(1, static_cast<std::int64_t>(identity.device))
+      .bind(2, static_cast<std::int64_t>(identity.inode))
+      .bind(3, version.modified)
+      .bind(4, static_cast<std::int64_t>(version.sizeInBytes));
+  const ContentNumber number =
+      asked.next() ? static_cast<ContentNumber>(asked.number(0)) : kWithoutContent;
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
+  return number;
+}
+
+StoreFailure CatalogueReader::forEachValue(
+    std::string_view name, const Bitmap& contents,
+    FunctionRef<void(ContentNumber content, Value value)> visit) {
+  Statement& asked = statements_.withAttribute.restart().bind(1, name);
+  while (asked.next()) {
+    const std::int64_t number = asked.number(0);
+    if (number < 0 || static_cast<std::uint64_t>(number) >= contents.size() ||
+        !contents.contains(static_cast<std::size_t>(number))) {
+      continue;
+    }
+    Value value = attributeValue(asked.bytes(1));
+    if (!value.isNull()) visit(static_cast<ContentNumber>(number), std::move(value));
+  }
+  return asked.finish();
 }
 
 Result<Value, StoreError> CatalogueReader::attribute(ContentNumber content, std::string_view name) {

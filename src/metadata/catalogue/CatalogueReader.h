@@ -61,6 +61,16 @@ class CatalogueReader {
   Result<Bitmap, StoreError> withAttribute(std::string_view name, ContentNumber end,
                                            FunctionRef<bool(const Value&)> passes);
 
+  /// The content of a file, as long as it holds the same bytes; kWithoutContent when nothing is
+  /// known of that.
+  Result<ContentNumber, StoreError> contentOf(const ContentIdentity& identity,
+                                              const ContentVersion& version);
+
+  /// Hands out the values of an attribute that some of the contents have, in the order of their
+  /// numbers. Costs a look at all values of the attribute.
+  StoreFailure forEachValue(std::string_view name, const Bitmap& contents,
+                            FunctionRef<void(ContentNumber content, Value value)> visit);
+
   /// The value of an attribute; null when the content has none.
   Result<Value, StoreError> attribute(ContentNumber content, std::string_view name);
   /// The names of all attributes that any content has, or had.
@@ -80,6 +90,7 @@ class CatalogueReader {
     Statement withText;
     Statement withAttribute;
     Statement attribute;
+    Statement contentOf;
     Statement names;
     Statement failures;
   };

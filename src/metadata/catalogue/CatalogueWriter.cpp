@@ -5,6 +5,7 @@
 #include "metadata/catalogue/AttributeBytes.h"
 #include "metadata/catalogue/CatalogueFile.h"
 #include "metadata/database/SQLite.h"
+#include "metadata/extract/ExtendedAttributes.h"
 
 namespace vt {
 namespace {
@@ -31,18 +32,26 @@ Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
   StoreFailure refusal = database->prepareAll({
       {&statements.all,
        "SELECT number, device, inode, modified, size, extractor, extractor_version, has_text, "
-       "failure FROM content"},
+       "failure, attributes_changed FROM content"},
       {&statements.forget, "DELETE FROM content WHERE number = ?"},
       {&statements.forgetAttributes, "DELETE FROM attribute WHERE content = ?"},
       {&statements.findFile, "SELECT number FROM content WHERE device = ? AND inode = ?"},
       {&statements.add,
        "INSERT INTO content(device, inode, modified, size, extractor, extractor_version, has_text, "
-       "failure, reason, path) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"},
+       "failure, reason, path, attributes_changed) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"},
       {&statements.addName, "INSERT INTO attribute_name(name) VALUES(?)"},
       {&statements.findName, "SELECT id FROM attribute_name WHERE name = ?"},
       {&statements.addAttribute, "INSERT INTO attribute(name, content, value) VALUES(?, ?, ?)"},
       {&statements.setRows, "INSERT OR REPLACE INTO segment_rows(segment, contents) VALUES(?, ?)"},
       {&statements.forgetRows, "DELETE FROM segment_rows WHERE segment NOT IN (?, ?)"},
+      {&statements.setAttributesChanged,
+       "UPDATE content SET attributes_changed = ? WHERE number = ?"},
+      {&statements.forgetAttribute,
+       "DELETE FROM attribute WHERE content = ? "
+       "AND name = (SELECT id FROM attribute_name WHERE name = ?)"},
+      {&statements.isSeen, "SELECT 1 FROM attributes_seen WHERE segment = ?"},
+      {&statements.forgetSeen, "DELETE FROM attributes_seen"},
+      {&statements.setSeen, "INSERT INTO attributes_seen(segment) VALUES(?)"},
   });
   if (refusal) return *std::move(refusal);
   return std::unique_ptr<CatalogueWriter>(
@@ -75,7 +84,7 @@ StoreFailure CatalogueWriter::forEach(FunctionRef<void(const ContentRecord&)> vi
     record.number = static_cast<ContentNumber>(all.number(0));
     record.identity = {static_cast<std::uint64_t>(all.number(1)),
                        static_cast<std::uint64_t>(all.number(2))};
-    record.version = {all.number(3), static_cast<std::uint64_t>(all.number(4))};
+    record.version = {all.number(3), static_cast<std::uint64_t>(all.number(4)), all.number(9)};
     record.extractor = all.bytes(5);
     record.extractorVersion = static_cast<std::uint32_t>(all.number(6));
     record.hasText = all.number(7) != 0;
@@ -116,7 +125,8 @@ Result<ContentNumber, StoreError> CatalogueWriter::add(ContentRecord record,
       .bind(4, bitsOf(record.version.sizeInBytes))
       .bind(5, record.extractor)
       .bind(6, std::int64_t{record.extractorVersion})
-      .bind(7, std::int64_t{extraction.text ? 1 : 0});
+      .bind(7, std::int64_t{extraction.text ? 1 : 0})
+      .bind(11, record.version.attributesChanged);
   if (record.failure) {
     add.bind(8, static_cast<std::int64_t>(record.failure->kind))
         .bind(9, record.failure->reason)
@@ -132,12 +142,15 @@ Result<ContentNumber, StoreError> CatalogueWriter::add(ContentRecord record,
   if (extraction.text) {
     if (StoreFailure failure = text_.add(number, *extraction.text)) return *std::move(failure);
   }
-  if (StoreFailure failure = addAttributes(number, extraction)) return *std::move(failure);
+  if (StoreFailure failure = addAttributes(number, extraction.attributes)) {
+    return *std::move(failure);
+  }
   return number;
 }
 
-StoreFailure CatalogueWriter::addAttributes(ContentNumber number, const Extraction& extraction) {
-  for (const auto& [name, value] : extraction.attributes) {
+StoreFailure CatalogueWriter::addAttributes(ContentNumber number,
+                                            const std::map<std::string, Value>& attributes) {
+  for (const auto& [name, value] : attributes) {
     const std::string bytes = attributeBytes(value);
     if (bytes.empty()) continue;
     const Result<std::int64_t, StoreError> id = idOfName(name);
@@ -167,6 +180,37 @@ Result<std::int64_t, StoreError> CatalogueWriter::idOfName(const std::string& na
   }
   idsByName_.emplace(name, id);
   return id;
+}
+
+StoreFailure CatalogueWriter::setExtendedAttributes(
+    ContentNumber number, std::int64_t attributesChanged,
+    const std::map<std::string, Value>& attributes) {
+  if (StoreFailure failure = begin()) return failure;
+  Statement& set = statements_.setAttributesChanged.restart();
+  if (StoreFailure failure = set.bind(1, attributesChanged).bind(2, std::int64_t{number}).run()) {
+    return failure;
+  }
+  for (const std::string_view name : extendedAttributeNames()) {
+    Statement& forget = statements_.forgetAttribute.restart();
+    if (StoreFailure failure = forget.bind(1, std::int64_t{number}).bind(2, name).run()) {
+      return failure;
+    }
+  }
+  return addAttributes(number, attributes);
+}
+
+Result<bool, StoreError> CatalogueWriter::hasSeenAttributesOf(const SegmentIdentity& segment) {
+  Statement& asked = statements_.isSeen.restart();
+  asked.bind(1, rowsKeyOf(segment));
+  const bool isSeen = asked.next();
+  if (StoreFailure failure = asked.finish()) return *std::move(failure);
+  return isSeen;
+}
+
+StoreFailure CatalogueWriter::setSeenAttributesOf(const SegmentIdentity& segment) {
+  if (StoreFailure failure = begin()) return failure;
+  if (StoreFailure failure = statements_.forgetSeen.restart().run()) return failure;
+  return statements_.setSeen.restart().bind(1, rowsKeyOf(segment)).run();
 }
 
 StoreFailure CatalogueWriter::remove(std::span<const ContentNumber> numbers) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -34,6 +35,16 @@ class CatalogueWriter {
   /// given here; or its failure. What was known of the file goes. Gives the number.
   Result<ContentNumber, StoreError> add(ContentRecord record, const Extraction& extraction);
 
+  /// Keeps in the place of the extended attributes that are known of a content those that are
+  /// given, see extendedAttributesOf(), and as of when they are. The number stays.
+  StoreFailure setExtendedAttributes(ContentNumber number, std::int64_t attributesChanged,
+                                     const std::map<std::string, Value>& attributes);
+
+  /// Whether the extended attributes of all files of the segment were looked at.
+  Result<bool, StoreError> hasSeenAttributesOf(const SegmentIdentity& segment);
+  /// Says so of this segment alone.
+  StoreFailure setSeenAttributesOf(const SegmentIdentity& segment);
+
   /// Forgets contents whose files are gone.
   StoreFailure remove(std::span<const ContentNumber> numbers);
 
@@ -65,6 +76,11 @@ class CatalogueWriter {
     Statement addAttribute;
     Statement setRows;
     Statement forgetRows;
+    Statement setAttributesChanged;
+    Statement forgetAttribute;
+    Statement isSeen;
+    Statement forgetSeen;
+    Statement setSeen;
   };
 
   CatalogueWriter(std::unique_ptr<Database> database, TextIndex text, Statements statements);
@@ -73,7 +89,7 @@ class CatalogueWriter {
   StoreFailure begin();
   StoreFailure forgetOne(ContentNumber number);
   StoreFailure forgetFile(const ContentIdentity& identity);
-  StoreFailure addAttributes(ContentNumber number, const Extraction& extraction);
+  StoreFailure addAttributes(ContentNumber number, const std::map<std::string, Value>& attributes);
   Result<std::int64_t, StoreError> idOfName(const std::string& name);
 
   std::unique_ptr<Database> database_;

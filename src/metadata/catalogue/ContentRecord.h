@@ -8,6 +8,7 @@
 #include <string>
 
 #include "metadata/extract/Extractor.h"
+#include "metadata/live/FileStatus.h"
 
 namespace vt {
 
@@ -39,16 +40,27 @@ struct ContentIdentityHash {
 struct ContentVersion {
   std::int64_t modified = 0;  ///< microseconds since 1970
   std::uint64_t sizeInBytes = 0;
+  /// When the inode was changed last, likewise: with other extended attributes, or only with other
+  /// rights. 0 when nobody has looked at extended attributes.
+  std::int64_t attributesChanged = 0;
 
   bool operator==(const ContentVersion&) const = default;
+  /// Whether the file holds the same bytes.
+  bool hasSameBytesAs(const ContentVersion& other) const {
+    return modified == other.modified && sizeInBytes == other.sizeInBytes;
+  }
 };
+
+/// What the status says that a content is of.
+ContentIdentity identityOf(const FileStatus& status);
+ContentVersion versionOf(const FileStatus& status);
 
 /// What is known of a file whose content was looked into.
 struct ContentRecord {
   ContentNumber number = kWithoutContent;
   ContentIdentity identity;
   ContentVersion version;
-  std::string extractor;
+  std::string extractor;  ///< "" when nobody looked into it: it has extended attributes alone
   std::uint32_t extractorVersion = 0;
   bool hasText = false;
   /// Why nothing is known but that; the path is what the file was called then, bytes.

@@ -26,6 +26,7 @@ struct CrawledEntry {
   std::span<const std::uint8_t> aclBytes;     ///< as the file system gives them
   CrawledFolderId folder = kNoCrawledFolder;  ///< of a folder: what the sink calls it from now on
   CrawledFolderId before = kNoCrawledFolder;  ///< what an earlier crawl called it, if it did
+  bool isUnchanged = false;  ///< an earlier crawl found it there, and its inode as it is now
 };
 
 /// Takes what a crawl finds. Called by one thread at a time, though not always by the same.

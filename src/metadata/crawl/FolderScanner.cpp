@@ -93,8 +93,14 @@ bool FolderScanner::add(int folder, const char* name, const RememberedEntry* rem
   entry.acl = aclOf(folder, name, *status, remembered);
   entry.aclBytes = aclBytes_;
   if (remembered != nullptr) entry.before = remembered->folder;
+  entry.isUnchanged = isUnchanged(*status, remembered);
   batch_.add(entry);
   return true;
+}
+
+bool FolderScanner::isUnchanged(const FileStatus& status, const RememberedEntry* remembered) const {
+  return remembered != nullptr && remembered->attributesChanged == status.attributesChanged &&
+         status.attributesChanged < memory_->seenUntil();
 }
 
 AclPresence FolderScanner::aclOf(int folder, const char* name, const FileStatus& status,
@@ -102,9 +108,7 @@ AclPresence FolderScanner::aclOf(int folder, const char* name, const FileStatus&
   aclBytes_.clear();
   if (!mayAclMatter(status.ownership.mode)) return AclPresence::kNone;
   if (devicesWithoutAcls_.contains(status.device)) return AclPresence::kNotKept;
-  if (remembered != nullptr && remembered->acl != AclPresence::kUnknown &&
-      remembered->attributesChanged == status.attributesChanged &&
-      status.attributesChanged < memory_->seenUntil() &&
+  if (isUnchanged(status, remembered) && remembered->acl != AclPresence::kUnknown &&
       remembered->ownership == status.ownership) {
     aclBytes_.assign(remembered->aclBytes.begin(), remembered->aclBytes.end());
     return remembered->acl;

@@ -42,6 +42,7 @@ class FolderScanner {
   bool list(int folder, CrawledFolderId before, Take take);
   bool ask(int folder, CrawledFolderId before, Take take);
   bool add(int folder, const char* name, const RememberedEntry* remembered);
+  bool isUnchanged(const FileStatus& status, const RememberedEntry* remembered) const;
   AclPresence aclOf(int folder, const char* name, const FileStatus& status,
                     const RememberedEntry* remembered);
   bool flush(Take take);

@@ -19,6 +19,19 @@ void ContentStep::narrow(RowSet& rows) const {
   rows.keepIf([&](std::size_t row) { return contents_.isIn(found, row); });
 }
 
+std::uint64_t FileFirstStep::cost() const { return 2 * kFindingCost + otherwise_->cost(); }
+
+void FileFirstStep::narrow(RowSet& rows) const {
+  if (rows.isEmpty()) return;
+  const Bitmap told = findTold_(contents_);
+  const Bitmap passing = findPassing_(contents_);
+  RowSet found = rows;
+  found.keepIf([&](std::size_t row) { return contents_.isIn(passing, row); });
+  rows.keepIf([&](std::size_t row) { return !contents_.isIn(told, row); });
+  otherwise_->narrow(rows);
+  rows.add(found);
+}
+
 void AnyStep::narrow(RowSet& rows) const {
   RowSet found = RowSet::none(rows.size());
   for (const auto& step : steps_) {

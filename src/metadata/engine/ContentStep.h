@@ -28,6 +28,29 @@ class ContentStep final : public TermStep {
   Find find_;
 };
 
+/// A term about an attribute that a file may tell itself; of other files another step tells it.
+class FileFirstStep final : public TermStep {
+ public:
+  /// `findTold` finds the contents that tell the attribute, `findPassing` those of them that
+  /// satisfy the term. Borrows `contents`.
+  FileFirstStep(const IndexedContents& contents, ContentStep::Find findTold,
+                ContentStep::Find findPassing, std::unique_ptr<TermStep> otherwise)
+      : contents_(contents),
+        findTold_(std::move(findTold)),
+        findPassing_(std::move(findPassing)),
+        otherwise_(std::move(otherwise)) {}
+
+  void narrow(RowSet& rows) const override;
+  std::uint64_t cost() const override;
+  bool asksEachRow() const override { return otherwise_->asksEachRow(); }
+
+ private:
+  const IndexedContents& contents_;
+  ContentStep::Find findTold_;
+  ContentStep::Find findPassing_;
+  std::unique_ptr<TermStep> otherwise_;
+};
+
 /// A term that rows satisfy which one of several steps keeps.
 class AnyStep final : public TermStep {
  public:

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -44,8 +45,14 @@ class IndexHits {
   std::size_t size() const { return rows_.size(); }
   std::size_t rowAt(std::size_t index) const { return rows_[index]; }
   const IndexedFiles& files() const { return files_; }
-  /// What stands in the files; nullptr when nobody knows.
+  /// What stands in the files; nullptr when nobody knows, or the query did not ask for it.
   const IndexedContents* contents() const { return contents_.get(); }
+  /// Has values told from contents of the same index that the query did not ask for.
+  void setContents(std::shared_ptr<const IndexedContents> contents) {
+    contents_ = std::move(contents);
+  }
+  const OpenIndex& index() const { return *index_; }
+  std::span<const std::uint32_t> rows() const { return rows_; }
   /// How many files that the account may read, in the scopes, were not looked into yet: what they
   /// hold is not found.
   std::size_t pendingCount() const;

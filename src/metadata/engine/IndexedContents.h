@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -49,6 +50,14 @@ class IndexedContents {
   /// The value of an attribute of the row; false when it has none.
   bool tell(std::string_view attribute, std::size_t row, Value& value) const;
 
+  /// The values of an attribute of many rows, null for those that have none.
+  std::vector<Value> values(std::string_view attribute, std::span<const std::uint32_t> rows) const;
+
+  /// The value of an attribute that stands in a file, whether or not a row is of it; false when it
+  /// has none, or has changed since it was looked into.
+  bool tellOfFile(const ContentIdentity& identity, const ContentVersion& version,
+                  std::string_view attribute, Value& value) const;
+
   /// Ends the look at one moment of the catalogue: what is asked from now on, it tells as it is
   /// then.
   void lookAway() const { catalogue_->lookAway(); }
@@ -60,6 +69,7 @@ class IndexedContents {
   IndexedContents(std::shared_ptr<CatalogueReader> catalogue, std::vector<ContentNumber> rows,
                   ContentNumber end, std::vector<std::string> attributes);
   Bitmap orNone(Result<Bitmap, StoreError> found) const;
+  bool tellOfContent(ContentNumber content, std::string_view attribute, Value& value) const;
 
   std::shared_ptr<CatalogueReader> catalogue_;
   std::vector<ContentNumber> rows_;

@@ -20,7 +20,8 @@ QueryContents contentsAskedBy(const query::Query& query, const query::AttributeS
       if (!asksPresence && !contentQueryOf(patternOf(comparison.value), comparison.modifiers)) {
         asked.canBeToldByTerms = false;
       }
-    } else if (name == query::kAnyAttribute || !liveAttributeNamed(name)) {
+    } else if (name == query::kAnyAttribute || !liveAttributeNamed(name) ||
+               maySomethingInFilesReplace(name)) {
       asked.asksForContents =
           asked.asksForContents || name == query::kAnyAttribute || schema.find(name) != nullptr;
     }

@@ -107,8 +107,26 @@ TermCompiler::Step TermCompiler::stepOf(const Term& term) const {
       std::visit([&](const auto& t) { return testOf(t, *attribute, context_); }, asked);
   const std::optional<LiveAttribute> live = liveAttributeNamed(name);
   if (!live) return attributeStep(name, std::move(test));
-  if (Step step = fastStepOf(*live, asked, test)) return step;
-  return askingStep(std::move(asked));
+  Step step = fastStepOf(*live, asked, test);
+  if (!step) step = askingStep(std::move(asked));
+  return maySomethingInFilesReplace(name) ? fileFirstStep(*attribute, test, std::move(step))
+                                          : std::move(step);
+}
+
+TermCompiler::Step TermCompiler::fileFirstStep(const query::Attribute& attribute, ValueTest test,
+                                               Step otherwise) const {
+  if (contents_ == nullptr || !contents_->knowsAttribute(attribute.name)) return otherwise;
+  const std::string& name = attribute.name;
+  return std::make_unique<FileFirstStep>(
+      *contents_,
+      [name](const IndexedContents& contents) {
+        return contents.withAttribute(name, [](const Value&) { return true; });
+      },
+      [name, test = std::move(test)](const IndexedContents& contents) {
+        return contents.withAttribute(name,
+                                      [&](const Value& value) { return passes(test, value); });
+      },
+      std::move(otherwise));
 }
 
 TermCompiler::Step TermCompiler::askingStep(Term term) const {

@@ -38,6 +38,8 @@ class TermCompiler {
   using Step = std::unique_ptr<TermStep>;
 
   /// A term about an attribute that stands in files.
+  Step fileFirstStep(const query::Attribute& attribute, query::ValueTest test,
+                     Step otherwise) const;
   Step attributeStep(const std::string& name, query::ValueTest test) const;
   /// A comparison of text content alone.
   Step textStep(const query::Comparison& comparison) const;

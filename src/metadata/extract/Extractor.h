@@ -17,7 +17,8 @@ struct Extraction {
   /// UTF-8; nothing when files of this sort have none. "" is a text without words.
   std::optional<std::string> text;
   /// By names of the schema ("kMDItemTitle"). Each value is text (UTF-8), a boolean, a number, a
-  /// Date or an Array of these. What a file's name and status tell is not among them.
+  /// Date or an Array of these. What a file's name and status tell is not among them, unless it may
+  /// replace that (maySomethingInFilesReplace()), nor what extended attributes tell.
   std::map<std::string, Value> attributes;
 };
 

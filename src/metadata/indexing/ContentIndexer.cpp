@@ -6,9 +6,11 @@
 #include <tuple>
 #include <utility>
 
+#include "metadata/extract/ExtendedAttributes.h"
 #include "metadata/indexing/RowContents.h"
 #include "metadata/live/LiveFile.h"
 #include "metadata/live/OpenForReading.h"
+#include "metadata/store/FoldersAlong.h"
 
 namespace vt {
 namespace {
@@ -45,22 +47,6 @@ std::vector<std::uint32_t> ContentIndexer::pendingRows() const {
   return rows;
 }
 
-std::string ContentIndexer::pathOf(std::uint32_t folder) const {
-  const SegmentColumns& segment = segment_.columns();
-  std::vector<std::uint32_t> steps;
-  // A folder comes after its parent, so this ends whatever the numbers are.
-  for (std::uint32_t at = folder; at != 0;) {
-    steps.push_back(at);
-    const std::uint32_t parent = segment.parents[at];
-    at = parent < at ? parent : 0;
-  }
-  std::string path;
-  for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
-    path.append("/").append(segment.folderNames[*step]);
-  }
-  return path.empty() ? "/" : path;
-}
-
 StoreFailure ContentIndexer::run(Progress progress) {
   const std::vector<std::uint32_t> rows = pendingRows();
   counts_.expected = rows.size();
@@ -82,7 +68,7 @@ StoreFailure ContentIndexer::run(Progress progress) {
     const std::uint32_t in = segment_.columns().folderOf(row);
     if (in != openFolder) {
       openFolder = in;
-      folderPath = pathOf(in);
+      folderPath = folderPathOf(segment_.columns(), in);
       folder = opener_.find(folderPath);
     }
     if (StoreFailure failure = lookInto(folder.get(), folderPath, row)) return failure;
@@ -135,8 +121,9 @@ StoreFailure ContentIndexer::extract(int file, const FileStatus& status, const s
     record.failure = found.error();
     ++counts_.failures;
   }
-  const Result<ContentNumber, StoreError> number =
-      catalogue_.add(std::move(record), found ? *found : Extraction());
+  Extraction kept = found ? std::move(found).value() : Extraction();
+  kept.attributes.merge(extendedAttributesOf(file));
+  const Result<ContentNumber, StoreError> number = catalogue_.add(std::move(record), kept);
   if (!number) return number.error();
   contents_[row] = *number;
   return std::nullopt;

@@ -50,7 +50,6 @@ class ContentIndexer {
   using Clock = std::chrono::steady_clock;
 
   std::vector<std::uint32_t> pendingRows() const;
-  std::string pathOf(std::uint32_t folder) const;
   StoreFailure lookInto(int folder, const std::string& folderPath, std::uint32_t row);
   StoreFailure extract(int file, const FileStatus& status, const std::string& path,
                        std::uint32_t row);

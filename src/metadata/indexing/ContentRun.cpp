@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "metadata/catalogue/CatalogueFile.h"
+#include "metadata/indexing/AttributesLook.h"
 
 namespace vt {
 namespace {
@@ -16,17 +17,18 @@ bool isOfNoUse(const StoreError& error) {
 
 }  // namespace
 
-ContentRun::ContentRun(const IndexFolder& folder, const Extractors& extractors)
+ContentRun::ContentRun(const IndexFolder& folder, const Extractors& extractors,
+                       const std::optional<SegmentIdentity>& earlier)
     : folder_(folder), extractors_(extractors) {
-  StoreFailure failure = open();
+  StoreFailure failure = open(earlier);
   if (failure && isOfNoUse(*failure)) {
     distrusted_ = *std::exchange(failure, removeCatalogue(folder.path()));
-    if (!failure) failure = open();
+    if (!failure) failure = open(earlier);
   }
   if (failure) fail(*std::move(failure));
 }
 
-StoreFailure ContentRun::open() {
+StoreFailure ContentRun::open(const std::optional<SegmentIdentity>& earlier) {
   rows_.reset();
   catalogue_.reset();
   Result<std::unique_ptr<CatalogueWriter>, StoreError> opened =
@@ -38,7 +40,7 @@ StoreFailure ContentRun::open() {
     return StoreError{StoreError::Kind::kOtherKind,
                       folder_.path() + "/" + kCatalogueName + " is mostly of files that are gone"};
   }
-  Result<RowContents, StoreError> rows = RowContents::of(**opened, extractors_);
+  Result<RowContents, StoreError> rows = RowContents::of(**opened, extractors_, earlier);
   if (!rows) return rows.error();
   rows_ = std::move(rows).value();
   catalogue_ = std::move(opened).value();
@@ -59,6 +61,7 @@ void ContentRun::announce(const SegmentIdentity& segment, std::span<const std::u
                           const std::optional<SegmentIdentity>& earlier) {
   if (!rows_) return;
   contents_ = rows_->contentsOf(rows);
+  unseenRows_ = rows_->withUnseenAttributes(rows);
   StoreFailure failure = catalogue_->setRows(segment, contents_, earlier);
   if (!failure) failure = catalogue_->commit();
   if (failure) fail(*std::move(failure));
@@ -72,10 +75,20 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
   ContentIndexer indexer(*catalogue_, extractors_, types, segment, contents_);
   StoreFailure failure;
   if (hasSeenAll) failure = catalogue_->remove(unseen);
+  if (!failure) failure = lookAtAttributes(segment, progress);
   if (!failure) failure = indexer.run(progress);
   if (!failure && indexer.counts().done > kManyNewContents) failure = catalogue_->mergeText();
   if (failure) fail(*std::move(failure));
   return indexer.counts();
+}
+
+StoreFailure ContentRun::lookAtAttributes(const Segment& segment,
+                                          ContentIndexer::Progress progress) {
+  const Result<bool, StoreError> isDone =
+      AttributesLook(*catalogue_, segment, contents_).run(unseenRows_, progress);
+  if (!isDone) return isDone.error();
+  // Committed with the first files that are looked into, or the end of that.
+  return *isDone ? catalogue_->setSeenAttributesOf(segment.identity()) : StoreFailure();
 }
 
 }  // namespace vt

@@ -18,7 +18,9 @@ namespace vt {
 class ContentRun {
  public:
   /// Opens the catalogue in the folder of the index, or makes it anew where it is of no use.
-  ContentRun(const IndexFolder& folder, const Extractors& extractors);
+  /// `earlier` is the segment that the crawl remembers.
+  ContentRun(const IndexFolder& folder, const Extractors& extractors,
+             const std::optional<SegmentIdentity>& earlier);
 
   /// To be told of each entry of the crawl; nullptr after an error.
   RowContents* rows() { return rows_ ? &*rows_ : nullptr; }
@@ -28,8 +30,9 @@ class ContentRun {
   void announce(const SegmentIdentity& segment, std::span<const std::uint32_t> rows,
                 const std::optional<SegmentIdentity>& earlier);
 
-  /// Looks into the files of the segment, which is in force now. With `hasSeenAll` the crawl has
-  /// missed nothing: contents that no file has any more are forgotten.
+  /// Looks at the extended attributes of files of the segment, which is in force now, and into
+  /// them. With `hasSeenAll` the crawl has missed nothing: contents that no file has any more are
+  /// forgotten.
   ContentCounts lookIntoFiles(const Segment& segment, const ContentTypes& types, bool hasSeenAll,
                               ContentIndexer::Progress progress);
 
@@ -38,14 +41,16 @@ class ContentRun {
   const std::optional<StoreError>& error() const { return error_; }
 
  private:
-  StoreFailure open();
+  StoreFailure open(const std::optional<SegmentIdentity>& earlier);
+  StoreFailure lookAtAttributes(const Segment& segment, ContentIndexer::Progress progress);
   void fail(StoreError error);
 
   const IndexFolder& folder_;
   const Extractors& extractors_;
   std::unique_ptr<CatalogueWriter> catalogue_;
   std::optional<RowContents> rows_;
-  std::vector<ContentNumber> contents_;  // of the rows of the new segment
+  std::vector<ContentNumber> contents_;    // of the rows of the new segment
+  std::vector<std::uint32_t> unseenRows_;  // of it: see RowContents::withUnseenAttributes()
   std::optional<StoreError> distrusted_;
   std::optional<StoreError> error_;
 };

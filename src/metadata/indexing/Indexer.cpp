@@ -51,7 +51,7 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
   std::optional<SegmentIdentity> earlier;
   if (memory) earlier = memory->identity();
   std::optional<ContentRun> contents;
-  if (extractors_ != nullptr) contents.emplace(folder_, *extractors_);
+  if (extractors_ != nullptr) contents.emplace(folder_, *extractors_, earlier);
   Manifest& manifest = report.manifest;
   manifest.roots = outermostRoots(std::move(roots));
   manifest.began = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());

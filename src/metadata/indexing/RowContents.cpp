@@ -12,44 +12,61 @@ bool isBefore(const ContentIdentity& a, const ContentIdentity& b) {
 
 }  // namespace
 
-ContentVersion versionOf(const FileStatus& status) {
-  return {status.modified.time_since_epoch().count(), status.sizeInBytes};
-}
-
 Result<RowContents, StoreError> RowContents::of(CatalogueWriter& catalogue,
-                                                const Extractors& extractors) {
+                                                const Extractors& extractors,
+                                                const std::optional<SegmentIdentity>& earlier) {
   RowContents contents(extractors);
+  if (earlier) {
+    const Result<bool, StoreError> hasSeen = catalogue.hasSeenAttributesOf(*earlier);
+    if (!hasSeen) return hasSeen.error();
+    contents.hasSeenAttributes_ = *hasSeen;
+  }
   const StoreFailure failure = catalogue.forEach([&](const ContentRecord& record) {
     const bool isToBeTriedAgain = record.failure && !record.failure->isLasting();
-    contents.known_.push_back(
-        {.identity = record.identity,
-         .version = record.version,
-         .number = record.number,
-         .extractor = isToBeTriedAgain
-                          ? nullptr
-                          : extractors.named(record.extractor, record.extractorVersion)});
+    (record.extractor.empty() ? contents.tagged_ : contents.known_)
+        .push_back({.identity = record.identity,
+                    .version = record.version,
+                    .number = record.number,
+                    .extractor = isToBeTriedAgain ? nullptr
+                                                  : extractors.named(record.extractor,
+                                                                     record.extractorVersion)});
   });
   if (failure) return *failure;
   std::ranges::sort(contents.known_, isBefore, &Known::identity);
+  std::ranges::sort(contents.tagged_, isBefore, &Known::identity);
   return contents;
 }
 
 void RowContents::add(const CrawledEntry& entry) {
   devices_.insert(entry.status.device);
-  contents_.push_back(contentOf(entry));
+  bool isUnseen = false;
+  contents_.push_back(contentOf(entry, isUnseen));
+  areUnseen_.push_back(isUnseen);
 }
 
-ContentNumber RowContents::contentOf(const CrawledEntry& entry) {
+RowContents::Known* RowContents::findIn(std::vector<Known>& known,
+                                        const ContentIdentity& identity) {
+  const auto found = std::ranges::lower_bound(known, identity, isBefore, &Known::identity);
+  return found == known.end() || found->identity != identity ? nullptr : &*found;
+}
+
+ContentNumber RowContents::contentOf(const CrawledEntry& entry, bool& isUnseen) {
   const FileStatus& status = entry.status;
+  if (!status.isRegularFile()) return kWithoutContent;
   const Extractor* const extractor = extractors_->forType(entry.type);
-  if (extractor == nullptr || !status.isRegularFile()) return kWithoutContent;
-  const ContentIdentity identity{status.device, status.inode};
-  const auto known = std::ranges::lower_bound(known_, identity, isBefore, &Known::identity);
-  if (known == known_.end() || known->identity != identity) return kPendingContent;
+  Known* const known = findIn(extractor == nullptr ? tagged_ : known_, identityOf(status));
+  if (known == nullptr) {
+    isUnseen = extractor == nullptr && (!entry.isUnchanged || !hasSeenAttributes_);
+    return extractor == nullptr ? kWithoutContent : kPendingContent;
+  }
   // Looking into it again replaces what is known, so that is not unseen.
   known->isSeen = true;
-  const bool isCurrent = known->extractor == extractor && known->version == versionOf(status);
-  return isCurrent ? known->number : kPendingContent;
+  const ContentVersion version = versionOf(status);
+  const bool isCurrent = extractor == nullptr ||
+                         (known->extractor == extractor && known->version.hasSameBytesAs(version));
+  if (!isCurrent) return kPendingContent;
+  isUnseen = known->version.attributesChanged != version.attributesChanged;
+  return known->number;
 }
 
 std::vector<ContentNumber> RowContents::contentsOf(std::span<const std::uint32_t> rows) const {
@@ -59,10 +76,23 @@ std::vector<ContentNumber> RowContents::contentsOf(std::span<const std::uint32_t
   return contents;
 }
 
+std::vector<std::uint32_t> RowContents::withUnseenAttributes(
+    std::span<const std::uint32_t> rows) const {
+  std::vector<std::uint32_t> places;
+  for (std::uint32_t place = 0; place < rows.size(); ++place) {
+    if (areUnseen_[rows[place]]) places.push_back(place);
+  }
+  return places;
+}
+
 std::vector<ContentNumber> RowContents::unseen() const {
   std::vector<ContentNumber> numbers;
-  for (const Known& known : known_) {
-    if (!known.isSeen && devices_.contains(known.identity.device)) numbers.push_back(known.number);
+  for (const auto* list : {&known_, &tagged_}) {
+    for (const Known& known : *list) {
+      if (!known.isSeen && devices_.contains(known.identity.device)) {
+        numbers.push_back(known.number);
+      }
+    }
   }
   return numbers;
 }

@@ -39,6 +39,10 @@ std::optional<LiveAttribute> liveAttributeNamed(std::string_view name) {
   return found->second;
 }
 
+bool maySomethingInFilesReplace(std::string_view attribute) {
+  return attribute == "kMDItemContentCreationDate";
+}
+
 bool needsStatus(LiveAttribute attribute) { return attribute >= LiveAttribute::kModificationDate; }
 
 std::vector<LiveAttribute> searchableLiveAttributes(const query::AttributeSchema& schema) {

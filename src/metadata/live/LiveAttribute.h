@@ -33,6 +33,10 @@ enum class LiveAttribute : std::uint8_t {
 /// that the live file says nothing about.
 std::optional<LiveAttribute> liveAttributeNamed(std::string_view name);
 
+/// Whether a value that stands in the file itself counts before what its status says: the date at
+/// which a photograph was taken, rather than that at which it was copied here.
+bool maySomethingInFilesReplace(std::string_view attribute);
+
 /// Whether the file's status must be asked to tell the attribute. What needs none is told from
 /// the listing of the folder.
 bool needsStatus(LiveAttribute attribute);

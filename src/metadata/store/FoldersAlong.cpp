@@ -28,4 +28,19 @@ std::vector<std::uint32_t> foldersAlong(const SegmentColumns& segment, std::stri
   return folders;
 }
 
+std::string folderPathOf(const SegmentColumns& segment, std::uint32_t folder) {
+  std::vector<std::uint32_t> steps;
+  // A folder comes after its parent, so this ends whatever the numbers are.
+  for (std::uint32_t at = folder; at != 0;) {
+    steps.push_back(at);
+    const std::uint32_t parent = segment.parents[at];
+    at = parent < at ? parent : 0;
+  }
+  std::string path;
+  for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
+    path.append("/").append(segment.folderNames[*step]);
+  }
+  return path.empty() ? "/" : path;
+}
+
 }  // namespace vt

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,5 +13,8 @@ namespace vt {
 /// path last. Empty when one of them is not in the segment. Costs a look at the parent of every
 /// folder.
 std::vector<std::uint32_t> foldersAlong(const SegmentColumns& segment, std::string_view path);
+
+/// The other way round: the path of a folder of a segment.
+std::string folderPathOf(const SegmentColumns& segment, std::uint32_t folder);
 
 }  // namespace vt

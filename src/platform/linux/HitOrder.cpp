@@ -21,8 +21,7 @@ void tellSortValuesOf(std::size_t index, const std::vector<NamedAttribute>& sort
   result.values.resize(sorting.size());
   result.pointers.clear();
   for (std::size_t i = 0; i < sorting.size(); ++i) {
-    const bool isTold =
-        sorting[i].attribute && valueOfHit(index, *sorting[i].attribute, result.values[i]);
+    const bool isTold = valueOfHit(index, sorting[i], result.values[i]);
     // Elements stay where they are when the struct moves, since a vector hands over its storage.
     result.pointers.push_back(isTold ? &result.values[i] : nullptr);
   }

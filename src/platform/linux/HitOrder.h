@@ -14,7 +14,7 @@ namespace vt {
 /// An attribute as a caller names it, and what that is here.
 struct NamedAttribute {
   std::string name;
-  std::optional<LiveAttribute> attribute;  ///< nothing when no file has it
+  std::optional<LiveAttribute> attribute;  ///< nothing when it can only stand in files
 };
 
 std::vector<NamedAttribute> namedAttributes(const std::vector<std::string>& names);
@@ -26,8 +26,10 @@ struct HitOrder {
   const void* comparatorContext = nullptr;
   std::optional<MDQueryDeclaredOrder> declared;
 
-  /// Puts the value of an attribute of the hit at `index` into `value`; false when it has none.
-  using ValueOfHit = FunctionRef<bool(std::size_t index, LiveAttribute attribute, Value& value)>;
+  /// Puts the value of a sorting attribute of the hit at `index` into `value`; false when it has
+  /// none.
+  using ValueOfHit =
+      FunctionRef<bool(std::size_t index, const NamedAttribute& attribute, Value& value)>;
 
   /// Of `count` hits, newest modification first: the order that they are to be in, as one index for
   /// each place; nothing when they are in it already. When none is asked for, or when it is

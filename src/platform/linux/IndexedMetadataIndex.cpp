@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <map>
 #include <utility>
 
 #include "foundation/UTF8.h"
+#include "metadata/catalogue/ContentRecord.h"
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/QueryContents.h"
 #include "metadata/live/SearchScopes.h"
@@ -19,6 +21,12 @@ namespace {
 // Queries come back from callers as what this index handed out.
 IndexedQuery& ours(MDQuery& query) { return static_cast<IndexedQuery&>(query); }
 const IndexedQuery& ours(const MDQuery& query) { return static_cast<const IndexedQuery&>(query); }
+
+/// Whether a catalogue may have values of the attribute.
+bool mayStandInFiles(const NamedAttribute& named, const query::AttributeSchema& schema) {
+  return (!named.attribute || maySomethingInFilesReplace(named.name)) &&
+         schema.find(named.name) != nullptr;
+}
 
 /// A value as callers get it: names with U+FFFD for what is not UTF-8.
 std::optional<Value> valueOf(const IndexHits& hits, std::size_t row, LiveAttribute attribute) {
@@ -104,8 +112,13 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
     indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
   }
 
+  const bool sortsByContents =
+      live.order.comparator != nullptr &&
+      std::ranges::any_of(live.order.sorting, [&](const NamedAttribute& sorting) {
+        return mayStandInFiles(sorting, live_->schema());
+      });
   std::shared_ptr<const IndexedContents> contents;
-  if (asked.asksForContents) {
+  if (asked.asksForContents || sortsByContents) {
     auto found = source_->contentsOf(*index);
     if (!found && asked.asksForText) return found.error();
     if (found) contents = *found;
@@ -116,18 +129,28 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   auto hits = std::make_shared<IndexHits>(std::move(index), contents, live_->tables(),
                                           std::move(indexed), judge, live.parsed, live_->schema(),
                                           context, countsSteps ? &steps : nullptr);
+  std::map<std::string_view, std::vector<Value>> columns;  // by sorting attribute
+  for (const NamedAttribute& sorting : live.order.sorting) {
+    if (sortsByContents && contents && mayStandInFiles(sorting, live_->schema())) {
+      columns.emplace(sorting.name, contents->values(sorting.name, hits->rows()));
+    }
+  }
+  const auto valueOfHit = [&](std::size_t at, const NamedAttribute& sorting, Value& value) {
+    hits->prefetchDateAndTypeAfter(at);
+    if (const auto column = columns.find(sorting.name); column != columns.end()) {
+      value = column->second[at];
+      if (!value.isNull()) return true;
+    }
+    // As a walk has it, which counts entries only for who asks that of an item.
+    return sorting.attribute && *sorting.attribute != LiveAttribute::kEntryCount &&
+           hits->files().tell(*sorting.attribute, hits->rowAt(at), value);
+  };
+  const auto wanted = live.order.orderOfHits(hits->size(), valueOfHit);
+  if (wanted) hits->reorder(*wanted);
   if (contents) {
     contents->lookAway();
     if (contents->failure()) return contents->failure()->reason;
   }
-  const auto valueOfHit = [&](std::size_t at, LiveAttribute attribute, Value& value) {
-    hits->prefetchDateAndTypeAfter(at);
-    // As a walk has it, which counts entries only for who asks that of an item.
-    return attribute != LiveAttribute::kEntryCount &&
-           hits->files().tell(attribute, hits->rowAt(at), value);
-  };
-  const auto wanted = live.order.orderOfHits(hits->size(), valueOfHit);
-  if (wanted) hits->reorder(*wanted);
   query.hits = std::move(hits);
   query.notes = live.notes;
   query.notes.hasNoAccount = false;
@@ -154,7 +177,7 @@ std::int32_t IndexedMetadataIndex::MDQueryGetResultCount(const MDQuery& query) {
 
 std::shared_ptr<MDItem> IndexedMetadataIndex::MDQueryGetResultAtIndex(MDQuery& query,
                                                                       std::int32_t index) {
-  const std::shared_ptr<const IndexHits>& hits = ours(query).hits;
+  const std::shared_ptr<IndexHits>& hits = ours(query).hits;
   if (!hits) return live_->MDQueryGetResultAtIndex(*ours(query).live, index);
   const auto at = static_cast<std::size_t>(index);
   hits->prefetchAfter(at);
@@ -171,36 +194,67 @@ std::optional<Value> IndexedMetadataIndex::MDQueryGetAttributeValueOfResultAtInd
   const auto named = std::ranges::find(list, attribute, &NamedAttribute::name);
   if (named == list.end()) return std::nullopt;
   const std::size_t row = asked.hits->rowAt(static_cast<std::size_t>(index));
-  return named->attribute ? valueOf(*asked.hits, row, *named->attribute)
-                          : valueInFile(*asked.hits, row, attribute);
+  return valueOfRow(*asked.hits, row, *named);
 }
 
-std::optional<Value> IndexedMetadataIndex::valueInFile(const IndexHits& hits, std::size_t row,
-                                                       std::string_view attribute) const {
-  if (hits.contents() == nullptr) return std::nullopt;
+std::optional<Value> IndexedMetadataIndex::valueOfRow(IndexHits& hits, std::size_t row,
+                                                      const NamedAttribute& named) {
+  std::optional<Value> value;
+  if (mayStandInFiles(named, live_->schema())) value = valueInFile(hits, row, named.name);
+  if (!value && named.attribute) value = valueOf(hits, row, *named.attribute);
+  return value;
+}
+
+std::optional<Value> IndexedMetadataIndex::valueInFile(IndexHits& hits, std::size_t row,
+                                                       std::string_view attribute) {
   const PrivilegedMoment moment(*identity_);
+  if (hits.contents() == nullptr) {
+    const auto contents = source_->contentsOf(hits.index());
+    if (!contents) return std::nullopt;
+    (*contents)->lookAway();
+    hits.setContents(*contents);
+  }
   std::optional<Value> value(std::in_place);
   return hits.contents()->tell(attribute, row, *value) ? value : std::nullopt;
 }
 
+std::optional<Value> IndexedMetadataIndex::valueInFile(const LiveMDItem& file,
+                                                       std::string_view attribute) {
+  if (!file.status.isRegularFile()) return std::nullopt;
+  const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+  const PrivilegedMoment moment(*identity_);
+  const std::shared_ptr<const OpenIndex> index = source_->freshAt(now);
+  if (!index) return std::nullopt;
+  const auto contents = source_->contentsOf(*index);
+  if (!contents) return std::nullopt;
+  std::optional<Value> value(std::in_place);
+  const bool isTold =
+      (*contents)->tellOfFile(identityOf(file.status), versionOf(file.status), attribute, *value);
+  (*contents)->lookAway();
+  return isTold ? value : std::nullopt;
+}
+
 std::shared_ptr<MDItem> IndexedMetadataIndex::MDItemCreate(const std::string& path) {
-  return live_->MDItemCreate(path);
+  std::shared_ptr<MDItem> item = live_->MDItemCreate(path);
+  if (item) prepare();
+  return item;
 }
 
 std::optional<Value> IndexedMetadataIndex::MDItemCopyAttribute(MDItem& item,
                                                                std::string_view attribute) {
   // An item of either index may come: one that was made of a path is the live index's.
-  const auto* const indexed = dynamic_cast<const IndexedMDItem*>(&item);
-  if (indexed == nullptr) return live_->MDItemCopyAttribute(item, attribute);
-  const std::optional<LiveAttribute> live = liveAttributeNamed(attribute);
-  return live ? valueOf(*indexed->hits, indexed->row, *live)
-              : valueInFile(*indexed->hits, indexed->row, attribute);
+  const NamedAttribute named{std::string(attribute), liveAttributeNamed(attribute)};
+  if (const auto* const indexed = dynamic_cast<const IndexedMDItem*>(&item)) {
+    return valueOfRow(*indexed->hits, indexed->row, named);
+  }
+  std::optional<Value> value;
+  if (mayStandInFiles(named, live_->schema())) {
+    value = valueInFile(static_cast<const LiveMDItem&>(item), attribute);
+  }
+  return value ? value : live_->MDItemCopyAttribute(item, attribute);
 }
 
 std::vector<std::string> IndexedMetadataIndex::MDItemCopyAttributeNames(MDItem& item) {
-  if (dynamic_cast<const IndexedMDItem*>(&item) == nullptr) {
-    return live_->MDItemCopyAttributeNames(item);
-  }
   std::vector<std::string> names;
   for (std::string& name : live_->MDSchemaCopyAllAttributes()) {
     if (MDItemCopyAttribute(item, name)) names.push_back(std::move(name));

@@ -17,13 +17,16 @@ class AccessJudge;
 class Identity;
 class IndexHits;
 class IndexedQuery;
+class LiveMDItem;
+struct NamedAttribute;
 
 /// The metadata index as the indexer left it in a folder, for what that covers, and the live index
 /// for the rest: both give the same answers, the one in milliseconds.
 ///
 /// A query is answered from the index when that is fresh, holds every folder of the scope and, if
 /// the query asks for text, has looked into files; else they are walked and the notes say why.
-/// Single items are always those of the live index. One thread at a time.
+/// Single items are those of the live index, with what the catalogue of a fresh index says of the
+/// same bytes. One thread at a time.
 class IndexedMetadataIndex final : public MetadataIndex {
  public:
   IndexedMetadataIndex(std::shared_ptr<LiveMetadataIndex> live, std::shared_ptr<Identity> identity,
@@ -71,9 +74,11 @@ class IndexedMetadataIndex final : public MetadataIndex {
                                              std::uint32_t options);
   /// Whether the text of files is in the index, beside their names and what their status tells.
   bool holdsText();
+  std::optional<Value> valueOfRow(IndexHits& hits, std::size_t row, const NamedAttribute& named);
   /// The value of an attribute that stands in the file of the row, as the catalogue has it.
-  std::optional<Value> valueInFile(const IndexHits& hits, std::size_t row,
-                                   std::string_view attribute) const;
+  std::optional<Value> valueInFile(IndexHits& hits, std::size_t row, std::string_view attribute);
+  /// The same of a file that somebody named.
+  std::optional<Value> valueInFile(const LiveMDItem& file, std::string_view attribute);
 
   std::shared_ptr<LiveMetadataIndex> live_;
   std::shared_ptr<Identity> identity_;

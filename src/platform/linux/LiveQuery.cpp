@@ -18,10 +18,11 @@ LiveQuery::LiveQuery(query::Query parsedQuery, const std::vector<std::string>& v
 void LiveQuery::takeResult(LiveSearchResult result, const TypeTables& tables) {
   hits = std::move(result.hits);
   notes.unusableScopes = std::move(result.unusableScopes);
-  const auto valueOfHit = [&](std::size_t index, LiveAttribute attribute, Value& value) {
+  const auto valueOfHit = [&](std::size_t index, const NamedAttribute& named, Value& value) {
+    if (!named.attribute) return false;  // no file is looked into
     const LiveHit& hit = hits[index];
     const LiveFile file{hits.folderPath(hit.folder), hit.name, hit.type, &hit.status};
-    return tellAttribute(attribute, file, tables, value);
+    return tellAttribute(*named.attribute, file, tables, value);
   };
   const auto wanted = order.orderOfHits(hits.size(), valueOfHit);
   if (wanted) hits.reorder(*wanted);

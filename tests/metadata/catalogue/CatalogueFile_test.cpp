@@ -59,6 +59,28 @@ TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfALaterVersion) {
   }
 }
 
+TEST(CatalogueFile, IsBroughtUpToThisVersionWithAllThatIsInIt) {
+  const CatalogueInFolder folder;
+  {
+    const auto writer = folder.writer();
+    ContentRecord record = CatalogueInFolder::recordOf(1);
+    record.version.attributesChanged = 5;
+    valueOrThrow(writer->add(record, textAlone("word")));
+    throwIf(writer->commit());
+  }
+  throwIf(valueOrThrow(Database::openForWriting(folder.file()))
+              .execute("ALTER TABLE content DROP COLUMN attributes_changed;"
+                       "DROP TABLE attributes_seen; PRAGMA user_version = 1"));
+  const auto early = CatalogueReader::open(folder.path());
+  ASSERT_FALSE(early);
+  EXPECT_EQ(early.error().kind, Kind::kOtherKind);
+  std::vector<ContentRecord> found;
+  throwIf(folder.writer()->forEach([&](const ContentRecord& record) { found.push_back(record); }));
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(found[0].version, (ContentVersion{1'000'000, 10, 0}));
+  EXPECT_EQ(valueOrThrow(folder.reader()->withWords(*contentQueryOf("word", 0), 2)).count(), 1U);
+}
+
 TEST(CatalogueFile, IsDamagedWhenItIsNoDatabase) {
   const CatalogueInFolder folder;
   writeFile(folder.file(), std::string(10'000, 'x'));

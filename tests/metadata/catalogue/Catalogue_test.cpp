@@ -54,6 +54,37 @@ TEST_F(Catalogue, GivesANewNumberForEachLookAndForgetsTheOneBefore) {
   EXPECT_EQ(numbersOf(folder_.reader()->withText(10)), Numbers{2});
 }
 
+TEST_F(Catalogue, ReplacesExtendedAttributesAloneUnderTheSameNumber) {
+  Extraction extraction = textAlone("words");
+  extraction.attributes["kMDItemTitle"] = "Plan";
+  extraction.attributes["kMDItemUserTags"] = Array::make({"old"});
+  extraction.attributes["kMDItemFinderComment"] = "old";
+  const ContentNumber number = add(1, extraction);
+  const ContentNumber other = add(2, extraction);
+  throwIf(writer_->setExtendedAttributes(number, 7, {{"kMDItemUserTags", Array::make({"new"})}}));
+  throwIf(writer_->commit());
+  EXPECT_EQ(records()[0].version.attributesChanged, 7);
+  EXPECT_EQ(records()[1].version.attributesChanged, 0);
+  const auto reader = folder_.reader();
+  EXPECT_EQ(valueOrThrow(reader->attribute(number, "kMDItemUserTags")),
+            Value(Array::make({"new"})));
+  EXPECT_TRUE(valueOrThrow(reader->attribute(number, "kMDItemFinderComment")).isNull());
+  EXPECT_EQ(valueOrThrow(reader->attribute(number, "kMDItemTitle")), Value("Plan"));
+  EXPECT_EQ(valueOrThrow(reader->attribute(other, "kMDItemFinderComment")), Value("old"));
+  EXPECT_EQ(numbersOf(reader->withText(3)), (Numbers{1, 2}));
+}
+
+TEST_F(Catalogue, KnowsOfWhichSegmentAllAttributesWereSeen) {
+  const SegmentIdentity first{.headChecksum = 1};
+  const SegmentIdentity second{.headChecksum = 0xFFFFFFFFFFFFFFFF};
+  EXPECT_FALSE(valueOrThrow(writer_->hasSeenAttributesOf(first)));
+  throwIf(writer_->setSeenAttributesOf(first));
+  EXPECT_TRUE(valueOrThrow(writer_->hasSeenAttributesOf(first)));
+  throwIf(writer_->setSeenAttributesOf(second));
+  EXPECT_TRUE(valueOrThrow(writer_->hasSeenAttributesOf(second)));
+  EXPECT_FALSE(valueOrThrow(writer_->hasSeenAttributesOf(first)));
+}
+
 TEST_F(Catalogue, NeverGivesANumberTwice) {
   const ContentNumber last = add(1, textAlone("text"));
   throwIf(writer_->remove(std::vector{last}));

@@ -1,0 +1,64 @@
+#include "extraction/media/MediaExtractors.h"
+
+#include <time.h>
+
+#include <utility>
+
+#ifdef VT_WITH_ARCHIVES
+#include "extraction/media/ArchiveExtractor.h"
+#endif
+#ifdef VT_WITH_PICTURES
+#include "extraction/media/PictureExtractor.h"
+#endif
+#ifdef VT_WITH_SOUND
+#include "extraction/media/SoundExtractor.h"
+#endif
+#ifdef VT_WITH_VIDEO
+#include "extraction/media/VideoExtractor.h"
+#endif
+
+namespace vt {
+
+std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& types,
+                                                        [[maybe_unused]] HtmlText htmlText) {
+  ::tzset();  // dates of cameras have no zone
+  std::vector<std::unique_ptr<Extractor>> extractors;
+#ifdef VT_WITH_MAIL
+  extractors.push_back(std::make_unique<MailExtractor>(types, std::move(htmlText)));
+#endif
+#ifdef VT_WITH_PICTURES
+  extractors.push_back(std::make_unique<PictureExtractor>(types));
+#endif
+#ifdef VT_WITH_SOUND
+  extractors.push_back(std::make_unique<SoundExtractor>(types));
+#endif
+#ifdef VT_WITH_VIDEO
+  extractors.push_back(std::make_unique<VideoExtractor>(types));
+#endif
+#ifdef VT_WITH_ARCHIVES
+  extractors.push_back(std::make_unique<ArchiveExtractor>(types));
+#endif
+  return extractors;
+}
+
+std::vector<std::string_view> missingMediaExtractors() {
+  std::vector<std::string_view> missing;
+#ifndef VT_WITH_MAIL
+  missing.emplace_back("e-mail");
+#endif
+#ifndef VT_WITH_PICTURES
+  missing.emplace_back("pictures");
+#endif
+#ifndef VT_WITH_SOUND
+  missing.emplace_back("sound");
+#endif
+#ifndef VT_WITH_VIDEO
+  missing.emplace_back("video");
+#endif
+#ifndef VT_WITH_ARCHIVES
+  missing.emplace_back("archives");
+#endif
+  return missing;
+}
+
+}  // namespace vt

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "extraction/media/MailExtractor.h"
+#include "metadata/extract/Extractor.h"
+
+namespace vt {
+
+/// Those for mail, pictures, sound, video and archives, as far as their libraries were there when
+/// this program was built. They read files of anyone's making with large libraries: for the
+/// worker's child alone. To be made before its walls stand, since locales and time zones are read.
+std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& types,
+                                                        HtmlText htmlText = {});
+
+/// What this program can't look into for want of a library, as people call it: "sound".
+std::vector<std::string_view> missingMediaExtractors();
+
+}  // namespace vt
