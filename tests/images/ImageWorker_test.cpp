@@ -163,7 +163,7 @@ TEST(ImageWorker, LimitsAFile) {
 
 TEST(ImageWorker, IsNotThereWithoutItsProgram) {
   for (const auto confinement : {WorkerConfinement::kBubblewrap, WorkerConfinement::kOwnWalls,
-                                 WorkerConfinement::kIconsOnly}) {
+                                 WorkerConfinement::kOwnFilesOnly}) {
     EXPECT_FALSE(ImageWorker::start("/nonexistent", confinement));
     EXPECT_FALSE(ImageWorker::start("/bin/true", confinement));
   }

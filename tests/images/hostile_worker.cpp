@@ -22,8 +22,9 @@
 #include <thread>
 #include <vector>
 
-#include "images/worker/ReadInput.h"
-#include "images/worker/WorkerMain.h"
+#include "images/worker/ImageTask.h"
+#include "worker/ReadInput.h"
+#include "worker/WorkerMain.h"
 
 namespace {
 
@@ -132,5 +133,6 @@ int main(int argc, char** argv) {
 #else
   constexpr std::chrono::milliseconds kLimit = vt::worker::kFileLimit;
 #endif
-  return vt::worker::runWorker(argc, argv, [](vt::ImageFormat) { return misbehave; }, kLimit);
+  return vt::worker::runWorker(
+      argc, argv, vt::worker::imageTasks([](vt::ImageFormat) { return misbehave; }), kLimit);
 }

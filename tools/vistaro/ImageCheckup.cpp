@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include "images/worker/WorkerProtocol.h"
+#include "worker/WorkerProtocol.h"
 #include "platform/Platform.h"
 #include "platform/linux/images/LinuxImages.h"
 #include "vistaro/Checkup.h"

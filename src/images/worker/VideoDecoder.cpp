@@ -17,7 +17,7 @@ extern "C" {
 
 #include "images/worker/DecoderModule.h"
 #include "images/worker/FitSize.h"
-#include "images/worker/WorkerProtocol.h"
+#include "images/worker/ImageRequest.h"
 
 namespace vt::worker {
 namespace {

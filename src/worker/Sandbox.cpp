@@ -1,4 +1,4 @@
-#include "images/worker/Sandbox.h"
+#include "worker/Sandbox.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -8,7 +8,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "images/worker/WorkerProtocol.h"
+#include "worker/WorkerProtocol.h"
 
 namespace vt::worker {
 namespace {
@@ -31,7 +31,7 @@ constexpr const char* kReadableFolders[] = {
     "/etc/fonts",
     "/var/cache/fontconfig",
     "/usr/share/xml/fontconfig",
-    VT_IMAGE_MODULES,
+    VT_WORKER_MODULES,
 };
 constexpr const char* kReadableFiles[] = {"/etc/ld.so.cache", "/dev/null", "/dev/urandom"};
 

@@ -1,4 +1,4 @@
-#include "images/worker/ReadInput.h"
+#include "worker/ReadInput.h"
 
 #include <errno.h>
 #include <unistd.h>

@@ -2,14 +2,14 @@
 
 #include <optional>
 
-#include "images/worker/WorkerProtocol.h"
 #include "platform/linux/FileDescriptor.h"
+#include "worker/WorkerProtocol.h"
 
 namespace vt::worker {
 
 /// A request with its descriptors.
 struct ReceivedRequest {
-  ImageRequest request;
+  WorkerRequest request;
   FileDescriptor input;   ///< the file, open for reading
   FileDescriptor output;  ///< the writing end of a pipe
 };

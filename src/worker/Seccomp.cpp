@@ -10,7 +10,7 @@
 #include <initializer_list>
 #include <utility>
 
-#include "images/worker/Sandbox.h"
+#include "worker/Sandbox.h"
 
 namespace vt::worker {
 namespace {

@@ -1,4 +1,4 @@
-#include "images/worker/WorkerMain.h"
+#include "worker/WorkerMain.h"
 
 #include <signal.h>
 #include <sys/prctl.h>
@@ -7,8 +7,8 @@
 
 #include <string_view>
 
-#include "images/worker/Sandbox.h"
-#include "images/worker/WorkerLoop.h"
+#include "worker/Sandbox.h"
+#include "worker/WorkerLoop.h"
 
 namespace vt::worker {
 namespace {
@@ -22,9 +22,8 @@ bool isAsked(int argc, char** argv, std::string_view option) {
 
 }  // namespace
 
-int runWorker(int argc, char** argv, const DecoderSource& decoders,
-              std::chrono::milliseconds fileLimit) {
-  const bool iconsOnly = isAsked(argc, argv, kIconsOnly);
+int runWorker(int argc, char** argv, const TaskSource& tasks, std::chrono::milliseconds fileLimit) {
+  const bool ownFilesOnly = isAsked(argc, argv, kOwnFilesOnly);
   // A reader that is gone ends a write, not the worker.
   ::signal(SIGPIPE, SIG_IGN);
   WorkerGreeting greeting;
@@ -35,14 +34,10 @@ int runWorker(int argc, char** argv, const DecoderSource& decoders,
   if (raiseSeccompForWorker()) greeting.walls |= kSeccomp;
   const bool hidesFiles = (greeting.walls & (kBubblewrap | kLandlock)) != 0;
   const bool isConfined = hidesFiles && (greeting.walls & kSeccomp) != 0;
-  // Icons are this program's own files.
-  if (!isConfined && !iconsOnly) return 1;
+  if (!isConfined && !ownFilesOnly) return 1;
   if (::send(STDIN_FILENO, &greeting, sizeof greeting, MSG_NOSIGNAL) != sizeof greeting) return 1;
-  const ChildRules rules{fileLimit, isConfined};
-  serveRequests(STDIN_FILENO, rules, [&](ImageFormat format) -> Decode {
-    if (iconsOnly && format != ImageFormat::kSvg) return nullptr;
-    return decoders(format);
-  });
+  serveRequests(STDIN_FILENO, {fileLimit, isConfined},
+                [&](const WorkerRequest& request) { return tasks(request, ownFilesOnly); });
   return 0;
 }
 

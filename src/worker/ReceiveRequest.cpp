@@ -1,4 +1,4 @@
-#include "images/worker/ReceiveRequest.h"
+#include "worker/ReceiveRequest.h"
 
 #include <errno.h>
 #include <sys/socket.h>
@@ -28,7 +28,7 @@ Numbers descriptorsOf(msghdr& message) {
 }  // namespace
 
 std::optional<ReceivedRequest> receiveRequest(int socket) {
-  ImageRequest request;
+  WorkerRequest request;
   iovec part{&request, sizeof request};
   alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(Numbers))> control{};
   msghdr message{};
@@ -45,10 +45,7 @@ std::optional<ReceivedRequest> receiveRequest(int socket) {
   FileDescriptor input(numbers[0]);
   FileDescriptor output(numbers[1]);
   const bool isCutOff = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0;
-  if (count != sizeof request || isCutOff || !input || !output ||
-      static_cast<std::uint32_t>(request.format) >= kImageFormats) {
-    return std::nullopt;
-  }
+  if (count != sizeof request || isCutOff || !input || !output) return std::nullopt;
   return ReceivedRequest{request, std::move(input), std::move(output)};
 }
 
