@@ -83,16 +83,6 @@ WorkerEnd answer(int socket, ReceivedRequest request, const ChildRules& rules,
 
 }  // namespace
 
-bool writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
-  return true;
-}
-
 void serveRequests(int socket, const ChildRules& rules,
                    const std::function<Task(const WorkerRequest&)>& prepare) {
   while (std::optional<ReceivedRequest> request = receiveRequest(socket)) {

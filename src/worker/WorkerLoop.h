@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <functional>
-#include <string_view>
 
 #include "worker/WorkerProtocol.h"
 
@@ -25,9 +24,6 @@ struct ChildRules {
   std::chrono::milliseconds fileLimit;  ///< by the clock; it is then killed
   bool mustBeConfined = true;           ///< and else does nothing
 };
-
-/// Writes all of the bytes. False when nobody takes them.
-bool writeAll(int descriptor, std::string_view bytes);
 
 /// Answers the requests that come over the socket `socket` until it is closed, each in a child
 /// process of its own that is limited and can do nothing but look into its file.

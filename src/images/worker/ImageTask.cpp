@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "images/worker/ImageRequest.h"
+#include "worker/WriteAll.h"
 
 namespace vt::worker {
 namespace {

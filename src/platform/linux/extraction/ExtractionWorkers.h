@@ -1,0 +1,80 @@
+#pragma once
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "extraction/ExtractionRequest.h"
+#include "extraction/ExtractorDescription.h"
+#include "metadata/extract/Extractor.h"
+#include "metadata/query/AttributeSchema.h"
+#include "platform/linux/worker/IncomingBytes.h"
+#include "platform/linux/worker/SettledWorker.h"
+
+namespace vt {
+
+/// The processes that look into files, two files at once. One thread at a time.
+///
+/// They are started when they are first asked, and again once one has ended. Behind which walls is
+/// settled then: in bubblewrap's namespaces when they can be had, else behind Landlock and seccomp,
+/// else no file is ever looked into.
+class ExtractionWorkers {
+ public:
+  static constexpr std::size_t kCount = 2;
+
+  /// `program` is the absolute path of the worker program, `typeTable` the bytes of the table of
+  /// content types.
+  ExtractionWorkers(std::string program, const std::string& typeTable, std::size_t typeCount,
+                    std::shared_ptr<const query::AttributeSchema> schema);
+
+  /// The extractors of the program. None when it can't be started at all; where it can't be
+  /// confined it describes them all the same. Starts a worker.
+  std::vector<ExtractorDescription> describe();
+  /// Behind which walls files are looked into, as of worker::Wall; nothing when none are. Starts a
+  /// worker.
+  std::optional<std::uint32_t> walls();
+
+  /// A file that is being looked into, by the worker of that number.
+  using Ticket = std::size_t;
+
+  /// Begins to look into the open file, which must stay open until the ticket is handed back.
+  /// Nothing when all workers are at work.
+  std::optional<Ticket> begin(int file, std::uint32_t extractor, ContentTypeId type);
+  /// Waits no longer than `patience`. Whether finish() need not wait.
+  bool isDone(Ticket ticket, std::chrono::milliseconds patience);
+  /// Waits for what was found. Meanwhile the other worker goes on.
+  Result<Extraction, ExtractionFailure> finish(Ticket ticket);
+  /// Gives a file up. Its worker is at work until its process has ended.
+  void drop(Ticket ticket);
+
+ private:
+  struct Look {
+    int file = -1;
+    ExtractionRequest request;
+    std::optional<IncomingBytes> incoming;  // unless it could not be begun
+    std::chrono::steady_clock::time_point deadline;
+  };
+  struct Slot {
+    SettledWorker<WorkerProcess> worker;
+    std::optional<Look> look;
+  };
+
+  std::unique_ptr<WorkerProcess> start(WorkerConfinement confinement) const;
+  WorkerProcess* running(Slot& slot) const;
+  void ask(Slot& slot) const;
+  /// Takes what comes, until all that was found in the file has, or `deadline`.
+  void await(const Look& awaited, std::chrono::steady_clock::time_point deadline);
+  Result<Extraction, ExtractionFailure> answerOf(Slot& slot, bool& isToBeRepeated) const;
+
+  std::string program_;
+  FileDescriptor typeTable_;  // a file in memory
+  std::size_t typeCount_;
+  std::shared_ptr<const query::AttributeSchema> schema_;
+  std::array<Slot, kCount> slots_;
+};
+
+}  // namespace vt
