@@ -16,9 +16,6 @@ bool raiseLandlock();
 /// kills the process, or fails where libraries are known to try it.
 bool raiseSeccompForWorker();
 
-/// Takes away what a worker needs besides decoding: child processes, messages, signals to others.
-bool raiseSeccompForDecoder();
-
 /// Limits what one decoding may take of memory, processor and threads. Nothing can be written to
 /// any file.
 bool limitResources();

@@ -1,15 +1,21 @@
 #include <errno.h>
 #include <fcntl.h>
+#include <linux/seccomp.h>
 #include <sched.h>
 #include <seccomp.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
+#include "worker/DecoderFilter.h"
 #include "worker/Sandbox.h"
 
 namespace vt::worker {
@@ -41,6 +47,19 @@ class Filter {
 
   bool putInForce() { return context_ && isGood_ && ::seccomp_load(context_) == 0; }
 
+  /// As the kernel takes it; empty when it can't be had.
+  std::vector<sock_filter> program() {
+    const int file = ::memfd_create("filter", MFD_CLOEXEC);
+    std::vector<sock_filter> program;
+    if (file >= 0 && context_ && isGood_ && ::seccomp_export_bpf(context_, file) == 0) {
+      const off_t size = ::lseek(file, 0, SEEK_END);
+      program.resize(static_cast<std::size_t>(size) / sizeof(sock_filter));
+      if (::pread(file, program.data(), static_cast<std::size_t>(size), 0) != size) program.clear();
+    }
+    ::close(file);
+    return program;
+  }
+
  private:
   void add(std::uint32_t action, int call, std::initializer_list<scmp_arg_cmp> conditions) {
     isGood_ =
@@ -52,6 +71,13 @@ class Filter {
   scmp_filter_ctx context_;
   bool isGood_ = true;
 };
+
+// Stands for the number of the process that the list will be in force for. No process has it.
+constexpr std::uint32_t kOwnNumber = 0x7E57'1D0F;
+
+bool comparesWithOwnNumber(const sock_filter& instruction) {
+  return instruction.code == (BPF_JMP | BPF_JEQ | BPF_K) && instruction.k == kOwnNumber;
+}
 
 scmp_arg_cmp masked(unsigned argument, scmp_datum_t mask, scmp_datum_t value) {
   return {argument, SCMP_CMP_MASKED_EQ, mask, value};
@@ -160,15 +186,25 @@ void allowDecoding(Filter& filter) {
 
 }  // namespace
 
-bool raiseSeccompForDecoder() {
+std::optional<DecoderFilter> DecoderFilter::make() {
   Filter filter;
   allowDecoding(filter);
   // abort() ends the process itself by it. The worker and its caller are to be seen, and may be of
   // the same account.
-  filter.allowWhere(SCMP_SYS(tgkill), {0, SCMP_CMP_EQ, static_cast<scmp_datum_t>(::getpid()), 0});
+  filter.allowWhere(SCMP_SYS(tgkill), {0, SCMP_CMP_EQ, kOwnNumber, 0});
   // What it may ask of its limits: nothing but what they are.
   filter.allowWhere(SCMP_SYS(prlimit64), {2, SCMP_CMP_EQ, 0, 0});
-  return filter.putInForce();
+  std::vector<sock_filter> program = filter.program();
+  if (std::ranges::count_if(program, comparesWithOwnNumber) != 1) return std::nullopt;
+  return DecoderFilter(std::move(program));
+}
+
+bool DecoderFilter::putInForce() const {
+  std::vector<sock_filter> program = program_;
+  std::ranges::find_if(program, comparesWithOwnNumber)->k = static_cast<std::uint32_t>(::getpid());
+  const sock_fprog all{static_cast<unsigned short>(program.size()), program.data()};
+  return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         ::syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &all) == 0;
 }
 
 bool raiseSeccompForWorker() {

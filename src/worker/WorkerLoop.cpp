@@ -28,7 +28,8 @@ namespace {
   if (::prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || !limitResources()) {
     exitWith(TaskEnd::kNotConfined);
   }
-  if (!raiseSeccompForDecoder() && rules.mustBeConfined) exitWith(TaskEnd::kNotConfined);
+  const bool isConfined = rules.allowed && rules.allowed->putInForce();
+  if (!isConfined && rules.mustBeConfined) exitWith(TaskEnd::kNotConfined);
   const TaskEnd end = task(request.input.get(), request.output.get());
   // The reader need not wait until all that the process holds is given back.
   ::close(request.output.get());

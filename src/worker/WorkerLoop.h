@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 
+#include "worker/DecoderFilter.h"
 #include "worker/WorkerProtocol.h"
 
 namespace vt::worker {
@@ -21,8 +22,9 @@ using Task = std::function<TaskEnd(int input, int output)>;
 
 /// What each child may do.
 struct ChildRules {
-  std::chrono::milliseconds fileLimit;  ///< by the clock; it is then killed
-  bool mustBeConfined = true;           ///< and else does nothing
+  std::chrono::milliseconds fileLimit;     ///< by the clock; it is then killed
+  const DecoderFilter* allowed = nullptr;  ///< the system calls; borrowed
+  bool mustBeConfined = true;              ///< and else does nothing
 };
 
 /// Answers the requests that come over the socket `socket` until it is closed, each in a child

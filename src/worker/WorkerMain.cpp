@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <optional>
 #include <string_view>
 
 #include "worker/Sandbox.h"
@@ -30,13 +31,14 @@ int runWorker(int argc, char** argv, const TaskSource& tasks, std::chrono::milli
   if (isAsked(argc, argv, kInsideBubblewrap)) greeting.walls |= kBubblewrap;
   // Not even by its own kind is the worker to be looked into.
   if (!dropRoot() || ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0) return 1;
+  const std::optional<DecoderFilter> allowed = DecoderFilter::make();
   if (raiseLandlock()) greeting.walls |= kLandlock;
-  if (raiseSeccompForWorker()) greeting.walls |= kSeccomp;
+  if (allowed && raiseSeccompForWorker()) greeting.walls |= kSeccomp;
   const bool hidesFiles = (greeting.walls & (kBubblewrap | kLandlock)) != 0;
   const bool isConfined = hidesFiles && (greeting.walls & kSeccomp) != 0;
   if (!isConfined && !ownFilesOnly) return 1;
   if (::send(STDIN_FILENO, &greeting, sizeof greeting, MSG_NOSIGNAL) != sizeof greeting) return 1;
-  serveRequests(STDIN_FILENO, {fileLimit, isConfined},
+  serveRequests(STDIN_FILENO, {fileLimit, allowed ? &*allowed : nullptr, isConfined},
                 [&](const WorkerRequest& request) { return tasks(request, ownFilesOnly); });
   return 0;
 }
