@@ -56,6 +56,10 @@ std::string info(const poppler::document& document, const char* key) {
 }
 
 void readProperties(const poppler::document& document, FoundAttributes& attributes) {
+  int major = 0;
+  int minor = 0;
+  document.get_pdf_version(&major, &minor);
+  if (major > 0) attributes.setText("kMDItemVersion", fmt::format("{}.{}", major, minor));
   attributes.setText("kMDItemTitle", info(document, "Title"));
   attributes.addTexts("kMDItemAuthors", info(document, "Author"), ";");
   attributes.setText("kMDItemSubject", info(document, "Subject"));
@@ -99,13 +103,10 @@ Result<Extraction, ExtractionFailure> PdfExtractor::extract(int file, ContentTyp
   if (!document) return ExtractionFailure{Kind::kMalformed, "it is no PDF document"};
   Extraction extraction;
   FoundAttributes attributes(extraction);
-  attributes.setText("kMDItemSecurityMethod",
-                     document->is_encrypted() ? "Password Encrypted" : "None");
-  int major = 0;
-  int minor = 0;
-  document->get_pdf_version(&major, &minor);
-  if (major > 0) attributes.setText("kMDItemVersion", fmt::format("{}.{}", major, minor));
-  if (document->is_locked()) return extraction;
+  attributes.setText("kMDItemSecurityMethod", document->is_locked() || document->is_encrypted()
+                                                  ? "Password Encrypted"
+                                                  : "None");
+  if (document->is_locked()) return extraction;  // of which nothing more may be asked
   readProperties(*document, attributes);
   BoundedText text;
   readPages(*document, text, attributes);

@@ -49,11 +49,10 @@ constexpr auto kProperties = std::to_array<std::string_view>(
     {"title", "author", "subject", "keywords", "doccomm", "company", "operator"});
 
 constexpr auto kNoText = std::to_array<std::string_view>(
-    {"colortbl",   "stylesheet",  "listtable", "listoverridetable", "pict",
-     "object",     "objdata",     "fldinst",   "filetbl",           "revtbl",
-     "rsidtbl",    "themedata",   "datastore", "xmlnstbl",          "printim",
-     "revtim",     "buptim",      "bkmkstart", "bkmkend",           "private1",
-     "nonshppict", "latentstyles"});
+    {"colortbl",  "stylesheet", "listtable", "listoverridetable", "pict",        "object",
+     "objdata",   "fldinst",    "sp",        "filetbl",           "revtbl",      "rsidtbl",
+     "themedata", "datastore",  "xmlnstbl",  "printim",           "revtim",      "buptim",
+     "bkmkstart", "bkmkend",    "private1",  "nonshppict",        "latentstyles"});
 
 /// The character set of a number of \fcharset; nullptr for those that leave it to the document.
 const char* charsetOf(int number) {
@@ -232,7 +231,14 @@ bool RtfReader::character(std::string_view word) {
     return true;
   }
   flush();
-  add(found->text);
+  const bool isBody = group().destination == Destination::kBody && !group().isHidden;
+  if (isBody && found->text == "\n") {
+    text_.newLine();
+  } else if (isBody && found->text == " ") {
+    text_.space();
+  } else {
+    add(found->text);
+  }
   return true;
 }
 
