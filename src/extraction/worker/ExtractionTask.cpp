@@ -1,5 +1,7 @@
 #include "extraction/worker/ExtractionTask.h"
 
+#include <unistd.h>
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -18,6 +20,15 @@ constexpr std::uint64_t kMostTableBytes = std::uint64_t{16} << 20;
 
 TaskEnd send(int output, const std::string& bytes) {
   return writeAll(output, bytes) ? TaskEnd::kMade : TaskEnd::kNotWritten;
+}
+
+/// The table of content types that comes as the first message; nullptr when none does.
+std::unique_ptr<const ContentTypes> receiveTypes(int socket) {
+  const std::optional<ReceivedRequest> first = receiveRequest(socket);
+  const std::optional<std::string> table =
+      first ? readInput(first->input.get(), kMostTableBytes) : std::nullopt;
+  auto types = ContentTypes::parse(table.value_or(""));
+  return types ? std::make_unique<const ContentTypes>(std::move(types).value()) : nullptr;
 }
 
 }  // namespace
@@ -46,12 +57,12 @@ TaskSource extractionTasks(const ContentTypes& types,
   };
 }
 
-std::unique_ptr<const ContentTypes> receiveTypes(int socket) {
-  const std::optional<ReceivedRequest> first = receiveRequest(socket);
-  const std::optional<std::string> table =
-      first ? readInput(first->input.get(), kMostTableBytes) : std::nullopt;
-  auto types = ContentTypes::parse(table.value_or(""));
-  return types ? std::make_unique<const ContentTypes>(std::move(types).value()) : nullptr;
+int runExtractionWorker(int argc, char** argv, const ExtractorSource& extractors,
+                        std::chrono::milliseconds fileLimit) {
+  const std::unique_ptr<const ContentTypes> types = receiveTypes(STDIN_FILENO);
+  if (!types) return 1;
+  const std::vector<std::unique_ptr<Extractor>> all = extractors(*types);
+  return runWorker(argc, argv, extractionTasks(*types, all), fileLimit);
 }
 
 }  // namespace vt::worker

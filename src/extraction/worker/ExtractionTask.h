@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -13,8 +15,13 @@ namespace vt::worker {
 TaskSource extractionTasks(const ContentTypes& types,
                            const std::vector<std::unique_ptr<Extractor>>& extractors);
 
-/// What comes as the first message of a client: the table of content types. Nothing when it does
-/// not come, or is none.
-std::unique_ptr<const ContentTypes> receiveTypes(int socket);
+/// Gives the extractors of a program for a table of types, which they borrow.
+using ExtractorSource =
+    std::function<std::vector<std::unique_ptr<Extractor>>(const ContentTypes& types)>;
+
+/// What an extraction worker does from its start on: see runWorker(). Its first message is the
+/// table of content types; without one it ends.
+int runExtractionWorker(int argc, char** argv, const ExtractorSource& extractors,
+                        std::chrono::milliseconds fileLimit = kFileLimit);
 
 }  // namespace vt::worker

@@ -13,10 +13,12 @@ namespace vt {
 /// An extractor whose files are looked into by another process, behind walls.
 class ConfinedExtractor final : public Extractor {
  public:
-  /// `place` is its place among those that the workers describe.
-  ConfinedExtractor(std::shared_ptr<ExtractionWorkers> workers, std::uint32_t place,
-                    ExtractorDescription description)
-      : workers_(std::move(workers)), place_(place), description_(std::move(description)) {}
+  /// `described` is one of those that the workers describe.
+  ConfinedExtractor(std::shared_ptr<ExtractionWorkers> workers,
+                    ExtractionWorkers::Described described)
+      : workers_(std::move(workers)),
+        place_(described.place),
+        description_(std::move(described.description)) {}
 
   std::string_view name() const override { return description_.name; }
   std::uint32_t version() const override { return description_.version; }
@@ -26,7 +28,7 @@ class ConfinedExtractor final : public Extractor {
 
  private:
   std::shared_ptr<ExtractionWorkers> workers_;
-  std::uint32_t place_;
+  ExtractionWorkers::Place place_;
   ExtractorDescription description_;
 };
 

@@ -34,27 +34,43 @@ ExtractionFailure unavailable() {
 
 }  // namespace
 
-ExtractionWorkers::ExtractionWorkers(std::string program, const std::string& typeTable,
-                                     std::size_t typeCount,
+ExtractionWorkers::ExtractionWorkers(std::vector<std::string> programs,
+                                     const std::string& typeTable, std::size_t typeCount,
                                      std::shared_ptr<const query::AttributeSchema> schema)
-    : program_(std::move(program)),
+    : programs_(std::move(programs)),
       typeTable_(fileInMemory(typeTable)),
       typeCount_(typeCount),
-      schema_(std::move(schema)) {}
+      schema_(std::move(schema)),
+      slots_(programs_.size() * kAtOnce) {
+  for (std::size_t i = 0; i < slots_.size(); ++i) slots_[i].program = i / kAtOnce;
+}
 
-std::unique_ptr<WorkerProcess> ExtractionWorkers::start(WorkerConfinement confinement) const {
-  return WorkerProcess::start(program_, confinement, typeTable_.get());
+std::unique_ptr<WorkerProcess> ExtractionWorkers::start(std::size_t program,
+                                                        WorkerConfinement confinement) const {
+  return WorkerProcess::start(programs_[program], confinement, typeTable_.get());
 }
 
 WorkerProcess* ExtractionWorkers::running(Slot& slot) const {
-  return slot.worker.running([this](WorkerConfinement confinement) { return start(confinement); });
+  return slot.worker.running(
+      [&](WorkerConfinement confinement) { return start(slot.program, confinement); });
 }
 
-std::vector<ExtractorDescription> ExtractionWorkers::describe() {
+std::vector<ExtractionWorkers::Described> ExtractionWorkers::describe() {
+  std::vector<Described> all;
+  for (std::size_t program = 0; program < programs_.size(); ++program) {
+    std::uint32_t extractor = 0;
+    for (ExtractorDescription& description : describe(slots_[program * kAtOnce])) {
+      all.push_back({{program, extractor++}, std::move(description)});
+    }
+  }
+  return all;
+}
+
+std::vector<ExtractorDescription> ExtractionWorkers::describe(Slot& slot) const {
   std::unique_ptr<WorkerProcess> unconfined;
-  WorkerProcess* worker = running(slots_.front());
+  WorkerProcess* worker = running(slot);
   if (!worker) {
-    unconfined = start(WorkerConfinement::kOwnFilesOnly);
+    unconfined = start(slot.program, WorkerConfinement::kOwnFilesOnly);
     worker = unconfined.get();
   }
   if (!worker) return {};
@@ -68,17 +84,20 @@ std::vector<ExtractorDescription> ExtractionWorkers::describe() {
 }
 
 std::optional<std::uint32_t> ExtractionWorkers::walls() {
-  const WorkerProcess* worker = running(slots_.front());
-  return worker ? std::optional(worker->walls()) : std::nullopt;
+  for (Slot& slot : slots_) {
+    if (const WorkerProcess* worker = running(slot)) return worker->walls();
+  }
+  return std::nullopt;
 }
 
-std::optional<ExtractionWorkers::Ticket> ExtractionWorkers::begin(int file, std::uint32_t extractor,
+std::optional<ExtractionWorkers::Ticket> ExtractionWorkers::begin(int file, const Place& place,
                                                                   ContentTypeId type) {
-  const auto free = std::ranges::find_if(slots_, [](const Slot& slot) { return !slot.look; });
+  const auto free = std::ranges::find_if(
+      slots_, [&](const Slot& slot) { return slot.program == place.program && !slot.look; });
   if (free == slots_.end()) return std::nullopt;
   free->look.emplace();
   free->look->file = file;
-  free->look->request = {ExtractionJob::kExtract, extractor, type};
+  free->look->request = {ExtractionJob::kExtract, place.extractor, type};
   ask(*free);
   return static_cast<Ticket>(free - slots_.begin());
 }
@@ -95,14 +114,14 @@ void ExtractionWorkers::ask(Slot& slot) const {
 
 void ExtractionWorkers::await(const Look& awaited, Clock::time_point deadline) {
   while (awaited.incoming && awaited.incoming->descriptor() >= 0) {
-    // What the other worker has found is taken, too: it must not wait, since its time runs.
-    std::array<pollfd, kCount> pipes{};
-    for (std::size_t i = 0; i < kCount; ++i) {
-      const std::optional<Look>& look = slots_[i].look;
-      pipes[i] = {look && look->incoming ? look->incoming->descriptor() : -1, POLLIN, 0};
+    // What others have found is taken, too: they must not wait, since their time runs.
+    std::vector<pollfd> pipes;
+    for (const Slot& slot : slots_) {
+      const bool isAwaited = slot.look && slot.look->incoming;
+      pipes.push_back({isAwaited ? slot.look->incoming->descriptor() : -1, POLLIN, 0});
     }
     if (!awaitDescriptors(pipes, deadline)) return;
-    for (std::size_t i = 0; i < kCount; ++i) {
+    for (std::size_t i = 0; i < pipes.size(); ++i) {
       if (pipes[i].revents != 0) slots_[i].look->incoming->readSome();
     }
   }

@@ -1,6 +1,5 @@
 #include "platform/linux/extraction/LinuxExtractors.h"
 
-#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -10,14 +9,19 @@
 
 namespace vt {
 
+std::vector<std::string> extractionPrograms() {
+  const std::string folder = VT_WORKER_PROGRAMS;
+  return {folder + "/vistaro-extract"};
+}
+
 std::shared_ptr<ExtractionWorkers> extractionWorkers(const Resources& resources,
                                                      const ContentTypes& types,
-                                                     const std::string& program) {
+                                                     std::vector<std::string> programs) {
   const auto typeTable = resources.resource("types", "tsv");
   auto schema = query::AttributeSchema::parse(resources.resource("attributes", "tsv").value_or(""));
   if (!typeTable || !schema) return nullptr;
   return std::make_shared<ExtractionWorkers>(
-      program.empty() ? VT_EXTRACTION_WORKER : program, *typeTable, types.size(),
+      std::move(programs), *typeTable, types.size(),
       std::make_shared<const query::AttributeSchema>(std::move(schema).value()));
 }
 
@@ -25,10 +29,8 @@ Extractors linuxExtractors(const ContentTypes& types,
                            const std::shared_ptr<ExtractionWorkers>& workers) {
   std::vector<std::unique_ptr<Extractor>> extractors;
   if (workers) {
-    std::uint32_t place = 0;
-    for (ExtractorDescription& description : workers->describe()) {
-      extractors.push_back(
-          std::make_unique<ConfinedExtractor>(workers, place++, std::move(description)));
+    for (ExtractionWorkers::Described& described : workers->describe()) {
+      extractors.push_back(std::make_unique<ConfinedExtractor>(workers, std::move(described)));
     }
   }
   extractors.push_back(std::make_unique<PlainTextExtractor>(types));

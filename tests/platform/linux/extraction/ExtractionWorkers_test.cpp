@@ -31,7 +31,7 @@ class HostileExtraction : public testing::Test {
 
   void start(const char* program) {
     extractors_.reset();
-    workers_ = extractionWorkers(FolderResources(VT_RESOURCES), types_, program);
+    workers_ = extractionWorkers(FolderResources(VT_RESOURCES), types_, {program});
     extractors_.emplace(linuxExtractors(types_, workers_));
     ASSERT_TRUE(workers_->walls());
   }
@@ -165,10 +165,37 @@ TEST_F(HostileExtraction, IsStartedAgainOnceItHasEnded) {
   EXPECT_EQ(told("behave"), "refused");
 }
 
+TEST(ExtractionWorkers, AreOfSeveralPrograms) {
+  const ContentTypes types = shippedTypes();
+  const auto workers =
+      extractionWorkers(FolderResources(VT_RESOURCES), types,
+                        {"/nonexistent", VT_IMPATIENT_EXTRACTOR, VT_HOSTILE_EXTRACTOR});
+  const auto described = workers->describe();
+  ASSERT_EQ(described.size(), 2U);
+  EXPECT_EQ(described[0].place.program, 1U);
+  EXPECT_EQ(described[1].place.program, 2U);
+  EXPECT_TRUE(workers->walls());
+  const TemporaryFolder folder;
+  writeFile(folder / "deed", "behave");
+  const ContentTypeId text = types.typeOfFile("a.txt");
+  std::vector<Descriptor> files;
+  std::vector<ExtractionWorkers::Ticket> tickets;
+  for (const auto& each : described) {
+    for (std::size_t i = 0; i < ExtractionWorkers::kAtOnce; ++i) {
+      files.emplace_back(open((folder / "deed").c_str(), O_RDONLY | O_CLOEXEC));
+      const auto ticket = workers->begin(files.back().get(), each.place, text);
+      ASSERT_TRUE(ticket);
+      tickets.push_back(*ticket);
+    }
+    EXPECT_FALSE(workers->begin(files.back().get(), each.place, text));
+  }
+  for (const auto ticket : tickets) EXPECT_EQ(*workers->finish(ticket)->text, "refused");
+}
+
 TEST(ExtractionWorkers, AreNoneWithoutTheirProgram) {
   const ContentTypes types = shippedTypes();
   for (const char* program : {"/nonexistent", "/bin/true"}) {
-    const auto workers = extractionWorkers(FolderResources(VT_RESOURCES), types, program);
+    const auto workers = extractionWorkers(FolderResources(VT_RESOURCES), types, {program});
     EXPECT_EQ(workers->walls(), std::nullopt);
     const Extractors extractors = linuxExtractors(types, workers);
     EXPECT_EQ(extractors.forType(types.typeOfFile("a.html"))->name(), "text");

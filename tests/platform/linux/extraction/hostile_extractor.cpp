@@ -1,8 +1,6 @@
 // An extraction worker that does with each text file what its first word says, to see that it
 // cannot. It finds the text "got its way" or "refused".
 
-#include <unistd.h>
-
 #include <chrono>
 #include <memory>
 #include <vector>
@@ -12,7 +10,6 @@
 #include "extraction/worker/ExtractionTask.h"
 #include "foundation/Array.h"
 #include "support/Misdeeds.h"
-#include "worker/WorkerMain.h"
 
 namespace vt {
 namespace {
@@ -81,9 +78,10 @@ int main(int argc, char** argv) {
 #else
   constexpr std::chrono::milliseconds kLimit = vt::worker::kFileLimit;
 #endif
-  const auto types = vt::worker::receiveTypes(STDIN_FILENO);
-  if (!types) return 1;
-  std::vector<std::unique_ptr<vt::Extractor>> extractors;
-  extractors.push_back(std::make_unique<vt::Misbehaver>(*types));
-  return vt::worker::runWorker(argc, argv, vt::worker::extractionTasks(*types, extractors), kLimit);
+  const auto misbehavers = [](const vt::ContentTypes& types) {
+    std::vector<std::unique_ptr<vt::Extractor>> extractors;
+    extractors.push_back(std::make_unique<vt::Misbehaver>(types));
+    return extractors;
+  };
+  return vt::worker::runExtractionWorker(argc, argv, misbehavers, kLimit);
 }
