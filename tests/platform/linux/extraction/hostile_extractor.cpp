@@ -48,6 +48,10 @@ class Misbehaver final : public Extractor {
       extraction.text = "\xff\xfe";
       return extraction;
     }
+    if (deed == "some-text") {
+      extraction.text = std::string(std::size_t{1} << 20, 'x');  // more than a pipe holds
+      return extraction;
+    }
     if (deed == "much-text") {
       extraction.text = std::string(2 * kMostExtractedText, 'x');
       return extraction;
