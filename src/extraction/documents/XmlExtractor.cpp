@@ -1,6 +1,8 @@
 #include "extraction/documents/XmlExtractor.h"
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "extraction/BoundedText.h"
@@ -14,11 +16,21 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 
+// Those that hold what people read, as all of an outline's do. Others are numbers, styles and the
+// like.
+constexpr auto kReadAttributes =
+    std::to_array<std::string_view>({"_note", "alt", "author", "caption", "content", "description",
+                                     "label", "name", "note", "summary", "text", "title", "value"});
+
 class TextOfXml final : public XmlHandler {
  public:
-  void start(std::string_view name, const XmlAttributes& /*attributes*/) override {
+  void start(std::string_view name, const XmlAttributes& attributes) override {
     ++depth_;
     text_.space();
+    for (const std::string_view read : kReadAttributes) {
+      text_.append(attributes.find(read));
+      text_.space();
+    }
     // As in SVG, feeds, outlines and books.
     isTitle_ = name == "title" && depth_ <= 3 && title_.empty();
   }

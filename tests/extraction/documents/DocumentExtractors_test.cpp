@@ -232,6 +232,14 @@ TEST_F(DocumentExtractorsTest, EndureDeepNesting) {
   EXPECT_EQ(*found("a.rtf", "{\\rtf1 shallow " + rtf.substr(7) + "deep").text, "shallow deep");
 }
 
+TEST_F(DocumentExtractorsTest, FindAttributesOfXMLThatPeopleRead) {
+  EXPECT_EQ(*found("a.opml",
+                   "<opml><outline id='x1' text='milk'><outline text='eggs' "
+                   "title='six'/></outline></opml>")
+                 .text,
+            "milk eggs six");
+}
+
 TEST_F(DocumentExtractorsTest, TakeXMLThatIsNoneAsText) {
   EXPECT_THAT(*found("a.xml", "<p>words & <br> more").text, HasSubstr("words & <br> more"));
 }
