@@ -20,6 +20,7 @@
 #include "images/Samples.h"
 #include "images/TestImages.h"
 #include "platform/linux/FileDescriptor.h"
+#include "support/Descendants.h"
 #include "support/Program.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
@@ -305,33 +306,13 @@ TEST_F(LinuxImagesTest, HasIconsOfKnownTypesAloneAndCanDrawEach) {
   EXPECT_GT(count, 30);
 }
 
-/// The workers that this process has started, or that a process which it has started has.
-std::vector<pid_t> workers() {
-  std::map<pid_t, pid_t> parents;
-  std::vector<pid_t> found;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const pid_t pid = std::atoi(entry.path().filename().c_str());
-    // "PID (NAME) STATE PARENT …"
-    const std::string status = pid > 0 ? readFile(entry.path() / "stat") : "";
-    const std::size_t end = status.rfind(')');
-    if (end == status.npos) continue;
-    parents[pid] = std::atoi(status.c_str() + end + 4);
-    if (status.find("(vistaro-images)") != status.npos) found.push_back(pid);
-  }
-  std::erase_if(found, [&](pid_t pid) {
-    while (pid > 0 && pid != getpid()) pid = parents[pid];
-    return pid != getpid();
-  });
-  return found;
-}
-
 TEST_F(LinuxImagesTest, StartsAnotherWorkerWhenOneHasEnded) {
   writeSample(at("a.jpg"));
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(told(thumbnailOf("a.jpg")), "64x32 red green blue white");
     EXPECT_TRUE(images_.icon(at("a.jpg"), 65));
-    ASSERT_FALSE(workers().empty());
-    for (const pid_t worker : workers()) kill(worker, SIGKILL);
+    ASSERT_FALSE(descendants("vistaro-images").empty());
+    for (const pid_t worker : descendants("vistaro-images")) kill(worker, SIGKILL);
   }
   EXPECT_TRUE(images_.icon(at("a.jpg"), 65));
 }

@@ -38,18 +38,18 @@ class IndexCommand : public CommandTest {
 };
 
 TEST_F(IndexCommand, MakesTheIndexThatSearchesAreAnsweredFrom) {
-  addFile("a.pdf");
-  const ProgramResult walked = find("a.pdf");
+  addFile("a.dat");
+  const ProgramResult walked = find("a.dat");
   EXPECT_EQ(walked.exitCode, 0);
   EXPECT_EQ(walked.errors, kWalkedWithoutIndex);
   const ProgramResult made = indexTree();
   EXPECT_EQ(made.exitCode, 0) << made.errors;
   EXPECT_THAT(made.output, MatchesRegex("generation 1: 1 files in 1 folders, crawled in [0-9.]+ s, "
                                         "written in [0-9.]+ s\n"));
-  const ProgramResult found = find("a.pdf");
+  const ProgramResult found = find("a.dat");
   EXPECT_EQ(found.exitCode, 0);
   EXPECT_EQ(found.errors, "");
-  EXPECT_THAT(found.output, HasSubstr("a.pdf"));
+  EXPECT_THAT(found.output, HasSubstr("a.dat"));
 }
 
 TEST_F(IndexCommand, LetsSearchesWalkWhatItDoesNotHold) {
@@ -122,7 +122,7 @@ TEST_F(IndexCommand, GoesOnAfterACrawlThatFailed) {
 }
 
 TEST_F(IndexCommand, ReadsAllAnewWhenTheIndexIsDamaged) {
-  addFile("a.pdf");
+  addFile("a.dat");
   ASSERT_EQ(indexTree().exitCode, 0);
   EXPECT_THAT(index({"--verify"}).output,
               MatchesRegex("generation 1 is sound: 1 files, [0-9]+ bytes\n"
@@ -159,7 +159,7 @@ TEST_F(IndexCommand, TellsWhatTheIndexHolds) {
 }
 
 TEST_F(IndexCommand, LooksIntoTextFiles) {
-  addFile("a.pdf");
+  addFile("a.dat");
   write(tree_ / "notes.txt", "the budget of 2024");
   const ProgramResult made = indexTree();
   EXPECT_THAT(made.output, ContainsRegex("\n  1 files looked into in [0-9.]+ s\n"));

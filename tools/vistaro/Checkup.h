@@ -21,6 +21,7 @@ std::vector<Diagnosis> checkPasswords();
 std::vector<Diagnosis> checkSettings();
 std::vector<Diagnosis> checkShares();
 std::vector<Diagnosis> checkImages();
+std::vector<Diagnosis> checkExtraction();
 std::vector<Diagnosis> checkIndex();
 
 }  // namespace vt::tool

@@ -26,7 +26,7 @@ int runDoctor() {
   const Terminal terminal = Terminal::standardOutput();
   int faults = 0;
   for (const auto check : {checkIdentity, checkResources, checkAccounts, checkPasswords,
-                           checkSettings, checkShares, checkIndex, checkImages}) {
+                           checkSettings, checkShares, checkIndex, checkExtraction, checkImages}) {
     for (const Diagnosis& diagnosis : check()) {
       fmt::print("{}  {}\n", mark(diagnosis.finding, terminal), printable(diagnosis.text));
       faults += diagnosis.finding == Finding::kFault;

@@ -1,9 +1,9 @@
 #include <fmt/format.h>
 
-#include "images/worker/WorkerProtocol.h"
 #include "platform/Platform.h"
 #include "platform/linux/images/LinuxImages.h"
 #include "vistaro/Checkup.h"
+#include "vistaro/WallNames.h"
 
 namespace vt::tool {
 
@@ -15,14 +15,7 @@ std::vector<Diagnosis> checkImages() {
              "thumbnails: files cannot be decoded behind walls here, or the image worker is "
              "missing: every file shows its icon"}};
   }
-  std::string names;
-  const auto add = [&](worker::Wall wall, std::string_view name) {
-    if (*walls & wall) names += fmt::format("{}{}", names.empty() ? "" : ", ", name);
-  };
-  add(worker::kBubblewrap, "bubblewrap");
-  add(worker::kLandlock, "Landlock");
-  add(worker::kSeccomp, "seccomp");
-  return {{Finding::kOk, fmt::format("thumbnails are made behind {}", names)}};
+  return {{Finding::kOk, fmt::format("thumbnails are made behind {}", wallNames(*walls))}};
 }
 
 }  // namespace vt::tool

@@ -13,6 +13,7 @@
 #include "metadata/indexing/Indexer.h"
 #include "platform/Platform.h"
 #include "platform/linux/ContentTypeTable.h"
+#include "platform/linux/extraction/LinuxExtractors.h"
 #include "scopes/FolderPaths.h"
 #include "vistaro/CanonicalFolder.h"
 #include "vistaro/CommandError.h"
@@ -62,7 +63,10 @@ class IndexRun {
       throw CommandError{kFailure,
                          "the table of types cannot be read; `vistaro doctor` tells more"};
     }
-    if (!options.namesOnly) extractors_.emplace(builtInExtractors(*types_));
+    if (!options.namesOnly) {
+      extractors_.emplace(
+          linuxExtractors(*types_, extractionWorkers(Platform::current().resources(), *types_)));
+    }
     for (const std::string& folder : options.folders) {
       folders_.push_back(canonicalFolder(folder));
     }

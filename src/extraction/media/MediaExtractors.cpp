@@ -41,24 +41,4 @@ std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& type
   return extractors;
 }
 
-std::vector<std::string_view> missingMediaExtractors() {
-  std::vector<std::string_view> missing;
-#ifndef VT_WITH_MAIL
-  missing.emplace_back("e-mail");
-#endif
-#ifndef VT_WITH_PICTURES
-  missing.emplace_back("pictures");
-#endif
-#ifndef VT_WITH_SOUND
-  missing.emplace_back("sound");
-#endif
-#ifndef VT_WITH_VIDEO
-  missing.emplace_back("video");
-#endif
-#ifndef VT_WITH_ARCHIVES
-  missing.emplace_back("archives");
-#endif
-  return missing;
-}
-
 }  // namespace vt

@@ -14,7 +14,4 @@ namespace vt {
 std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& types,
                                                         HtmlText htmlText = {});
 
-/// What this program can't look into for want of a library, as people call it: "sound".
-std::vector<std::string_view> missingMediaExtractors();
-
 }  // namespace vt

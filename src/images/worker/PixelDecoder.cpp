@@ -9,7 +9,7 @@
 #include <memory>
 #include <string_view>
 
-#include "images/worker/WorkerProtocol.h"
+#include "images/worker/ImageRequest.h"
 
 namespace vt::worker {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "images/worker/CairoImage.h"
 #include "images/worker/PageText.h"
-#include "images/worker/ReadInput.h"
+#include "worker/ReadInput.h"
 
 namespace vt::worker {
 namespace {

@@ -12,7 +12,7 @@ extern "C" {
 #include "av/AvInput.h"
 #include "images/worker/DecoderModule.h"
 #include "images/worker/FitSize.h"
-#include "images/worker/WorkerProtocol.h"
+#include "images/worker/ImageRequest.h"
 
 namespace vt::worker {
 namespace {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,6 +59,21 @@ class Extractor {
   /// beginning, for reading alone, and stays the caller's. The bytes may be of anyone's making:
   /// time and memory must be bounded whatever they are. The file may change meanwhile.
   virtual Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) = 0;
+
+  /// A file that is being looked into while its caller does something else. Given up with this
+  /// object.
+  class Look {
+   public:
+    virtual ~Look() = default;
+    /// Waits no longer than `patience`. Whether finish() need not wait.
+    virtual bool isDone(std::chrono::milliseconds patience) = 0;
+    /// Waits for what is found. To be called once.
+    virtual Result<Extraction, ExtractionFailure> finish() = 0;
+  };
+
+  /// Begins what extract() does, or does it; the file must stay open until it is finished or given
+  /// up. Nullptr when others must be finished first; never so when none is under way.
+  virtual std::unique_ptr<Look> begin(int file, ContentTypeId type);
 };
 
 }  // namespace vt

@@ -19,6 +19,8 @@ namespace {
 // was found is searched some seconds later.
 constexpr std::chrono::seconds kBetweenCommits{3};
 constexpr std::chrono::milliseconds kBetweenReports{100};
+// So many that those who look into files always have a next one.
+constexpr std::size_t kMostLooks = 4;
 
 bool hasSeveralNames(int file) {
   struct stat status{};
@@ -50,20 +52,18 @@ std::vector<std::uint32_t> ContentIndexer::pendingRows() const {
 StoreFailure ContentIndexer::run(Progress progress) {
   const std::vector<std::uint32_t> rows = pendingRows();
   counts_.expected = rows.size();
+  progress_ = &progress;
   Clock::time_point committed = Clock::now();
-  Clock::time_point reported = committed - kBetweenReports;
+  reported_ = committed - kBetweenReports;
   std::string folderPath;
   Descriptor folder;
   std::uint32_t openFolder = kNoFolder;
   for (const std::uint32_t row : rows) {
-    const Clock::time_point now = Clock::now();
-    if (now - reported >= kBetweenReports) {
-      reported = now;
-      if (!progress(counts_)) break;
-    }
-    if (now - committed >= kBetweenCommits) {
+    report();
+    if (isEnded_) break;
+    if (Clock::now() - committed >= kBetweenCommits) {
       if (StoreFailure failure = commit()) return failure;
-      committed = now;
+      committed = Clock::now();
     }
     const std::uint32_t in = segment_.columns().folderOf(row);
     if (in != openFolder) {
@@ -72,9 +72,17 @@ StoreFailure ContentIndexer::run(Progress progress) {
       folder = opener_.find(folderPath);
     }
     if (StoreFailure failure = lookInto(folder.get(), folderPath, row)) return failure;
-    ++counts_.done;
   }
+  if (StoreFailure failure = finishUntil(0)) return failure;
+  looks_.clear();  // those that were given up
   return commit();
+}
+
+void ContentIndexer::report() {
+  const Clock::time_point now = Clock::now();
+  if (isEnded_ || now - reported_ < kBetweenReports) return;
+  reported_ = now;
+  isEnded_ = !(*progress_)(counts_);
 }
 
 StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
@@ -83,49 +91,76 @@ StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
   // Before opening, since opening alone can wake whatever is behind a device or a pipe.
   const std::optional<FileStatus> named =
       folder < 0 ? std::nullopt : statusOf(folder, name.c_str());
-  const Descriptor file =
-      named && named->isRegularFile() ? openForReading(folder, name.c_str(), 0) : Descriptor();
+  Look look;
+  look.row = row;
+  if (named && named->isRegularFile()) look.file = openForReading(folder, name.c_str(), 0);
   const std::optional<FileStatus> opened =
-      file.isOpen() ? statusOf(file.get()) : std::optional<FileStatus>();
+      look.file.isOpen() ? statusOf(look.file.get()) : std::optional<FileStatus>();
   if (!opened || !opened->isRegularFile()) {
     // The next crawl tells what has become of it.
     contents_[row] = kWithoutContent;
     ++counts_.vanished;
+    ++counts_.done;
     return std::nullopt;
   }
-  const ContentIdentity identity{opened->device, opened->inode};
-  if (const auto known = linked_.find(identity); known != linked_.end()) {
-    contents_[row] = known->second;
+  look.record.identity = {opened->device, opened->inode};
+  look.record.version = versionOf(*opened);
+  look.record.path = joinPath(folderPath, name);
+  return begin(std::move(look));
+}
+
+StoreFailure ContentIndexer::begin(Look look) {
+  const bool isUnderWay = std::ranges::any_of(
+      looks_, [&](const Look& each) { return each.record.identity == look.record.identity; });
+  if (StoreFailure failure = finishUntil(isUnderWay ? 0 : kMostLooks - 1)) return failure;
+  if (isEnded_) return std::nullopt;
+  if (const auto known = linked_.find(look.record.identity); known != linked_.end()) {
+    contents_[look.row] = known->second;
+    ++counts_.done;
     return std::nullopt;
   }
-  if (StoreFailure failure = extract(file.get(), *opened, joinPath(folderPath, name), row)) {
-    return failure;
+  const std::optional<ContentTypeId> type = types_[segment_.columns().typeOf(look.row)];
+  Extractor* const extractor = type ? extractors_.forType(*type) : nullptr;
+  if (extractor == nullptr) return std::nullopt;  // never so: it is pending, since one takes it
+  look.record.extractor = extractor->name();
+  look.record.extractorVersion = extractor->version();
+  look.found = extractor->begin(look.file.get(), *type);
+  while (!look.found && !looks_.empty()) {
+    if (StoreFailure failure = finishUntil(looks_.size() - 1)) return failure;
+    if (isEnded_) return std::nullopt;
+    look.found = extractor->begin(look.file.get(), *type);
   }
-  if (hasSeveralNames(file.get())) linked_.emplace(identity, contents_[row]);
+  if (look.found) looks_.push_back(std::move(look));
   return std::nullopt;
 }
 
-StoreFailure ContentIndexer::extract(int file, const FileStatus& status, const std::string& path,
-                                     std::uint32_t row) {
-  const std::optional<ContentTypeId> type = types_[segment_.columns().typeOf(row)];
-  Extractor* const extractor = type ? extractors_.forType(*type) : nullptr;
-  if (extractor == nullptr) return std::nullopt;  // never so: it is pending, since one takes it
-  ContentRecord record;
-  record.identity = {status.device, status.inode};
-  record.version = versionOf(status);
-  record.extractor = extractor->name();
-  record.extractorVersion = extractor->version();
-  record.path = path;
-  Result<Extraction, ExtractionFailure> found = extractor->extract(file, *type);
+StoreFailure ContentIndexer::finishUntil(std::size_t most) {
+  while (looks_.size() > most) {
+    while (!looks_.front().found->isDone(kBetweenReports)) {
+      report();
+      if (isEnded_) return std::nullopt;
+    }
+    Look look = std::move(looks_.front());
+    looks_.pop_front();
+    if (StoreFailure failure = keep(std::move(look))) return failure;
+  }
+  return std::nullopt;
+}
+
+StoreFailure ContentIndexer::keep(Look look) {
+  Result<Extraction, ExtractionFailure> found = look.found->finish();
   if (!found) {
-    record.failure = found.error();
+    look.record.failure = found.error();
     ++counts_.failures;
   }
   Extraction kept = found ? std::move(found).value() : Extraction();
-  kept.attributes.merge(extendedAttributesOf(file));
-  const Result<ContentNumber, StoreError> number = catalogue_.add(std::move(record), kept);
+  kept.attributes.merge(extendedAttributesOf(look.file.get()));
+  const ContentIdentity identity = look.record.identity;
+  const Result<ContentNumber, StoreError> number = catalogue_.add(std::move(look.record), kept);
   if (!number) return number.error();
-  contents_[row] = *number;
+  contents_[look.row] = *number;
+  ++counts_.done;
+  if (hasSeveralNames(look.file.get())) linked_.emplace(identity, *number);
   return std::nullopt;
 }
 

@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -12,6 +14,7 @@
 #include "metadata/catalogue/ContentRecord.h"
 #include "metadata/crawl/FolderOpener.h"
 #include "metadata/extract/Extractors.h"
+#include "metadata/live/Descriptor.h"
 #include "metadata/live/FileStatus.h"
 #include "metadata/store/Segment.h"
 #include "metadata/types/ContentTypes.h"
@@ -49,10 +52,22 @@ class ContentIndexer {
  private:
   using Clock = std::chrono::steady_clock;
 
+  /// A file that an extractor is looking into.
+  struct Look {
+    std::uint32_t row = 0;
+    ContentRecord record;
+    Descriptor file;
+    std::unique_ptr<Extractor::Look> found;
+  };
+
   std::vector<std::uint32_t> pendingRows() const;
   StoreFailure lookInto(int folder, const std::string& folderPath, std::uint32_t row);
-  StoreFailure extract(int file, const FileStatus& status, const std::string& path,
-                       std::uint32_t row);
+  StoreFailure begin(Look look);
+  /// Keeps what was found in the files under way until no more than `most` are.
+  StoreFailure finishUntil(std::size_t most);
+  StoreFailure keep(Look look);
+  /// What is due some times a second, and while a file takes long. Sets isEnded_.
+  void report();
   StoreFailure commit();
 
   CatalogueWriter& catalogue_;
@@ -63,7 +78,12 @@ class ContentIndexer {
   FolderOpener opener_;
   // Files with several names that were looked into: one look is enough.
   std::unordered_map<ContentIdentity, ContentNumber, ContentIdentityHash> linked_;
+  std::deque<Look> looks_;  // the longest under way first
   ContentCounts counts_;
+  // While run() is called.
+  Progress* progress_ = nullptr;
+  Clock::time_point reported_;
+  bool isEnded_ = false;
 };
 
 }  // namespace vt

@@ -2,6 +2,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 
@@ -29,12 +30,41 @@ class CountingExtractor final : public Extractor {
     return plain_.extract(file, type);
   }
 
+  std::unique_ptr<Look> begin(int file, ContentTypeId type) override {
+    if (mostAtOnce == 0) return Extractor::begin(file, type);
+    if (underWay == mostAtOnce) return nullptr;
+    mostUnderWay = std::max(mostUnderWay, ++underWay);
+    return std::make_unique<LookAside>(*this, file, type);
+  }
+
   int looks = 0;
+  int mostAtOnce = 0;  // files that are looked into aside; 0 for none
+  int underWay = 0;
+  int mostUnderWay = 0;
+  bool isEverDone = true;
   std::uint32_t newVersion = 1;
   std::function<void()> before;
   std::optional<ExtractionFailure> failure;
 
  private:
+  /// Finds what there is when it is asked for it.
+  class LookAside final : public Look {
+   public:
+    LookAside(CountingExtractor& extractor, int file, ContentTypeId type)
+        : extractor_(extractor), file_(file), type_(type) {}
+    ~LookAside() override { --extractor_.underWay; }
+
+    bool isDone(std::chrono::milliseconds /*patience*/) override { return extractor_.isEverDone; }
+    Result<Extraction, ExtractionFailure> finish() override {
+      return extractor_.extract(file_, type_);
+    }
+
+   private:
+    CountingExtractor& extractor_;
+    int file_;
+    ContentTypeId type_;
+  };
+
   PlainTextExtractor plain_;
 };
 
@@ -127,6 +157,41 @@ TEST_F(ContentIndexing, LooksOnceIntoAFileWithSeveralNames) {
   run();
   EXPECT_EQ(extractor_->looks, 1);
   EXPECT_EQ(filesWith("words"), (Names{"one.txt", "two.txt"}));
+}
+
+TEST_F(ContentIndexing, LooksIntoAsManyFilesAtOnceAsItsExtractorDoes) {
+  extractor_->mostAtOnce = 2;
+  for (const char* name : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt"}) write(name, "words");
+  const IndexingReport report = run();
+  EXPECT_EQ(report.contents->done, 5U);
+  EXPECT_EQ(filesWith("words").size(), 5U);
+  EXPECT_EQ(extractor_->mostUnderWay, 2);
+  EXPECT_EQ(extractor_->underWay, 0);
+}
+
+TEST_F(ContentIndexing, LooksOnceIntoAFileThatIsUnderWayByAnotherName) {
+  extractor_->mostAtOnce = 2;
+  write("one.txt", "words");
+  std::filesystem::create_hard_link(files_ / "one.txt", files_ / "two.txt");
+  run();
+  EXPECT_EQ(extractor_->looks, 1);
+  EXPECT_EQ(filesWith("words"), (Names{"one.txt", "two.txt"}));
+}
+
+TEST_F(ContentIndexing, EndsWhileAFileTakesLong) {
+  extractor_->mostAtOnce = 2;
+  extractor_->isEverDone = false;
+  for (const char* name : {"a.txt", "b.txt", "c.txt"}) write(name, "words");
+  int told = 0;
+  const auto ended = Indexer(index_->folder(), index_->lock(), types_, &*extractors_)
+                         .run({std::filesystem::canonical(files_.path())},
+                              [&](const IndexingProgress& p) { return !p.contents || ++told < 3; });
+  ASSERT_TRUE(ended && *ended);
+  EXPECT_EQ((*ended)->contents->done, 0U);
+  EXPECT_EQ(extractor_->underWay, 0) << "those that it had begun are given up";
+  extractor_->isEverDone = true;
+  EXPECT_EQ(run().contents->done, 3U);
+  EXPECT_EQ(filesWith("words").size(), 3U);
 }
 
 TEST_F(ContentIndexing, ForgetsWhatIsGone) {

@@ -121,24 +121,15 @@ MadePicture LinuxImages::makeBy(WorkerOf worker, int input, const worker::ImageR
 }
 
 ImageWorker* LinuxImages::confinedWorker() {
-  if (worker_ && worker_->isUsable()) return worker_.get();
-  // Before another is started, so that at no time there are two.
-  worker_.reset();
-  while (confinement_ != WorkerConfinement::kIconsOnly) {
-    worker_ = ImageWorker::start(setup_.program, confinement_);
-    if (worker_) isSettled_ = true;
-    // What could be done once can be done again, if perhaps not now.
-    if (isSettled_) return worker_.get();
-    confinement_ = confinement_ == WorkerConfinement::kBubblewrap ? WorkerConfinement::kOwnWalls
-                                                                  : WorkerConfinement::kIconsOnly;
-  }
-  return nullptr;
+  return worker_.running([this](WorkerConfinement confinement) {
+    return ImageWorker::start(setup_.program, confinement);
+  });
 }
 
 ImageWorker* LinuxImages::iconWorker() {
   if (ImageWorker* worker = confinedWorker()) return worker;
   if (!iconWorker_ || !iconWorker_->isUsable()) {
-    iconWorker_ = ImageWorker::start(setup_.program, WorkerConfinement::kIconsOnly);
+    iconWorker_ = ImageWorker::start(setup_.program, WorkerConfinement::kOwnFilesOnly);
   }
   return iconWorker_.get();
 }

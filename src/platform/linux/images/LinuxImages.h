@@ -9,6 +9,7 @@
 #include "platform/Images.h"
 #include "platform/linux/images/FailedFiles.h"
 #include "platform/linux/images/ImageWorker.h"
+#include "platform/linux/worker/SettledWorker.h"
 
 namespace vt {
 
@@ -54,10 +55,8 @@ class LinuxImages final : public Images {
 
   Setup setup_;
   FailedFiles failed_;
-  std::unique_ptr<ImageWorker> worker_;
+  SettledWorker<ImageWorker> worker_;
   std::unique_ptr<ImageWorker> iconWorker_;  // only where nothing confines the other
-  WorkerConfinement confinement_ = WorkerConfinement::kBubblewrap;
-  bool isSettled_ = false;  // that it is this confinement: a worker was started in it
 };
 
 }  // namespace vt

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "images/worker/WorkerProtocol.h"
+#include "images/worker/ImageRequest.h"
 #include "platform/Image.h"
 
 namespace vt {

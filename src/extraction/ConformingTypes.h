@@ -1,0 +1,23 @@
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+#include <vector>
+
+#include "metadata/types/ContentTypes.h"
+
+namespace vt {
+
+/// The types that conform to any of some.
+class ConformingTypes {
+ public:
+  /// Identifiers that the table does not have are passed over.
+  ConformingTypes(const ContentTypes& types, std::initializer_list<std::string_view> identifiers);
+
+  bool contains(ContentTypeId type) const { return contains_[type]; }
+
+ private:
+  std::vector<bool> contains_;
+};
+
+}  // namespace vt

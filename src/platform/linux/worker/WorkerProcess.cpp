@@ -1,0 +1,107 @@
+#include "platform/linux/worker/WorkerProcess.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "platform/linux/Pipe.h"
+#include "platform/linux/worker/AwaitDescriptors.h"
+#include "platform/linux/worker/BubblewrapArguments.h"
+
+namespace vt {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kBubblewrapProgram = "/usr/bin/bwrap";
+constexpr std::chrono::seconds kStartLimit{10};
+
+/// The next message of the worker; nothing when none of this size comes in time.
+template <class Message>
+std::optional<Message> receive(int socket, Clock::time_point deadline) {
+  std::array<pollfd, 1> awaited{{{socket, POLLIN, 0}}};
+  Message message;
+  if (!awaitDescriptors(awaited, deadline) ||
+      ::recv(socket, &message, sizeof message, MSG_DONTWAIT) != sizeof message) {
+    return std::nullopt;
+  }
+  return message;
+}
+
+bool sendRequest(int socket, const worker::WorkerRequest& request, int input, int output) {
+  worker::WorkerRequest copy = request;
+  const std::array<int, 2> descriptors{input, output};
+  iovec part{&copy, sizeof copy};
+  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptors)> control{};
+  msghdr message{};
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+  message.msg_control = control.data();
+  message.msg_controllen = control.size();
+  cmsghdr* first = CMSG_FIRSTHDR(&message);
+  first->cmsg_level = SOL_SOCKET;
+  first->cmsg_type = SCM_RIGHTS;
+  first->cmsg_len = CMSG_LEN(sizeof descriptors);
+  std::memcpy(CMSG_DATA(first), descriptors.data(), sizeof descriptors);
+  return ::sendmsg(socket, &message, MSG_NOSIGNAL) == sizeof copy;
+}
+
+}  // namespace
+
+std::unique_ptr<WorkerProcess> WorkerProcess::start(const std::string& program,
+                                                    WorkerConfinement confinement, int first) {
+  int ends[2];
+  if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) return nullptr;
+  FileDescriptor ours(ends[0]);
+  std::unique_ptr<ChildProcess> process;
+  {
+    const FileDescriptor theirs(ends[1]);
+    // It takes two descriptors as any request does; of this one nothing comes back.
+    if (first >= 0 && !sendRequest(ours.get(), {}, first, first)) return nullptr;
+    const bool wrapped = confinement == WorkerConfinement::kBubblewrap;
+    std::vector<std::string> arguments = {program};
+    if (wrapped) arguments = bubblewrapArguments(program);
+    if (confinement == WorkerConfinement::kOwnFilesOnly) {
+      arguments.emplace_back(worker::kOwnFilesOnly);
+    }
+    process = std::make_unique<ChildProcess>(
+        wrapped ? kBubblewrapProgram : program, std::move(arguments),
+        std::vector<std::string>{"LC_ALL=C.UTF-8"},
+        ChildProcess::Standard{.input = theirs.get(), .output = {}, .errors = {}});
+  }
+  if (process->startError() != 0) return nullptr;
+  const auto greeting = receive<worker::WorkerGreeting>(ours.get(), Clock::now() + kStartLimit);
+  if (!greeting) return nullptr;
+  return std::unique_ptr<WorkerProcess>(
+      new WorkerProcess(std::move(process), std::move(ours), greeting->walls));
+}
+
+std::optional<FileDescriptor> WorkerProcess::ask(int input, const worker::WorkerRequest& request) {
+  if (owesAnswer_) awaitEnd(Clock::now() + kAnswerLimit);
+  std::optional<Pipe> pipe = makePipe();
+  // Whoever looked into the file before left it wherever it stopped to read.
+  const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
+  if (!isUsable_ || !pipe || !isAtStart) return std::nullopt;
+  {
+    const FileDescriptor childs = std::move(pipe->write);  // only the worker may hold it open
+    isUsable_ = sendRequest(socket_.get(), request, input, childs.get());
+  }
+  if (!isUsable_) return std::nullopt;
+  owesAnswer_ = true;
+  return std::move(pipe->read);
+}
+
+worker::WorkerEnd WorkerProcess::awaitEnd(Clock::time_point deadline) {
+  owesAnswer_ = false;
+  if (const auto answer = receive<worker::WorkerAnswer>(socket_.get(), deadline)) {
+    return answer->end;
+  }
+  isUsable_ = false;
+  // A worker that ends does so for reasons of its own: only its children look at files.
+  return Clock::now() < deadline ? worker::WorkerEnd::kNotTried : worker::WorkerEnd::kTimedOut;
+}
+
+}  // namespace vt

@@ -1,0 +1,207 @@
+#include "platform/linux/extraction/ExtractionWorkers.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+#include <vector>
+
+#include "extraction/BoundedText.h"
+#include "metadata/live/Descriptor.h"
+#include "metadata/types/ShippedTypes.h"
+#include "platform/linux/FolderResources.h"
+#include "platform/linux/extraction/LinuxExtractors.h"
+#include "support/Descendants.h"
+#include "support/MisdeedList.h"
+#include "support/ReadFile.h"
+#include "support/TemporaryFolder.h"
+
+namespace vt {
+namespace {
+
+using Kind = ExtractionFailure::Kind;
+
+/// Workers that do what files tell them.
+class HostileExtraction : public testing::Test {
+ protected:
+  void SetUp() override { start(VT_HOSTILE_EXTRACTOR); }
+
+  void start(const char* program) {
+    extractors_.reset();
+    workers_ = extractionWorkers(FolderResources(VT_RESOURCES), types_, {program});
+    extractors_.emplace(linuxExtractors(types_, workers_));
+    ASSERT_TRUE(workers_->walls());
+  }
+
+  Descriptor file(const std::string& deed) {
+    const std::string path = folder_ / ("deed" + std::to_string(++files_));
+    writeFile(path, deed);
+    return Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  }
+  Extractor& extractor() { return *extractors_->forType(text_); }
+  Result<Extraction, ExtractionFailure> tell(const std::string& deed) {
+    return extractor().extract(file(deed).get(), text_);
+  }
+  /// What was found: its text, or why none was.
+  std::string told(const std::string& deed) {
+    const auto found = tell(deed);
+    return found ? found->text.value_or("no text") : "failed: " + found.error().reason;
+  }
+
+  const ContentTypes types_ = shippedTypes();
+  const ContentTypeId text_ = types_.typeOfFile("a.txt");
+  const TemporaryFolder folder_;
+  std::shared_ptr<ExtractionWorkers> workers_;
+  std::optional<Extractors> extractors_;
+  int files_ = 0;
+};
+
+TEST_F(HostileExtraction, DescribesWhatItTakes) {
+  EXPECT_EQ(extractor().name(), "misbehaver");
+  EXPECT_EQ(extractor().version(), 7U);
+  EXPECT_TRUE(extractor().takes(types_.typeOfFile("page.html")));
+  EXPECT_FALSE(extractor().takes(types_.typeOfFile("photo.jpg")));
+}
+
+TEST_F(HostileExtraction, CannotBreakOut) {
+  const std::string readable = folder_ / "readable";
+  writeFile(readable, "secret");
+  chmod(readable.c_str(), 0666);
+  for (const std::string& deed : refusedMisdeeds(readable, folder_ / "new")) {
+    SCOPED_TRACE(deed);
+    EXPECT_THAT(told(deed), testing::AnyOf("refused", testing::HasSubstr("ended in a crash")));
+  }
+  EXPECT_EQ(readFile(readable), "secret");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "new"));
+  EXPECT_EQ(told("behave"), "refused") << "and works on";
+}
+
+TEST_F(HostileExtraction, CostsABadFileAlone) {
+  struct Case {
+    const char* deed;
+    Kind kind;
+  };
+  const Case cases[] = {
+      {"crash", Kind::kCrashed},         {"exit", Kind::kMalformed},
+      {"throw", Kind::kCrashed},         {"garbage", Kind::kMalformed},
+      {"fail", Kind::kMalformed},        {"fail-as-crashed", Kind::kMalformed},
+      {"unheard-of", Kind::kUnreadable},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.deed);
+    const auto found = tell(c.deed);
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.error().kind, c.kind) << found.error().reason;
+    EXPECT_EQ(told("behave"), "refused");
+  }
+}
+
+TEST_F(HostileExtraction, EndsWhenAFileTakesTooLong) {
+  start(VT_IMPATIENT_EXTRACTOR);
+  for (const char* deed : {"wait", "spin"}) {
+    SCOPED_TRACE(deed);
+    const auto found = tell(deed);
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.error().kind, Kind::kTimedOut);
+    EXPECT_EQ(told("behave"), "refused");
+  }
+}
+
+TEST_F(HostileExtraction, SaysNothingThatIsNotItsToSay) {
+  const auto found = tell("lie");
+  ASSERT_TRUE(found);
+  ASSERT_EQ(found->attributes.size(), 1U);
+  EXPECT_EQ(found->attributes.at("kMDItemSubject"), Value("true"));
+}
+
+TEST_F(HostileExtraction, GivesTextThatIsText) {
+  EXPECT_EQ(told("no-text"), "");
+  EXPECT_EQ(told("much-text").size(), kMostExtractedText);
+  EXPECT_THAT(told("much-garbage"), testing::StartsWith("failed: "));
+  EXPECT_EQ(told("fail"), "failed: it is odd");
+}
+
+TEST_F(HostileExtraction, LooksIntoTwoFilesAtOnce) {
+  const Descriptor first = file("behave");
+  const Descriptor second = file("read /etc/ld.so.cache");
+  const Descriptor third = file("behave");
+  const auto one = extractor().begin(first.get(), text_);
+  const auto two = extractor().begin(second.get(), text_);
+  ASSERT_TRUE(one && two);
+  EXPECT_FALSE(extractor().begin(third.get(), text_)) << "both are at work";
+  EXPECT_EQ(*two->finish()->text, "got its way");
+  const auto three = extractor().begin(third.get(), text_);
+  ASSERT_TRUE(three);
+  EXPECT_EQ(*one->finish()->text, "refused");
+  EXPECT_EQ(*three->finish()->text, "refused");
+}
+
+TEST_F(HostileExtraction, LetsALongAnswerPassWhileAnotherFileIsWaitedFor) {
+  start(VT_IMPATIENT_EXTRACTOR);
+  const Descriptor slow = file("wait");
+  const Descriptor large = file("some-text");
+  const auto one = extractor().begin(slow.get(), text_);
+  const auto two = extractor().begin(large.get(), text_);
+  ASSERT_TRUE(one && two);
+  EXPECT_FALSE(one->isDone(std::chrono::milliseconds(1)));
+  EXPECT_EQ(one->finish().error().kind, Kind::kTimedOut);
+  const auto found = two->finish();
+  ASSERT_TRUE(found) << found.error().reason;
+  EXPECT_EQ(found->text->size(), std::size_t{1} << 20);
+}
+
+TEST_F(HostileExtraction, TakesTheNextFileWhenOneIsGivenUp) {
+  const Descriptor slow = file("behave");
+  extractor().begin(slow.get(), text_).reset();
+  EXPECT_EQ(told("behave"), "refused");
+}
+
+TEST_F(HostileExtraction, IsStartedAgainOnceItHasEnded) {
+  EXPECT_EQ(told("behave"), "refused");
+  for (const pid_t worker : descendants("hostile_extractor")) kill(worker, SIGKILL);
+  EXPECT_EQ(told("behave"), "refused");
+}
+
+TEST(ExtractionWorkers, AreOfSeveralPrograms) {
+  const ContentTypes types = shippedTypes();
+  const auto workers =
+      extractionWorkers(FolderResources(VT_RESOURCES), types,
+                        {"/nonexistent", VT_IMPATIENT_EXTRACTOR, VT_HOSTILE_EXTRACTOR});
+  const auto described = workers->describe();
+  ASSERT_EQ(described.size(), 2U);
+  EXPECT_EQ(described[0].place.program, 1U);
+  EXPECT_EQ(described[1].place.program, 2U);
+  EXPECT_TRUE(workers->walls());
+  const TemporaryFolder folder;
+  writeFile(folder / "deed", "behave");
+  const ContentTypeId text = types.typeOfFile("a.txt");
+  std::vector<Descriptor> files;
+  std::vector<ExtractionWorkers::Ticket> tickets;
+  for (const auto& each : described) {
+    for (std::size_t i = 0; i < ExtractionWorkers::kAtOnce; ++i) {
+      files.emplace_back(open((folder / "deed").c_str(), O_RDONLY | O_CLOEXEC));
+      const auto ticket = workers->begin(files.back().get(), each.place, text);
+      ASSERT_TRUE(ticket);
+      tickets.push_back(*ticket);
+    }
+    EXPECT_FALSE(workers->begin(files.back().get(), each.place, text));
+  }
+  for (const auto ticket : tickets) EXPECT_EQ(*workers->finish(ticket)->text, "refused");
+}
+
+TEST(ExtractionWorkers, AreNoneWithoutTheirProgram) {
+  const ContentTypes types = shippedTypes();
+  for (const char* program : {"/nonexistent", "/bin/true"}) {
+    const auto workers = extractionWorkers(FolderResources(VT_RESOURCES), types, {program});
+    EXPECT_EQ(workers->walls(), std::nullopt);
+    const Extractors extractors = linuxExtractors(types, workers);
+    EXPECT_EQ(extractors.forType(types.typeOfFile("a.html"))->name(), "text");
+    EXPECT_EQ(extractors.forType(types.typeOfFile("a.pdf")), nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace vt
