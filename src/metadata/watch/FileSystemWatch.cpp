@@ -25,7 +25,7 @@ Result<bool, std::string> FileSystemWatch::start(WatchScope scope, WatchInstant 
   collector_ = ChangeCollector();
   told_.clear();
   moves_.clear();
-  haveFoldersMoved_ = false;
+  haveFoldersMoved_ = isLooking_ = hasLooked_ = false;
   seenUntil_ = now;
   forgetFolders();
   return restart(now);
@@ -36,8 +36,9 @@ void FileSystemWatch::collect(WatchInstant now) {
   seenUntil_ = now;
   // Only now is every move known that can have come in the way of who looked at what was told.
   if (std::exchange(haveFoldersMoved_, false)) tellAgain(now);
+  if (isLooking_) return;
   told_.clear();
-  wasLookedAt_ = false;
+  hasLooked_ = false;
   if (collector_.isEmpty()) forgetFolders();
 }
 
@@ -56,10 +57,7 @@ std::optional<WatchBatch> FileSystemWatch::take(WatchInstant now) {
   const std::vector<Move> moves = std::exchange(moves_, {});
   WatchBatch batch;
   batch.seenUntil = seenUntil_;
-  if (collected.isEverything) {
-    batch.changes.trees = scope_.roots;
-    wasLookedAt_ = true;
-  }
+  if (collected.isEverything) batch.changes.trees = scope_.roots;
   for (CollectedFolder& names : collected.folders) {
     add(names, batch.changes);
     told_.push_back(std::move(names));
@@ -70,6 +68,7 @@ std::optional<WatchBatch> FileSystemWatch::take(WatchInstant now) {
   if (!collected.isEverything) addMoves(moves, batch.changes);
   batch.changes = compactedChanges(std::move(batch.changes));
   if (batch.changes.empty()) return std::nullopt;
+  beginLook();
   return batch;
 }
 
@@ -114,7 +113,7 @@ void FileSystemWatch::folderMoved(WatchedFolder from, std::string_view fromName,
   haveFoldersMoved_ = true;
   // Who was looking may have seen half of the folder under the old path, and what is new was seen
   // by nobody; of any other it is enough to tell that it moved.
-  isUnsure = isUnsure || wasLookedAt_ || !told_.empty() || collector_.isTree(from, fromName);
+  isUnsure = isUnsure || hasLooked_ || collector_.isTree(from, fromName);
   collector_.addEntry(from, fromName, now);
   if (moves_.size() < kMostMoves) {
     moves_.push_back({from, std::string(fromName), to, std::string(toName)});

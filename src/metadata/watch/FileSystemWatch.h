@@ -59,12 +59,13 @@ class FileSystemWatch {
 
   /// From when on take() may have a batch; nothing while nothing has happened.
   std::optional<WatchInstant> due() const { return collector_.due(); }
-  /// The next batch, once it is due; nothing before, and when all that was outside the scope. What
-  /// it tells must be looked at before the next call of collect().
+  /// The next batch, once it is due; nothing before, and when all that was outside the scope. To be
+  /// looked at by the next call of endLook().
   std::optional<WatchBatch> take(WatchInstant now);
-  /// Everything is being looked at, or was since the last call of collect(): what is moved
-  /// meanwhile may have been missed.
-  void isLookedAt() { wasLookedAt_ = true; }
+  /// To be called around a look at all files, and after one at what take() has told: what moves
+  /// between is told so that it is not missed. collect() may be called meanwhile.
+  void beginLook() { isLooking_ = hasLooked_ = true; }
+  void endLook() { isLooking_ = false; }
 
   /// Up to when everything was told, provided that nothing is due.
   WatchInstant seenUntil() const { return seenUntil_; }
@@ -112,9 +113,10 @@ class FileSystemWatch {
   ChangeCollector collector_;
   WatchScope scope_;
   WatchInstant seenUntil_;
-  // What was told since the kernel last had nothing more to tell, and so may be being looked at.
+  // What was told and is being looked at, or was until the kernel may have told of more.
   std::vector<CollectedFolder> told_;
-  bool wasLookedAt_ = false;
+  bool isLooking_ = false;
+  bool hasLooked_ = false;  // since the kernel last had nothing more to tell
   bool haveFoldersMoved_ = false;
   std::vector<Move> moves_;  // of folders, that wait to be told
 };

@@ -24,7 +24,11 @@ class WatchedFiles {
   const std::string& failure() const { return failure_; }
   Watch& watch() { return watch_; }
 
-  void collect() { watch_.collect(now_); }
+  /// What was taken before was looked at by now.
+  void collect() {
+    watch_.endLook();
+    watch_.collect(now_);
+  }
 
   /// What has happened, as soon as there is a batch. Nothing that has happened gives no changes.
   FileChanges collectAndTake() {
