@@ -28,8 +28,8 @@ TEST(ChangeCompaction, LeavesOutWhatATreeCovers) {
 }
 
 TEST(ChangeCompaction, LeavesOutEntriesOfAFolderThatIsListedButNotTheFolder) {
-  const FileChanges changes =
-      compactedChanges({.entries = {"/r/f", "/r/f/a", "/r/f/a/b"}, .folders = {"/r/f"}, .trees = {}});
+  const FileChanges changes = compactedChanges(
+      {.entries = {"/r/f", "/r/f/a", "/r/f/a/b"}, .folders = {"/r/f"}, .trees = {}});
   EXPECT_THAT(changes.entries, ElementsAre("/r/f", "/r/f/a/b"));
 }
 

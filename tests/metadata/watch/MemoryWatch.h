@@ -9,9 +9,11 @@
 
 namespace vt {
 
-/// A watch that is told by the test what has happened. All of it is in the one folder "/watched".
+/// A watch that is told by the test what has happened. All of it is in one folder.
 class MemoryWatch final : public FileSystemWatch {
  public:
+  explicit MemoryWatch(std::string folder = "/watched") : folder_(std::move(folder)) {}
+
   const char* name() const override { return "memory"; }
   const char* unit() const override { return "folders"; }
   int descriptor() const override { return -1; }
@@ -33,9 +35,10 @@ class MemoryWatch final : public FileSystemWatch {
     for (const std::string& name : std::exchange(happened_, {})) collector().addEntry(0, name, now);
     return true;
   }
-  std::vector<std::string> pathsOf(WatchedFolder /*folder*/) override { return {"/watched"}; }
+  std::vector<std::string> pathsOf(WatchedFolder /*folder*/) override { return {folder_}; }
 
  private:
+  std::string folder_;
   std::vector<std::string> happened_;
   std::vector<std::string> unwatched_;
   int tries_ = 0;

@@ -19,9 +19,8 @@ TEST(MountTable, TakesLinesApart) {
   const std::vector<Mount> mounts = parseMounts(
       "36 35 98:0 / /mnt/a\\040b rw,noatime shared:1 master:2 - ext4 /dev/root rw\n"
       "40 36 0:52 /sub\\134x /mnt/c rw - nfs4 host:/x rw\n");
-  EXPECT_THAT(mounts,
-              ElementsAre(Mount{36, 98ULL << 32, "/", "/mnt/a b", "ext4"},
-                          Mount{40, 52, "/sub\\x", "/mnt/c", "nfs4"}));
+  EXPECT_THAT(mounts, ElementsAre(Mount{36, 98ULL << 32, "/", "/mnt/a b", "ext4"},
+                                  Mount{40, 52, "/sub\\x", "/mnt/c", "nfs4"}));
 }
 
 TEST(MountTable, PassesOverWhatMakesNoSense) {
@@ -51,7 +50,8 @@ TEST(MountTable, KnowsWhatIsSeenBelowRoots) {
 
 TEST(MountTable, KnowsFileSystemsThatOtherMachinesChange) {
   const auto isShared = [](const char* type) {
-    return isSharedByMachines(Mount{.id = 1, .device = 1, .root = "/", .point = "/m", .type = type});
+    return isSharedByMachines(
+        Mount{.id = 1, .device = 1, .root = "/", .point = "/m", .type = type});
   };
   for (const char* type : {"nfs", "nfs4", "cifs", "smb3", "ceph", "9p", "fuse.sshfs"}) {
     EXPECT_TRUE(isShared(type)) << type;

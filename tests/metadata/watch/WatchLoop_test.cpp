@@ -28,9 +28,7 @@ class NotingSink final : public ChangeSink {
     for (const std::string& path : changes.trees) text += " tree " + path;
     return note(text, goesOn);
   }
-  Result<bool, StoreError> lookIntoFiles(Meanwhile goesOn) override {
-    return note("look", goesOn);
-  }
+  Result<bool, StoreError> lookIntoFiles(Meanwhile goesOn) override { return note("look", goesOn); }
 
   std::vector<std::string> notes;
   std::optional<StoreError> failure;
@@ -54,7 +52,7 @@ class NotingSink final : public ChangeSink {
 
 class WatchLoopTest : public testing::Test {
  protected:
-  WatchLoopTest() { watch_.start({{"/watched", "/other"}, {}}, now_); }
+  WatchLoopTest() { EXPECT_TRUE(watch_.start({{"/watched"}, {}}, now_)); }
 
   /// What the sink was asked for since the last call.
   std::vector<std::string> notes() { return std::exchange(sink_.notes, {}); }
@@ -200,17 +198,24 @@ TEST_F(WatchLoopTest, LooksFromTimeToTimeAtWhatIsNotWatchedAndVouchesOnlyUpToThe
 }
 
 TEST_F(WatchLoopTest, CrawlsWhenAFileWithOtherNamesHasChanged) {
-  settle();
   const LiveTree tree;
   std::filesystem::create_hard_link(tree.file("one"), tree / "other");
-  watch_.change("../" + (tree / "one").substr(1));
-  loop_.step();
-  stepAfter(milliseconds(50));
-  settle();
-  stepAfter(minutes(5));
+  MemoryWatch watch(tree.path());
+  ASSERT_TRUE(watch.start({{tree.path()}, {}}, now_));
+  WatchLoop loop(watch, sink_, [this] { return now_; }, [] { return false; });
+  for (int i = 0; i < 3; ++i) loop.step();
+  const WatchInstant before = now_;
+  watch.change("one");
+  loop.step();
+  now_ += milliseconds(50);
+  loop.step();
+  loop.step();
+  EXPECT_THAT(notes(), ElementsAre("crawl", "look", "apply " + tree / "one", "look"));
+  EXPECT_EQ(loop.vouchedUntil(), before);
+  now_ += minutes(5);
+  loop.step();
   EXPECT_THAT(notes(), ElementsAre("crawl"));
-  stepAfter(minutes(5));
-  EXPECT_THAT(notes(), ElementsAre("look"));
+  EXPECT_EQ(loop.vouchedUntil(), now_);
 }
 
 TEST_F(WatchLoopTest, EndsInTheMiddleOfACrawl) {
