@@ -169,6 +169,7 @@ void WatchRun::tellTrouble() {
   if (trouble == trouble_) return;
   printError("note: " + (trouble.empty() ? "all is well again" : printable(trouble)));
   trouble_ = std::move(trouble);
+  lastRecord_ = {};  // so that it is told at once
 }
 
 WatcherRecord WatchRun::record() const {
