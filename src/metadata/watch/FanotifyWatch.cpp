@@ -112,7 +112,7 @@ FanotifyWatch::MountedSystem FanotifyWatch::watch(const Mount& mount) {
 
 void FanotifyWatch::lookAtMounts(WatchInstant now) {
   const std::vector<Mount> seen = mountsSeen(table_.read(), scope());
-  handles_.forgetOutside();
+  handles_.forgetPlaces();
   std::erase_if(mounts_, [&](const MountedSystem& system) {
     const bool isGone = std::ranges::find(seen, system.mount) == seen.end();
     if (isGone) collector().addTreeAt(system.mount.point, now);
@@ -144,7 +144,7 @@ bool FanotifyWatch::drain(WatchInstant now) {
 void FanotifyWatch::takeEvent(const FanotifyEvent& event, WatchInstant now) {
   if ((event.mask & FAN_Q_OVERFLOW) != 0) {
     ++overflows_;
-    handles_.forgetOutside();
+    handles_.forgetPlaces();
     collector().addEverything(now);
     return;
   }
@@ -155,14 +155,14 @@ void FanotifyWatch::takeEvent(const FanotifyEvent& event, WatchInstant now) {
   if ((event.mask & FAN_RENAME) != 0 && event.newName) {
     const WatchedFolder to = numberOf(*event.newName);
     if (isFolder) {
-      handles_.forgetOutside();
+      handles_.forgetPlaces();
       mayMountsHaveMoved_ = true;
       folderMoved(folder, name, to, event.newName->name, now);
       return;
     }
-    if (!handles_.isOutside(to)) collector().addEntry(to, event.newName->name, now);
+    if (!isOutside(to)) collector().addEntry(to, event.newName->name, now);
   }
-  if (handles_.isOutside(folder)) return;
+  if (isOutside(folder)) return;
   if (isFolder && (event.mask & (FAN_CREATE | FAN_DELETE)) != 0) {
     // A folder that has just been made may be the same file, by its number, as one that has gone.
     collector().addTree(folder, name, now);
@@ -173,13 +173,21 @@ void FanotifyWatch::takeEvent(const FanotifyEvent& event, WatchInstant now) {
   }
 }
 
+bool FanotifyWatch::isOutside(WatchedFolder folder) {
+  // Found out at the first event, so that what is busy outside puts nothing off that is inside.
+  if (handles_.placeOf(folder) == FolderHandles::Place::kUnknown) pathsOf(folder);
+  return handles_.placeOf(folder) == FolderHandles::Place::kOutside;
+}
+
 std::vector<std::string> FanotifyWatch::pathsOf(WatchedFolder folder) {
   const FanotifyFolder parts = partsOf(handles_.handleOf(folder));
   std::vector<std::string> paths;
+  isPathUnsure_ = false;
   for (const MountedSystem& system : mounts_) {
     if (system.fileSystem != parts.fileSystem) continue;
     // Opened for each question: what is kept open can't be unmounted.
     const Descriptor mount = opener_.open(system.mount.point);
+    if (!mount.isOpen()) isPathUnsure_ = true;
     const Descriptor found = mount.isOpen() ? openHandle(mount.get(), parts.handle) : Descriptor();
     if (!found.isOpen()) continue;
     std::optional<std::string> path = pathBehind(found);
@@ -187,7 +195,9 @@ std::vector<std::string> FanotifyWatch::pathsOf(WatchedFolder folder) {
     if (path && !isKnown) paths.push_back(*std::move(path));
   }
   std::erase_if(paths, [&](const std::string& path) { return !scope().holds(path); });
-  if (paths.empty()) handles_.setOutside(folder);
+  const bool isInside = !paths.empty() || isPathUnsure_;
+  handles_.setPlace(folder,
+                    isInside ? FolderHandles::Place::kInside : FolderHandles::Place::kOutside);
   return paths;
 }
 
@@ -202,6 +212,7 @@ std::optional<std::string> FanotifyWatch::pathBehind(const Descriptor& folder) {
       path = linkBehind(above.get());
     }
     if (path) collector().addTreeAt(*std::move(path), now_);
+    isPathUnsure_ = true;
     return std::nullopt;
   }
   if (!path) return std::nullopt;
@@ -211,8 +222,9 @@ std::optional<std::string> FanotifyWatch::pathBehind(const Descriptor& folder) {
   const Descriptor found = opener_.find(*path);
   const std::optional<FileStatus> there =
       found.isOpen() ? statusOf(found.get()) : std::optional<FileStatus>();
-  if (!meant || !there || !meant->isSameFileAs(*there)) return std::nullopt;
-  return path;
+  if (meant && there && meant->isSameFileAs(*there)) return path;
+  isPathUnsure_ = true;  // it may just be moving
+  return std::nullopt;
 }
 
 void FanotifyWatch::forgetFolders() {

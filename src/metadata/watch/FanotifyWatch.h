@@ -46,6 +46,7 @@ class FanotifyWatch final : public FileSystemWatch {
   void lookAtMounts(WatchInstant now);
   void takeEvent(const FanotifyEvent& event, WatchInstant now);
   WatchedFolder numberOf(const FanotifyName& name) { return handles_.numberOf(name.folder); }
+  bool isOutside(WatchedFolder folder);
   std::optional<std::string> pathBehind(const Descriptor& folder);
 
   Descriptor group_;
@@ -53,6 +54,7 @@ class FanotifyWatch final : public FileSystemWatch {
   std::vector<MountedSystem> mounts_;
   bool mayMountsHaveMoved_ = false;
   FolderHandles handles_;
+  bool isPathUnsure_ = false;  // of the folder that was asked for last
   FolderOpener opener_;
   FileSystems fileSystems_;
   std::uint64_t overflows_ = 0;

@@ -155,6 +155,16 @@ TYPED_TEST(FileSystemWatchTest, SaysNothingOfWhatIsOutsideOrIgnored) {
   EXPECT_THAT(this->told(), IsEmpty());
 }
 
+TYPED_TEST(FileSystemWatchTest, IsNotPutOffByWhatHappensOutside) {
+  this->tree_.file("new");
+  this->watched_.collect();
+  const auto due = this->watched_.watch().due();
+  this->watched_.pass(std::chrono::milliseconds(40));
+  this->outside_.file("other/file");
+  this->watched_.collect();
+  EXPECT_EQ(this->watched_.watch().due(), due);
+}
+
 TYPED_TEST(FileSystemWatchTest, TellsNamesOfAnyBytes) {
   this->tree_.file("a\n b\xff");
   EXPECT_THAT(this->told(), ElementsAre("a\n b\xff"));
