@@ -13,14 +13,20 @@ void showStatusLine(std::string_view label, const std::string& text) {
   fmt::print("{:<12}{}\n", label, text);
 }
 
+std::string countOf(std::uint64_t count, std::string_view units) {
+  if (count == 1) units.remove_suffix(1);
+  return fmt::format("{} {}", count, units);
+}
+
 void showWatch(const WatcherRecord& record, std::chrono::microseconds age) {
-  showStatusLine("Watched", fmt::format("by {}, {} {}, {} names waiting; up to date {:.0f} s ago",
-                                        record.watch, record.watched, record.unit, record.waiting,
-                                        std::chrono::duration<double>(age).count()));
+  showStatusLine("Watched",
+                 fmt::format("by {}, {}, {} waiting; up to date {:.0f} s ago", record.watch,
+                             countOf(record.watched, record.unit), countOf(record.waiting, "names"),
+                             std::chrono::duration<double>(age).count()));
   if (!record.why.empty()) fmt::print("  since {}\n", printable(record.why));
   if (!record.whyUnwatched.empty()) {
     const std::string count =
-        record.unwatched == 0 ? "" : fmt::format("{} {}: ", record.unwatched, record.unit);
+        record.unwatched == 0 ? "" : countOf(record.unwatched, record.unit) + ": ";
     showStatusLine("Not watched", count + printable(record.whyUnwatched));
   }
   if (record.lastBatch) {

@@ -27,6 +27,7 @@
 #include "vistaro/SettingsStamp.h"
 #include "vistaro/SignalQueue.h"
 #include "vistaro/Terminal.h"
+#include "vistaro/WatchReport.h"
 
 namespace vt::tool {
 namespace {
@@ -82,7 +83,8 @@ class WatchRun {
   WatchInstant lastTick_;
   WatchInstant lastRecord_;
   std::uint64_t toldPublications_ = 0;
-  std::string trouble_;  // that was told last
+  std::string trouble_;       // that was told last
+  std::string startFailure_;  // why nothing can be watched; "" when it can
 };
 
 bool WatchRun::isEnded() {
@@ -138,11 +140,17 @@ void WatchRun::startAnew() {
   std::error_code error;
   const std::string index = std::filesystem::canonical(writer_.folder().path(), error);
   Result<WatchChoice, std::string> choice = startWatch({roots_, {index}}, now());
-  if (!choice) throw CommandError{kFailure, choice.error()};
+  if (!choice) {
+    if (startFailure_ != choice.error()) printError(printable(choice.error()));
+    startFailure_ = choice.error();
+    rights_.clear();  // so that it is tried again
+    return;
+  }
+  startFailure_.clear();
   choice_ = std::move(choice).value();
   loop_.emplace(*choice_.watch, sink_, now, [this] { return isEnded(); }, times_);
   const WatchCounts counts = choice_.watch->counts();
-  fmt::print("watching {} {} by {}{}\n", counts.watched, choice_.watch->unit(),
+  fmt::print("watching {} by {}{}\n", countOf(counts.watched, choice_.watch->unit()),
              choice_.watch->name(), choice_.why.empty() ? "" : ", since " + printable(choice_.why));
   std::fflush(stdout);
 }
@@ -232,6 +240,7 @@ void WatchRun::run() {
   haveRootsChanged();
   if (roots_.empty()) throw CommandError{kUsage, kNothingToIndex};
   startAnew();
+  if (!startFailure_.empty()) throw CommandError{kFailure, "nothing can be watched"};
   bool isFirst = true;
   while (!isEnded()) {
     tick();

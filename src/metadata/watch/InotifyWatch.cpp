@@ -40,6 +40,7 @@ bool InotifyWatch::rebuild() {
   inotify_ = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
   tree_ = std::make_unique<WatchedTree>();
   moving_.clear();
+  lost_.clear();
   starved_.clear();
   mounts_ = mountsSeen(table_.read(), scope());
   if (!inotify_.isOpen()) return false;
@@ -55,7 +56,10 @@ void InotifyWatch::watchFrom(WatchedFolder folder) {
 
 void InotifyWatch::watchOne(WatchedFolder folder, std::vector<WatchedFolder>& found) {
   const std::optional<std::string> path = tree_->pathOf(folder);
-  if (!path) return;
+  if (!path) {
+    lost_.insert(folder);
+    return;
+  }
   const auto mount = std::ranges::find(mounts_, *path, &Mount::point);
   if (mount != mounts_.end()) {
     // Before it is opened, since that can wake an automounter.
@@ -65,7 +69,7 @@ void InotifyWatch::watchOne(WatchedFolder folder, std::vector<WatchedFolder>& fo
   const Descriptor open = opener_.open(*path);
   if (!open.isOpen()) {
     const bool isGone = errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
-    if (isGone && tree_->parentOf(folder) != WatchedTree::kNone) unwatch(folder);
+    if (isGone && tree_->parentOf(folder) != WatchedTree::kNone) lost_.insert(folder);
     return;
   }
   const int watch = addWatch(open.get());
@@ -169,7 +173,10 @@ bool InotifyWatch::drain(WatchInstant now) {
     rebuild();
     return true;
   }
-  if (isEmpty) giveUpMoving(now);
+  if (isEmpty) {
+    giveUpMoving(now);
+    watchLost(now);
+  }
   return isEmpty;
 }
 
@@ -279,6 +286,19 @@ void InotifyWatch::giveUpMoving(WatchInstant now) {
     const bool hasLeft = now - at->second.since >= kLongestMove;
     if (hasLeft && tree_->holds(at->second.folder)) unwatch(at->second.folder);
     at = hasLeft ? moving_.erase(at) : std::next(at);
+  }
+}
+
+void InotifyWatch::watchLost(WatchInstant now) {
+  for (const WatchedFolder folder : std::exchange(lost_, {})) {
+    if (!tree_->holds(folder)) continue;
+    watchFrom(folder);
+    if (!lost_.contains(folder)) {
+      collector().addTree(folder, "", now);
+    } else if (tree_->pathOf(folder)) {
+      unwatch(folder);
+      lost_.erase(folder);
+    }
   }
 }
 

@@ -65,6 +65,7 @@ class InotifyWatch final : public FileSystemWatch {
                   WatchInstant now);
   bool moveIn(WatchedFolder parent, std::string_view name, const Moving& moving);
   void giveUpMoving(WatchInstant now);
+  void watchLost(WatchInstant now);
   bool isStarved(WatchedFolder folder) const { return starved_.contains(folder); }
 
   Descriptor inotify_;
@@ -75,6 +76,8 @@ class InotifyWatch final : public FileSystemWatch {
   FolderOpener opener_;
   FolderReader reader_;
   FileSystems fileSystems_;
+  // Were not found where they should be: they may have been moved, as is not known yet.
+  std::unordered_set<WatchedFolder> lost_;
   std::unordered_set<WatchedFolder> starved_;  // there was no watch for them
   int starvation_ = 0;                         // the system's reason
   bool hasOverflown_ = false;

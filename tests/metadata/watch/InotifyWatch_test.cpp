@@ -91,5 +91,16 @@ TEST(InotifyWatch, FollowsAFolderThatWasMadeMovedAndMadeAnewBeforeItCouldBeSeen)
   EXPECT_EQ(joined(watched.collectAndTake().entries, tree), " a/one b/two");
 }
 
+TEST(InotifyWatch, FollowsAFolderWhoseParentMovedBeforeItCouldBeSeen) {
+  const LiveTree tree;
+  tree.folder("old/a");
+  WatchedFiles<InotifyWatch> watched({tree.path()});
+  tree.folder("old/a/new");
+  std::filesystem::rename(tree / "old", tree / "young");
+  watched.collectAndTake();
+  tree.file("young/a/new/file");
+  EXPECT_EQ(joined(watched.collectAndTake().entries, tree), " young/a/new/file");
+}
+
 }  // namespace
 }  // namespace vt
