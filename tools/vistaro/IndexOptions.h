@@ -13,7 +13,9 @@ struct IndexOptions {
   bool namesOnly = false;  ///< no look into files
   bool verify = false;
   bool status = false;
-  std::uint32_t minutes = 5;  ///< between the beginnings of two crawls
+  bool watch = false;         ///< publish what changes when it does
+  std::uint32_t minutes = 5;  ///< between the beginnings of two crawls, or of what is not watched
+  std::uint32_t crawlHours = 24;  ///< between crawls of everything, while watching
   bool json = false;
 };
 

@@ -16,6 +16,7 @@
 #include "vistaro/IndexState.h"
 #include "vistaro/LocalTime.h"
 #include "vistaro/Terminal.h"
+#include "vistaro/WatchReport.h"
 
 namespace vt::tool {
 namespace {
@@ -67,13 +68,13 @@ void printAsJson(const IndexState& state, const std::string& indexFolder) {
     report["ended"] = instantText(manifest.ended);
     printContents(contentStateOf(indexFolder, *state.generation), report);
     report["crawlSeconds"] = std::chrono::duration<double>(manifest.duration).count();
+    report["ageSeconds"] = std::chrono::duration<double>(*state.age).count();
   }
+  if (state.watcher) report["watch"] = watchAsJson(*state.watcher);
   fmt::print("{}\n", report.dump(2));
 }
 
-void show(std::string_view label, const std::string& text) {
-  fmt::print("{:<12}{}\n", label, text);
-}
+const auto show = showStatusLine;
 
 void showContents(const ContentState& state) {
   if (!state.counts) {
@@ -111,6 +112,7 @@ void printAsText(const IndexState& state, const std::string& indexFolder) {
     show("Crawl", fmt::format("began {}, took {:.2f} s", localTimeText(manifest.began),
                               std::chrono::duration<double>(manifest.duration).count()));
   }
+  if (state.watcher) showWatch(*state.watcher, *state.age);
   show("Indexer", state.lock ? printable(state.lock->reason) : "not running");
 }
 

@@ -1,9 +1,27 @@
 #include "vistaro/IndexState.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
 namespace vt::tool {
+namespace {
+
+void addWatcher(const WatcherRecord& watcher, IndexState& state) {
+  const BootInstant now = BootInstant::now();
+  if (state.generation && isVouchedFor(state.generation->manifest, watcher, now)) {
+    state.freshness = IndexFreshness::kFresh;
+    state.age = std::min(state.age.value_or(now.since), now.since - watcher.seenUntil.since);
+  }
+  // One that has ended, or an indexer that crawls, says nothing of what is watched now.
+  const bool isAlive = state.lock && watcher.process > 0 &&
+                       state.lock->reason.starts_with(fmt::format("process {} ", watcher.process));
+  if (isAlive && !watcher.watch.empty()) state.watcher = watcher;
+}
+
+}  // namespace
 
 IndexState indexStateAt(const std::string& folder) {
   IndexState state;
@@ -17,11 +35,14 @@ IndexState indexStateAt(const std::string& folder) {
     const auto now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
     state.generation = std::move(generation).value();
     state.freshness = freshnessOf(state.generation->manifest, now);
+    state.age = now - state.generation->manifest.began;
   } else {
     state.error = generation.error();
   }
   const Result<IndexLock, StoreError> lock = opened->lock();
   if (!lock && lock.error().kind == StoreError::Kind::kLocked) state.lock = lock.error();
+  const Result<WatcherRecord, StoreError> watcher = readWatcherRecord(folder);
+  if (watcher) addWatcher(*watcher, state);
   return state;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -14,6 +15,9 @@ struct IndexState {
   std::optional<IndexFreshness> freshness;  ///< of the generation, now
   std::optional<StoreError> error;          ///< why there is no generation
   std::optional<StoreError> lock;           ///< whose it is, while an indexer has it
+  std::optional<WatcherRecord> watcher;     ///< what that tells, when it watches the files
+  /// How long ago the index was known to be up to date.
+  std::optional<std::chrono::microseconds> age;
 
   bool isFresh() const { return freshness == IndexFreshness::kFresh; }
   /// No index was ever made there.

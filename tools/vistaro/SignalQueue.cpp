@@ -1,5 +1,7 @@
 #include "vistaro/SignalQueue.h"
 
+#include <sys/signalfd.h>
+
 #include <algorithm>
 #include <cerrno>
 
@@ -9,6 +11,7 @@ SignalQueue::SignalQueue() {
   sigemptyset(&awaited_);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1}) sigaddset(&awaited_, signal);
   pthread_sigmask(SIG_BLOCK, &awaited_, &before_);
+  pending_ = Descriptor(signalfd(-1, &awaited_, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 SignalQueue::~SignalQueue() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <cstdint>
 
+#include "metadata/live/Descriptor.h"
+
 namespace vt::tool {
 
 /// Lets a long-running command ask whether a signal has come, between steps that must not be cut
@@ -22,12 +24,16 @@ class SignalQueue {
   SignalQueue& operator=(const SignalQueue&) = delete;
   ~SignalQueue();
 
+  /// Gets ready to be read when next() would not have to wait; it is not to be read itself.
+  int descriptor() const { return pending_.get(); }
+
   /// Takes the next signal, which may have come before; kNone when `patience` passes without one.
   Wish next(std::chrono::milliseconds patience) const;
 
  private:
   sigset_t awaited_;
   sigset_t before_;
+  Descriptor pending_;
 };
 
 }  // namespace vt::tool

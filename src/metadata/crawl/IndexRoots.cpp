@@ -1,28 +1,37 @@
 #include "metadata/crawl/IndexRoots.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 namespace vt {
-namespace {
 
-bool isIn(std::string_view path, std::string_view folder) {
+bool isInFolder(std::string_view path, std::string_view folder) {
   if (folder == "/") return true;
   return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-}  // namespace
+bool isInAnyFolder(std::string_view path, const std::unordered_set<std::string_view>& folders) {
+  if (folders.empty()) return false;
+  while (!folders.contains(path)) {
+    if (path == "/") return false;
+    path = folderAbove(path);
+  }
+  return true;
+}
+
+std::string_view folderAbove(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  return path.substr(0, std::max<std::size_t>(slash, 1));
+}
 
 std::vector<std::string> outermostRoots(std::vector<std::string> paths) {
-  // A folder comes before all that lie in it, though "/a b" comes between "/a" and "/a/b": as
-  // what is kept last is not always what holds the next, all that is kept is looked at.
+  // A folder comes before all that lie in it.
   std::ranges::sort(paths);
   std::vector<std::string> roots;
+  roots.reserve(paths.size());  // so that no view moves
+  std::unordered_set<std::string_view> known;
   for (std::string& path : paths) {
-    const bool isCovered =
-        std::ranges::any_of(roots, [&](const std::string& root) { return isIn(path, root); });
-    if (!isCovered) roots.push_back(std::move(path));
+    if (!isInAnyFolder(path, known)) known.insert(roots.emplace_back(std::move(path)));
   }
   return roots;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "metadata/store/Manifest.h"
+#include "metadata/store/WatcherRecord.h"
 
 namespace vt {
 
@@ -24,6 +25,16 @@ inline constexpr std::chrono::minutes kClockTolerance{1};
 inline IndexFreshness freshnessOf(const Manifest& manifest, Date now) {
   if (manifest.began > now + kClockTolerance) return IndexFreshness::kOfTheFuture;
   return manifest.began < now - kIndexIsFreshFor ? IndexFreshness::kOld : IndexFreshness::kFresh;
+}
+
+/// Whether a watcher vouches for a generation: that it had, not longer ago than a crawl may have
+/// begun, all that had happened by then. Counted by a clock that nobody sets, so that neither one
+/// that was set back nor a file of the future makes an old index fresh.
+inline bool isVouchedFor(const Manifest& manifest, const WatcherRecord& record,
+                         const BootInstant& now) {
+  return record.generation <= manifest.generation && !now.boot.empty() &&
+         record.seenUntil.boot == now.boot && record.seenUntil.since <= now.since &&
+         now.since - record.seenUntil.since <= kIndexIsFreshFor;
 }
 
 }  // namespace vt

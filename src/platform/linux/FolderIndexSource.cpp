@@ -45,8 +45,14 @@ void FolderIndexSource::take(IndexGeneration generation) {
   failure_.clear();
 }
 
+bool FolderIndexSource::isVouchedFor() const {
+  const Result<WatcherRecord, StoreError> record = readWatcherRecord(path_);
+  return record && vt::isVouchedFor(*manifest_, *record, BootInstant::now());
+}
+
 std::shared_ptr<const OpenIndex> FolderIndexSource::freshAt(Date now) {
-  const bool isFresh = open_ && freshnessOf(*manifest_, now) == IndexFreshness::kFresh;
+  const bool isFresh =
+      open_ && (freshnessOf(*manifest_, now) == IndexFreshness::kFresh || isVouchedFor());
   return isFresh ? open_ : nullptr;
 }
 

@@ -15,6 +15,7 @@ namespace vt {
 /// The index in a folder, as an indexer leaves it there in newer and newer generations.
 ///
 /// When the newest one can't be opened, the one before goes on being searched while it is fresh.
+/// Fresh is what was crawled shortly ago, and what whoever watches the files vouches for.
 class FolderIndexSource final : public IndexSource {
  public:
   /// `folder` need not be there. What was indexed with types that `types` lacks can't be searched.
@@ -31,6 +32,7 @@ class FolderIndexSource final : public IndexSource {
 
  private:
   void take(IndexGeneration generation);
+  bool isVouchedFor() const;
 
   std::string path_;
   std::shared_ptr<const ContentTypes> types_;

@@ -1,39 +1,12 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
-
-#include <filesystem>
 
 #include "metadata/crawl/CrawlRecord.h"
 #include "metadata/live/LiveTree.h"
-#include "support/InChildProcess.h"
+#include "support/PrivateMounts.h"
 
 namespace vt {
 namespace {
-
-// Runs `work` where mounts are seen by nobody else and end with it. "no mounts" where that may not
-// be done.
-std::string withMounts(const std::function<std::string()>& work) {
-  return inChildProcess([&]() -> std::string {
-    if (unshare(CLONE_NEWNS) != 0 ||
-        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-      return "no mounts";
-    }
-    return work();
-  });
-}
-
-void mountAt(const std::string& folder, const char* type, const char* options = nullptr) {
-  if (mount("none", folder.c_str(), type, 0, options) != 0) {
-    throw std::runtime_error(std::string("no mount of ") + type);
-  }
-}
-void bindMount(const std::string& from, const std::string& to) {
-  if (mount(from.c_str(), to.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) {
-    throw std::runtime_error("no bind mount");
-  }
-}
 
 // The paths below the tree, each behind a blank.
 std::string pathsIn(const LiveTree& tree, const CrawlRecord& record) {
@@ -55,7 +28,7 @@ TEST(MountedTrees, AreEnteredUnlessTheKernelShowsItselfThere) {
     crawl(tree.path(), record);
     return pathsIn(tree, record);
   });
-  if (answer == "no mounts") GTEST_SKIP() << answer;
+  if (answer == kNoMounts) GTEST_SKIP() << answer;
   EXPECT_EQ(answer, " dev files files/inside proc sys");
 }
 
@@ -70,7 +43,7 @@ TEST(MountedTrees, EndAlsoWhereOneIsBoundIntoItself) {
     const bool isDone = crawl(tree.path(), record) == TreeCrawl::End::kDone;
     return std::to_string(isDone) + pathsIn(tree, record);
   });
-  if (answer == "no mounts") GTEST_SKIP() << answer;
+  if (answer == kNoMounts) GTEST_SKIP() << answer;
   EXPECT_EQ(answer, "1 a a/b a/b/b a/b/c a/c a/c/a a/c/a/b a/c/a/b/b a/c/a/b/c a/c/a/c");
 }
 
@@ -86,7 +59,7 @@ TEST(MountedTrees, WorkWithoutBirthTimesAndAccessControlLists) {
     return fmt::format("created {} list {} size {}", file.status.created.has_value(),
                        file.acl == AclPresence::kPresent, file.status.sizeInBytes);
   });
-  if (answer == "no mounts") GTEST_SKIP() << answer;
+  if (answer == kNoMounts) GTEST_SKIP() << answer;
   EXPECT_EQ(answer, "created false list false size 4");
 }
 

@@ -67,6 +67,19 @@ TEST_F(FolderIndexSourceTest, IsFreshForAQuarterOfAnHourFromTheBeginningOfTheCra
             "the index is 15 minutes old");
 }
 
+TEST_F(FolderIndexSourceTest, IsFreshWhileAWatcherVouchesForIt) {
+  const Date later = publish() + std::chrono::hours(30);
+  EXPECT_EQ(rows(later), 0U);
+  WatcherRecord record;
+  record.generation = 1;
+  record.seenUntil = BootInstant::now();
+  ASSERT_FALSE(writeWatcherRecord(indexed_.path(), record));
+  EXPECT_EQ(rows(later), 1U);
+  record.seenUntil.since -= kIndexIsFreshFor;
+  ASSERT_FALSE(writeWatcherRecord(indexed_.path(), record));
+  EXPECT_EQ(whyNot(later), "the index is 1800 minutes old");
+}
+
 TEST_F(FolderIndexSourceTest, DistrustsAnIndexOfTheFuture) {
   const Date began = publish();
   EXPECT_EQ(rows(began - kClockTolerance), 1U);

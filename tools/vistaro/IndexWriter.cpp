@@ -1,0 +1,117 @@
+#include "vistaro/IndexWriter.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+#include "platform/Platform.h"
+#include "platform/linux/ContentTypeTable.h"
+#include "platform/linux/extraction/LinuxExtractors.h"
+#include "scopes/FolderPaths.h"
+#include "vistaro/CanonicalFolder.h"
+#include "vistaro/CommandError.h"
+#include "vistaro/IndexingLine.h"
+#include "vistaro/ProgressLine.h"
+#include "vistaro/SettingsChange.h"
+#include "vistaro/Terminal.h"
+
+namespace vt::tool {
+namespace {
+
+template <class T>
+T orThrow(Result<T, StoreError> result) {
+  if (!result) throw CommandError{kFailure, printable(result.error().reason)};
+  return std::move(result).value();
+}
+
+}  // namespace
+
+IndexWriter::IndexWriter(const IndexOptions& options, const std::string& indexFolder)
+    : folder_(orThrow(IndexFolder::make(indexFolder))),
+      lock_(orThrow(folder_.lock())),
+      types_(contentTypesIn(Platform::current().resources())) {
+  if (!types_) {
+    throw CommandError{kFailure, "the table of types cannot be read; `vistaro doctor` tells more"};
+  }
+  if (!options.namesOnly) {
+    extractors_.emplace(
+        linuxExtractors(*types_, extractionWorkers(Platform::current().resources(), *types_)));
+  }
+  for (const std::string& folder : options.folders) named_.push_back(canonicalFolder(folder));
+}
+
+std::vector<std::string> IndexWriter::wishedFolders() const {
+  if (!named_.empty()) return named_;
+  const std::shared_ptr<VTSettings> settings = readableSettings();
+  settings->reloadConfig();
+  return pathsCoveredBy(*settings->searchFolders());
+}
+
+std::vector<std::string> IndexWriter::presentFolders(const std::vector<std::string>& wished,
+                                                     FunctionRef<void(const std::string&)> tell) {
+  std::vector<std::string> folders;
+  for (const std::string& path : wished) {
+    try {
+      folders.push_back(canonicalFolder(path));
+    } catch (const CommandError& error) {
+      tell(error.text);
+    }
+  }
+  return folders;
+}
+
+Result<std::optional<IndexingReport>, StoreError> IndexWriter::run(
+    const std::vector<std::string>& roots, Indexer::Progress progress) const {
+  const Indexer indexer(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr);
+  ProgressLine line(ProgressLine::Clock::now());
+  const bool shows = Terminal::obeysEscapes(STDERR_FILENO);
+  auto ended = indexer.run(roots, [&](const IndexingProgress& at) {
+    if (shows) {
+      showOnTerminal(line.update(ProgressLine::Clock::now(), [&] { return indexingLine(at); }));
+    }
+    return progress(at);
+  });
+  showOnTerminal(line.remove());
+  return ended;
+}
+
+void IndexWriter::tell(const IndexingReport& report) {
+  if (report.distrusted) {
+    printError(fmt::format("note: {}; all was read anew", printable(report.distrusted->reason)));
+  }
+  const std::chrono::duration<double> crawling = report.manifest.duration;
+  fmt::print("generation {}: {} files in {} folders, crawled in {:.2f} s, written in {:.2f} s\n",
+             report.manifest.generation, report.crawled.entries, report.crawled.folders,
+             crawling.count(), report.publishing.count());
+  if (report.crawled.leftOut > 0) {
+    fmt::print("  {} of the folders could not be read, or not to the end\n",
+               report.crawled.leftOut);
+  }
+  std::fflush(stdout);  // a log that this may go to is to be read while it runs on
+}
+
+void IndexWriter::tellOfContents(const IndexingReport& report) {
+  if (report.distrustedCatalogue) {
+    printError(fmt::format("note: {}; all files are looked into anew",
+                           printable(report.distrustedCatalogue->reason)));
+  }
+  if (report.contentError) {
+    printError(fmt::format("note: files were not looked into, or not all: {}",
+                           printable(report.contentError->reason)));
+    return;
+  }
+  if (!report.contents || report.contents->expected == 0) return;
+  const ContentCounts& contents = *report.contents;
+  fmt::print("  {} files looked into in {:.2f} s", contents.done, report.lookingIntoFiles.count());
+  if (contents.failures > 0) fmt::print(", {} of them in vain", contents.failures);
+  if (contents.done < contents.expected) {
+    fmt::print("; {} are left for the next time", contents.expected - contents.done);
+  }
+  fmt::print("\n");
+  std::fflush(stdout);
+}
+
+}  // namespace vt::tool
