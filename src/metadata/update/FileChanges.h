@@ -10,10 +10,14 @@ namespace vt {
 /// All paths are absolute and canonical: no link among the folders on the way, no "." or "..", no
 /// "/" at the end. They are bytes, not necessarily UTF-8. The order does not matter, a path may
 /// come more than once and below another one, and it may name what does not exist any more or never
-/// did, or what lies outside the indexed folders: such a path is of no consequence.
+/// did, or what lies outside the indexed folders: such a path is of no consequence. A path counts
+/// as it was then or as it is now: when a folder was renamed, what changed in it may be named by
+/// either.
 ///
 /// These are places to look at, not statements: what is there is found by looking. So it is always
-/// right to name too much, and wrong to name too little.
+/// right to name too much, and wrong to name too little. The folder that a named entry is in is
+/// looked at too, so it need not be named when entries come and go. A file with several names has
+/// to be named by each of them.
 struct FileChanges {
   /// Entries whose status may have changed, that came, or that went: each is asked for its status.
   /// A folder that came is crawled from there on, one that went goes with everything below it; of
