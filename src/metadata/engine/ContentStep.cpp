@@ -15,8 +15,9 @@ std::uint64_t ContentStep::cost() const { return kFindingCost; }
 
 void ContentStep::narrow(RowSet& rows) const {
   if (rows.isEmpty()) return;
-  const Bitmap found = find_(contents_);
-  rows.keepIf([&](std::size_t row) { return contents_.isIn(found, row); });
+  if (!*found_) *found_ = find_(contents_);
+  const Bitmap& found = **found_;
+  rows.keepIf([&](std::size_t row) { return contents_.isIn(found, firstRow_ + row); });
 }
 
 void AnyStep::narrow(RowSet& rows) const {

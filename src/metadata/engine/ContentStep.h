@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -10,22 +12,31 @@
 
 namespace vt {
 
+/// The contents that satisfy a term, once they have been looked for.
+using SharedFind = std::shared_ptr<std::optional<Bitmap>>;
+
 /// A term about what is in files: the catalogue finds all contents that satisfy it, and rows are
 /// kept that have one of them.
 class ContentStep final : public TermStep {
  public:
   using Find = std::function<Bitmap(const IndexedContents& contents)>;
 
-  /// Borrows `contents`.
-  ContentStep(const IndexedContents& contents, Find find)
-      : contents_(contents), find_(std::move(find)) {}
+  /// Borrows `contents`, which knows the first row of the segment as `firstRow`. What was found is
+  /// kept in `found`, which is not nullptr, and taken from there.
+  ContentStep(const IndexedContents& contents, std::size_t firstRow, Find find, SharedFind found)
+      : contents_(contents),
+        firstRow_(firstRow),
+        find_(std::move(find)),
+        found_(std::move(found)) {}
 
   void narrow(RowSet& rows) const override;
   std::uint64_t cost() const override;
 
  private:
   const IndexedContents& contents_;
+  std::size_t firstRow_;
   Find find_;
+  SharedFind found_;
 };
 
 /// A term that rows satisfy which one of several steps keeps.

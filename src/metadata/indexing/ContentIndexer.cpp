@@ -26,10 +26,14 @@ bool hasSeveralNames(int file) {
 }  // namespace
 
 ContentIndexer::ContentIndexer(CatalogueWriter& catalogue, const Extractors& extractors,
-                               const ContentTypes& types, const Segment& segment,
-                               std::vector<ContentNumber>& contents)
-    : catalogue_(catalogue), extractors_(extractors), segment_(segment), contents_(contents) {
-  for (const std::string_view identifier : segment.columns().typeIdentifiers) {
+                               const ContentTypes& types, const SegmentIdentity& segment,
+                               const SegmentColumns& columns, std::vector<ContentNumber>& contents)
+    : catalogue_(catalogue),
+      extractors_(extractors),
+      segment_(segment),
+      columns_(columns),
+      contents_(contents) {
+  for (const std::string_view identifier : columns.typeIdentifiers) {
     types_.push_back(types.find(identifier));
   }
 }
@@ -40,23 +44,21 @@ std::vector<std::uint32_t> ContentIndexer::pendingRows() const {
     if (contents_[row] == kPendingContent) rows.push_back(row);
   }
   // Stable: the newest first in each folder.
-  std::ranges::stable_sort(rows, {},
-                           [&](std::uint32_t row) { return segment_.columns().folderOf(row); });
+  std::ranges::stable_sort(rows, {}, [&](std::uint32_t row) { return columns_.folderOf(row); });
   return rows;
 }
 
 std::string ContentIndexer::pathOf(std::uint32_t folder) const {
-  const SegmentColumns& segment = segment_.columns();
   std::vector<std::uint32_t> steps;
   // A folder comes after its parent, so this ends whatever the numbers are.
   for (std::uint32_t at = folder; at != 0;) {
     steps.push_back(at);
-    const std::uint32_t parent = segment.parents[at];
+    const std::uint32_t parent = columns_.parents[at];
     at = parent < at ? parent : 0;
   }
   std::string path;
   for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
-    path.append("/").append(segment.folderNames[*step]);
+    path.append("/").append(columns_.folderNames[*step]);
   }
   return path.empty() ? "/" : path;
 }
@@ -79,7 +81,7 @@ StoreFailure ContentIndexer::run(Progress progress) {
       if (StoreFailure failure = commit()) return failure;
       committed = now;
     }
-    const std::uint32_t in = segment_.columns().folderOf(row);
+    const std::uint32_t in = columns_.folderOf(row);
     if (in != openFolder) {
       openFolder = in;
       folderPath = pathOf(in);
@@ -93,7 +95,7 @@ StoreFailure ContentIndexer::run(Progress progress) {
 
 StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
                                       std::uint32_t row) {
-  const std::string name(segment_.columns().name(row));
+  const std::string name(columns_.name(row));
   // Before opening, since opening alone can wake whatever is behind a device or a pipe.
   const std::optional<FileStatus> named =
       folder < 0 ? std::nullopt : statusOf(folder, name.c_str());
@@ -121,7 +123,7 @@ StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
 
 StoreFailure ContentIndexer::extract(int file, const FileStatus& status, const std::string& path,
                                      std::uint32_t row) {
-  const std::optional<ContentTypeId> type = types_[segment_.columns().typeOf(row)];
+  const std::optional<ContentTypeId> type = types_[columns_.typeOf(row)];
   Extractor* const extractor = type ? extractors_.forType(*type) : nullptr;
   if (extractor == nullptr) return std::nullopt;  // never so: it is pending, since one takes it
   ContentRecord record;
@@ -143,7 +145,7 @@ StoreFailure ContentIndexer::extract(int file, const FileStatus& status, const s
 }
 
 StoreFailure ContentIndexer::commit() {
-  if (StoreFailure failure = catalogue_.setRows(segment_.identity(), contents_)) return failure;
+  if (StoreFailure failure = catalogue_.setRows(segment_, contents_)) return failure;
   return catalogue_.commit();
 }
 

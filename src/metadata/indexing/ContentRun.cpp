@@ -56,10 +56,13 @@ void ContentRun::fail(StoreError error) {
 }
 
 void ContentRun::announce(const SegmentIdentity& segment, std::span<const std::uint32_t> rows,
-                          const std::optional<SegmentIdentity>& earlier) {
+                          std::span<const SegmentIdentity> earlier) {
   if (!rows_) return;
   contents_ = rows_->contentsOf(rows);
-  StoreFailure failure = catalogue_->setRows(segment, contents_, earlier);
+  std::vector<SegmentIdentity> kept(earlier.begin(), earlier.end());
+  kept.push_back(segment);
+  StoreFailure failure = catalogue_->setRows(segment, contents_);
+  if (!failure) failure = catalogue_->keepRowsOf(kept);
   if (!failure) failure = catalogue_->commit();
   if (failure) fail(*std::move(failure));
 }
@@ -69,7 +72,8 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
   if (!rows_) return {};
   const std::vector<ContentNumber> unseen = rows_->unseen();
   rows_.reset();  // the memory is needed elsewhere
-  ContentIndexer indexer(*catalogue_, extractors_, types, segment, contents_);
+  ContentIndexer indexer(*catalogue_, extractors_, types, segment.identity(), segment.columns(),
+                         contents_);
   StoreFailure failure;
   if (hasSeenAll) failure = catalogue_->remove(unseen);
   if (!failure) failure = indexer.run(progress);

@@ -23,10 +23,10 @@ class ContentRun {
   /// To be told of each entry of the crawl; nullptr after an error.
   RowContents* rows() { return rows_ ? &*rows_ : nullptr; }
 
-  /// Says which contents the rows of the new segment have, as far as that is known. `earlier` is
-  /// the segment that it takes the place of.
+  /// Says which contents the rows of the new segment have, as far as that is known. `earlier` are
+  /// the segments that it takes the place of.
   void announce(const SegmentIdentity& segment, std::span<const std::uint32_t> rows,
-                const std::optional<SegmentIdentity>& earlier);
+                std::span<const SegmentIdentity> earlier);
 
   /// Looks into the files of the segment, which is in force now. With `hasSeenAll` the crawl has
   /// missed nothing: contents that no file has any more are forgotten.

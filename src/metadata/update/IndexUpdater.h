@@ -23,6 +23,8 @@ struct UpdateReport {
   bool hasMerged = false;           ///< all is in one segment again
   std::chrono::duration<double> time{};     ///< of the whole, merging included
   std::chrono::duration<double> merging{};  ///< of that
+  /// Why all could not be merged; the generation is in force all the same.
+  std::optional<StoreError> mergeError;
   /// Why files are not looked into any more; names are found all the same.
   std::optional<StoreError> contentError;
 };
@@ -37,6 +39,8 @@ class IndexUpdater {
     std::chrono::microseconds coarsestTick = std::chrono::seconds(2);
     /// All is merged when changed and gone files together are more than so many of a thousand.
     std::uint32_t mostChangedPerMille = 20;
+    /// But not when there are no more than these, which take no time worth speaking of.
+    std::uint32_t leastChanged = 1000;
   };
 
   /// Borrows all for its life. Without `extractors` no file is looked into. Reads nothing yet.
@@ -63,6 +67,13 @@ class IndexUpdater {
 
  private:
   class State;
+
+  /// Reads the generation in force, unless it is known.
+  std::optional<StoreError> load();
+  std::optional<StoreError> take(IndexGeneration generation);
+  std::optional<StoreError> publish(State& state, Date vouched);
+  bool isWorthMerging() const;
+  std::optional<StoreError> merge();
 
   const IndexFolder& folder_;
   const IndexLock& lock_;

@@ -120,12 +120,14 @@ TEST_F(Catalogue, SaysWhichContentEachRowHasForTwoSegmentsAtMost) {
   const SegmentIdentity segments[] = {{1, 0xF000000000000001}, {1, 2}, {1, 3}};
   const std::vector<ContentNumber> rows = {5, kWithoutContent, kPendingContent};
   throwIf(writer_->setRows(segments[0], rows));
-  throwIf(writer_->setRows(segments[1], rows, segments[0]));
+  throwIf(writer_->setRows(segments[1], rows));
+  throwIf(writer_->keepRowsOf(std::span(segments).first(2)));
   throwIf(writer_->commit());
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[0], 3)), rows);
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[1], 3)), rows);
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[1], 4)), std::nullopt);
-  throwIf(writer_->setRows(segments[2], rows, segments[1]));
+  throwIf(writer_->setRows(segments[2], rows));
+  throwIf(writer_->keepRowsOf(std::span(segments).last(2)));
   throwIf(writer_->commit());
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[0], 3)), std::nullopt);
 }
