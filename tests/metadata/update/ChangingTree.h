@@ -117,13 +117,15 @@ class ChangingTree {
       case 0:
       case 1: {
         const Path path = newPath();
-        if (isFolder(path)) return;
+        if (isFolder(path) || std::filesystem::is_symlink(path)) return;
         nameLinks(path);
         std::ofstream(path) << "budget " << random_();
         return;
       }
       case 2: {
-        const Path path = newPath() / "deep" / "deeper";
+        const Path top = newPath();
+        if (std::filesystem::is_symlink(top)) return;  // what is behind it has another path
+        const Path path = top / "deep" / "deeper";
         std::filesystem::create_directories(path, ignored);
         for (const Path& made : {path.parent_path().parent_path(), path.parent_path(), path}) {
           name(made);
@@ -161,6 +163,7 @@ class ChangingTree {
         if (pick(2) == 0) return;
         // The next folder mostly has the inode number of the one that has just gone.
         const Path again = pick(2) == 0 ? folder : newPath();
+        if (std::filesystem::is_symlink(again)) return;
         name(again);
         std::filesystem::create_directories(again / "again", ignored);
         name(again / "again");
