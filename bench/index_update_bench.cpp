@@ -117,6 +117,7 @@ int run(const Corpus& corpus) {
     renamed.apply({{from, to}, {}, {}});
   }
   std::filesystem::rename(files.path("renamed"), files.path("big"));
+  renamed.apply({{files.path("renamed"), files.path("big")}, {}, {}});
 
   options.leastChanged = 0;
   options.mostChangedPerMille = 0;
@@ -126,7 +127,7 @@ int run(const Corpus& corpus) {
   double longest = 0;
   for (int round = 0; round < kRounds; ++round) {
     const auto report = merging.apply(files.change(round * kChangedFiles, kChangedFiles)).value();
-    if (report.mergeError) throw std::runtime_error(report.mergeError->reason);
+    if (!report.hasMerged) throw std::runtime_error("nothing was merged");
     merged = std::min(merged, report.merging.count());
     longest = std::max(longest, report.time.count());
   }

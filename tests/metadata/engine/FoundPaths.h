@@ -1,7 +1,9 @@
 #pragma once
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <stdexcept>
@@ -16,10 +18,20 @@
 #include "metadata/live/LiveSearch.h"
 #include "metadata/live/SearchScopes.h"
 #include "metadata/live/ShippedSchema.h"
+#include "metadata/query/QueryParser.h"
 #include "metadata/store/IndexFolder.h"
 #include "metadata/types/ShippedTypes.h"
 
 namespace vt {
+
+/// The first line that differs, of both; "" when none does.
+inline std::string firstDifference(const std::vector<std::string>& some,
+                                   const std::vector<std::string>& others) {
+  const auto [one, other] = std::ranges::mismatch(some, others);
+  if (one == some.end() && other == others.end()) return "";
+  return fmt::format("updated: {}\nfresh:   {}", one == some.end() ? "" : *one,
+                     other == others.end() ? "" : *other);
+}
 
 /// The paths that a query finds, in order: by a walk of the files, and by an index.
 class FoundPaths : public testing::Test {
@@ -62,6 +74,33 @@ class FoundPaths : public testing::Test {
       paths.push_back(*path.get<std::string>());
     }
     return paths;
+  }
+
+  /// All that an index tells of all files, in order: a line for each.
+  std::vector<std::string> allIn(const std::string& indexFolder, const std::string& root) const {
+    const auto open = indexIn(indexFolder);
+    const auto query = query::parseQuery("kMDItemFSName == \"*\"", schema_);
+    const AccessJudge judge(Credentials(0, 0, {}));
+    const IndexHits hits(open, nullptr, tables_,
+                         {{indexedFolderAt(open->folders(), root).value(), root, root}}, judge,
+                         *query, schema_, context_);
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+      const std::size_t row = hits.rowAt(i);
+      const FileStatus s = hits.files().status(row);
+      Value path;
+      Value count;
+      hits.files().tell(LiveAttribute::kPath, row, path);
+      const bool isFolder = hits.files().tell(LiveAttribute::kEntryCount, row, count);
+      lines.push_back(fmt::format(
+          "{} type {} mode {:o} owner {}:{} size {}/{} times {} {} {} {} entries {}",
+          *path.get<std::string>(), hits.files().type(row), s.ownership.mode, s.ownership.uid,
+          s.ownership.gid, s.sizeInBytes, s.allocatedBytes, s.modified.time_since_epoch().count(),
+          s.accessed.time_since_epoch().count(), s.attributesChanged.time_since_epoch().count(),
+          s.created ? s.created->time_since_epoch().count() : -1,
+          isFolder ? *count.get<std::uint64_t>() : 0));
+    }
+    return lines;
   }
 
   const ContentTypes types_ = shippedTypes();

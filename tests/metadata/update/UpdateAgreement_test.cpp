@@ -37,43 +37,7 @@ std::size_t wantedRounds() {
   return wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : kRounds;
 }
 
-std::string firstDifference(const std::vector<std::string>& some,
-                            const std::vector<std::string>& others) {
-  const auto [one, other] = std::ranges::mismatch(some, others);
-  if (one == some.end() && other == others.end()) return "";
-  return fmt::format("updated: {}\nfresh:   {}", one == some.end() ? "" : *one,
-                     other == others.end() ? "" : *other);
-}
-
-class UpdateAgreement : public FoundPaths {
- protected:
-  /// All that an index tells of all files, in order: a line for each.
-  std::vector<std::string> allIn(const std::string& indexFolder, const std::string& root) const {
-    const auto open = indexIn(indexFolder);
-    const auto query = query::parseQuery("kMDItemFSName == \"*\"", schema_);
-    const AccessJudge judge(Credentials(0, 0, {}));
-    const IndexHits hits(open, nullptr, tables_,
-                         {{indexedFolderAt(open->folders(), root).value(), root, root}}, judge,
-                         *query, schema_, context_);
-    std::vector<std::string> lines;
-    for (std::size_t i = 0; i < hits.size(); ++i) {
-      const std::size_t row = hits.rowAt(i);
-      const FileStatus s = hits.files().status(row);
-      Value path;
-      Value count;
-      hits.files().tell(LiveAttribute::kPath, row, path);
-      const bool isFolder = hits.files().tell(LiveAttribute::kEntryCount, row, count);
-      lines.push_back(fmt::format(
-          "{} type {} mode {:o} owner {}:{} size {}/{} times {} {} {} {} entries {}",
-          *path.get<std::string>(), hits.files().type(row), s.ownership.mode, s.ownership.uid,
-          s.ownership.gid, s.sizeInBytes, s.allocatedBytes, s.modified.time_since_epoch().count(),
-          s.accessed.time_since_epoch().count(), s.attributesChanged.time_since_epoch().count(),
-          s.created ? s.created->time_since_epoch().count() : -1,
-          isFolder ? *count.get<std::uint64_t>() : 0));
-    }
-    return lines;
-  }
-};
+class UpdateAgreement : public FoundPaths {};
 
 TEST_F(UpdateAgreement, IsCompleteWithACrawlAndAWalkAfterRandomChanges) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root may give files away";
