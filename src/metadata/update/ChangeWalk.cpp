@@ -41,6 +41,20 @@ ChangeWalk::ChangeWalk(KnownIndex& index, const ContentTypes& types,
       seesAll_(::geteuid() == 0) {}
 
 void ChangeWalk::run(const FileChanges& changes) {
+  lookAround(changes);
+  // What led nowhere may be in a folder that was moved twice, by the name that it had meanwhile.
+  const bool mayBeElsewhere =
+      !moved_.empty() && std::ranges::any_of(changes.entries, [this](const std::string& path) {
+        return !found_.contains(path) && isBelowCovered(path);
+      });
+  if (mayBeElsewhere) {
+    for (const std::uint32_t folder : moved_) list(folder, Trust::kNone);
+    lookAround(changes);
+  }
+  removeDetached();
+}
+
+void ChangeWalk::lookAround(const FileChanges& changes) {
   // Once more after each look, since folders may have come to paths that led nowhere before.
   for (takePaths(changes); !queue_.empty(); takePaths(changes)) {
     while (!queue_.empty()) {
@@ -48,7 +62,16 @@ void ChangeWalk::run(const FileChanges& changes) {
       work(folder);
     }
   }
-  removeDetached();
+}
+
+bool ChangeWalk::isBelowCovered(std::string_view path) const {
+  if (!isPath(path)) return false;
+  while (path.size() > 1) {
+    path = splitPath(path).first;
+    const std::uint32_t folder = index_.folders.at(path);
+    if (folder != kNoFolder) return index_.folders.isCovered(folder);
+  }
+  return false;
 }
 
 void ChangeWalk::takePaths(const FileChanges& changes) {
@@ -68,6 +91,7 @@ void ChangeWalk::takeEntry(const std::string& path) {
   const auto [above, name] = splitPath(path);
   const std::uint32_t folder = folders.at(above);
   if (folder == kNoFolder || name.empty() || !folders.isCovered(folder)) return;
+  found_.insert(path);
   lookAt(folder, std::string(name));
   lookAtFolderItself(folder);
 }
@@ -314,6 +338,7 @@ void ChangeWalk::moveHere(std::uint32_t moved, std::uint32_t folder, const Crawl
   index_.folders.detach(moved);
   detached_.erase(moved);
   if (before != kNoFolder) lookAtFolderItself(before);
+  moved_.push_back(moved);
   index_.folders.attach(moved, folder, entry.name);
   index_.add(folder, entry, moved);
   for (const std::uint32_t waiting : waiting_) enqueue(waiting);

@@ -48,6 +48,9 @@ class ChangeWalk {
     std::optional<Trust> listing;  // the whole is to be listed
   };
 
+  void lookAround(const FileChanges& changes);
+  /// Whether the nearest folder above that is known is an indexed one.
+  bool isBelowCovered(std::string_view path) const;
   void takePaths(const FileChanges& changes);
   void takeEntry(const std::string& path);
   void takeFolder(const std::string& path, Trust trust);
@@ -86,6 +89,8 @@ class ChangeWalk {
   std::unordered_map<std::uint32_t, Trust> listed_;                          // folders, and how
   std::unordered_map<std::uint32_t, std::unordered_set<std::string>> seen_;  // entries, by folder
   std::unordered_set<std::uint32_t> detached_;
+  std::vector<std::uint32_t> moved_;
+  std::unordered_set<std::string> found_;       // paths of entries in folders that are known
   std::unordered_set<std::uint32_t> notFound_;  // folders that were not at their places once
 };
 

@@ -111,6 +111,21 @@ TEST_F(IndexUpdaterTest, FindsAChangeByThePathOfBeforeAMove) {
   EXPECT_THAT(found("kMDItemFSSize == 7"), ElementsAre("to/deep/file.txt"));
 }
 
+TEST_F(IndexUpdaterTest, FindsAChangeByThePathBetweenTwoMoves) {
+  tree_.file("from/deep/deeper/file.txt");
+  index_.run({tree_.path()});
+  std::filesystem::rename(at("from"), at("between"));
+  std::ofstream(at("between/deep/deeper/file.txt")) << "changed";
+  std::filesystem::rename(at("between"), at("to"));
+  IndexUpdater::Options options;
+  options.coarsestTick = std::chrono::microseconds(0);  // or all is too new to be believed
+  IndexUpdater updater(index_.folder(), index_.lock(), types_, &extractors_, options);
+  valueOrThrow(updater.apply(
+      {{at("from"), at("between"), at("between/deep/deeper/file.txt"), at("to")}, {}, {}}));
+  valueOrThrow(updater.lookIntoFiles([](const ContentCounts&) { return true; }));
+  EXPECT_THAT(found("kMDItemFSSize == 7"), ElementsAre("to/deep/deeper/file.txt"));
+}
+
 TEST_F(IndexUpdaterTest, TakesFoldersThatHaveChangedPlaces) {
   tree_.file("a/one.txt");
   tree_.file("b/two.txt");
