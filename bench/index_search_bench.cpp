@@ -131,14 +131,14 @@ void nameAndTypeAndDate(benchmark::State& state, const Corpus& corpus) {
 }
 
 std::shared_ptr<const OpenIndex> openCorpus(const Corpus& corpus) {
-  return openIndex(IndexFolder::open(corpus.indexFolder()).value().current().value().segment,
+  return openIndex(IndexFolder::open(corpus.indexFolder()).value().current().value(),
                    *contentTypesIn(Platform::current().resources()));
 }
 
 /// What judging takes of the search of the common word on behalf of a user.
 void access(benchmark::State& state, const Corpus& corpus) {
   const std::shared_ptr<const OpenIndex> index = openCorpus(corpus);
-  const SegmentColumns& segment = index->segment;
+  const SegmentColumns& segment = index->columns.base;
   const auto user = VTUser::userWithName(kUser);
   const auto gid = static_cast<std::uint32_t>(user->gid());
   const AccessJudge judge(Credentials(static_cast<std::uint32_t>(user->uid()), gid,
@@ -209,8 +209,8 @@ int run(int argc, char** argv) {
   corpus.makeGuardedDatabase();
   const PlatformScope scope(linuxPlatform(readEnvironment().value()));
   const std::shared_ptr<const OpenIndex> index = openCorpus(corpus);
-  fmt::print("{} files in {} folders, {} access classes\n", index->segment.rowCount(),
-             index->segment.folderCount(), index->segment.classes.size());
+  fmt::print("{} files in {} folders, {} access classes\n", index->columns.base.rowCount(),
+             index->columns.base.folderCount(), index->columns.base.classes.size());
   bool isReached = printFigure("MemoryOfReader", mebibytesOfReader(corpus), "MiB", 40);
   const auto add = [&](const char* name, void (*measure)(benchmark::State&, const Corpus&)) {
     benchmark::RegisterBenchmark(

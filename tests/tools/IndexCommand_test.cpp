@@ -2,8 +2,14 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <chrono>
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
 
+#include "metadata/types/ShippedTypes.h"
+#include "metadata/update/IndexUpdater.h"
 #include "support/RunningProgram.h"
 #include "tools/CommandTest.h"
 
@@ -50,6 +56,36 @@ TEST_F(IndexCommand, MakesTheIndexThatSearchesAreAnsweredFrom) {
   EXPECT_EQ(found.exitCode, 0);
   EXPECT_EQ(found.errors, "");
   EXPECT_THAT(found.output, HasSubstr("a.dat"));
+}
+
+TEST_F(IndexCommand, TellsOfWhatWasUpdatedSinceACrawl) {
+  addFile("goes.pdf");
+  addFile("stays.pdf");
+  ASSERT_EQ(index({"--once", "--names-only", tree_.path()}).exitCode, 0);
+  std::filesystem::remove(tree_ / "goes.pdf");
+  addFile("came.pdf");
+  {
+    const ContentTypes types = shippedTypes();
+    const IndexFolder folder = IndexFolder::open(indexFolder()).value();
+    const IndexLock lock = folder.lock().value();
+    IndexUpdater updater(folder, lock, types);
+    const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+    const std::vector<std::string> entries = {tree_ / "goes.pdf", tree_ / "came.pdf"};
+    ASSERT_TRUE(updater.apply({entries, {}, {}}, now));
+  }
+  const json told = status();
+  EXPECT_EQ(told["files"], 2);
+  EXPECT_EQ(told["baseRows"], 2);
+  EXPECT_EQ(told["deadRows"], 1);
+  EXPECT_EQ(told["deltaRows"], 1);
+  EXPECT_GT(told["vouched"], told["began"]);
+  EXPECT_THAT(index({"--status"}).output,
+              HasSubstr("2 in the base, 1 of them dead, and 1 in the delta"));
+  EXPECT_THAT(index({"--verify"}).output, HasSubstr("generation 2 is sound: 2 files"));
+  EXPECT_EQ(find("goes.pdf").exitCode, 1);
+  const ProgramResult found = find("came.pdf");
+  EXPECT_EQ(found.exitCode, 0);
+  EXPECT_EQ(found.errors, "") << "it was walked";
 }
 
 TEST_F(IndexCommand, LetsSearchesWalkWhatItDoesNotHold) {

@@ -1,7 +1,11 @@
 #include "vistaro/ContentState.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <utility>
+
+#include "metadata/store/GenerationColumns.h"
 
 namespace vt::tool {
 namespace {
@@ -17,11 +21,16 @@ StoreFailure look(const std::string& indexFolder, const IndexGeneration& generat
   if (StoreFailure failure = catalogue.lookAnew()) return failure;
   const auto counts = catalogue.counts();
   if (!counts) return counts.error();
-  const Segment& segment = *generation.segment;
-  const auto rows = catalogue.rowsOf(segment.identity(), segment.columns().rowCount());
-  if (!rows) return rows.error();
-  if (*rows) {
-    state.pending = static_cast<std::uint64_t>(std::ranges::count(**rows, kPendingContent));
+  const Bitmap dead = columnsOf(generation).dead;
+  for (const std::shared_ptr<const Segment>& segment : {generation.segment, generation.delta}) {
+    if (!segment) continue;
+    auto rows = catalogue.rowsOf(segment->identity(), segment->columns().rowCount());
+    if (!rows) return rows.error();
+    if (!*rows) continue;
+    if (segment == generation.segment) {
+      dead.forEach([&](std::size_t row) { (**rows)[row] = kWithoutContent; });
+    }
+    state.pending += static_cast<std::uint64_t>(std::ranges::count(**rows, kPendingContent));
   }
   auto failures = catalogue.failures(kFailuresTold);
   if (!failures) return failures.error();

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <nlohmann/json.hpp>
 
@@ -9,8 +10,9 @@
 #include "metadata/catalogue/CatalogueReader.h"
 #include "metadata/catalogue/CatalogueWriter.h"
 #include "metadata/indexing/ContentsVerifier.h"
+#include "metadata/store/GenerationColumns.h"
+#include "metadata/store/GenerationVerifier.h"
 #include "metadata/store/IndexFolder.h"
-#include "metadata/store/SegmentVerifier.h"
 #include "vistaro/CommandError.h"
 #include "vistaro/ContentState.h"
 #include "vistaro/IndexState.h"
@@ -23,10 +25,24 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+std::uint64_t bytesOf(const IndexGeneration& generation) {
+  return generation.segment->identity().bytes +
+         (generation.delta ? generation.delta->identity().bytes : 0);
+}
+
 double bytesPerFile(const IndexGeneration& generation) {
-  const std::size_t rows = generation.segment->columns().rowCount();
-  const auto bytes = static_cast<double>(generation.segment->identity().bytes);
-  return rows == 0 ? 0 : bytes / static_cast<double>(rows);
+  const std::size_t entries = columnsOf(generation).entryCount();
+  return entries == 0 ? 0 : static_cast<double>(bytesOf(generation)) / static_cast<double>(entries);
+}
+
+/// Folders that are entries of others, as roots are not.
+std::size_t folderCountOf(const GenerationColumns& columns) {
+  const auto isDead = [&](std::uint32_t folder) {
+    return columns.dead.contains(columns.base.folderRows[folder]);
+  };
+  const auto& ofBase = columns.base.foldersByRow;
+  return ofBase.size() - static_cast<std::size_t>(std::ranges::count_if(ofBase, isDead)) +
+         columns.delta.foldersByRow.size();
 }
 
 void printContents(const ContentState& state, Json& report) {
@@ -56,16 +72,20 @@ void printAsJson(const IndexState& state, const std::string& indexFolder) {
   if (state.error) report["error"] = displayText(state.error->reason);
   if (state.generation) {
     const Manifest& manifest = state.generation->manifest;
-    const SegmentColumns& segment = state.generation->segment->columns();
+    const GenerationColumns columns = columnsOf(*state.generation);
     report["generation"] = manifest.generation;
     report["roots"] = Json::array();
     for (const std::string& root : manifest.roots) report["roots"].push_back(displayText(root));
-    report["files"] = segment.rowCount();
-    report["folders"] = segment.foldersByRow.size();
-    report["accessClasses"] = segment.classes.size();
-    report["bytes"] = state.generation->segment->identity().bytes;
+    report["files"] = columns.entryCount();
+    report["folders"] = folderCountOf(columns);
+    report["accessClasses"] = columns.base.classes.size();
+    report["baseRows"] = columns.base.rowCount();
+    report["deadRows"] = columns.deadCount;
+    report["deltaRows"] = columns.delta.rowCount();
+    report["bytes"] = bytesOf(*state.generation);
     report["began"] = instantText(manifest.began);
     report["ended"] = instantText(manifest.ended);
+    report["vouched"] = instantText(manifest.vouched);
     printContents(contentStateOf(indexFolder, *state.generation), report);
     report["crawlSeconds"] = std::chrono::duration<double>(manifest.duration).count();
     report["ageSeconds"] = std::chrono::duration<double>(*state.age).count();
@@ -99,29 +119,37 @@ void printAsText(const IndexState& state, const std::string& indexFolder) {
     show("State", fmt::format("{}: {}", wordFor(state), printable(state.error->reason)));
   } else {
     const Manifest& manifest = state.generation->manifest;
-    const SegmentColumns& segment = state.generation->segment->columns();
+    const GenerationColumns columns = columnsOf(*state.generation);
     show("State", wordFor(state));
     show("Generation", fmt::format("{}", manifest.generation));
     for (const std::string& root : manifest.roots) show("Holds", printable(root));
-    show("Files", fmt::format("{} in {} folders, {} access classes", segment.rowCount(),
-                              segment.foldersByRow.size(), segment.classes.size()));
-    show("Size",
-         fmt::format("{} bytes, {:.1f} for each file", state.generation->segment->identity().bytes,
-                     bytesPerFile(*state.generation)));
+    show("Files", fmt::format("{} in {} folders, {} access classes", columns.entryCount(),
+                              folderCountOf(columns), columns.base.classes.size()));
+    if (state.generation->delta) {
+      show("Rows",
+           fmt::format("{} in the base, {} of them dead, and {} in the delta",
+                       columns.base.rowCount(), columns.deadCount, columns.delta.rowCount()));
+    }
+    show("Size", fmt::format("{} bytes, {:.1f} for each file", bytesOf(*state.generation),
+                             bytesPerFile(*state.generation)));
     showContents(contentStateOf(indexFolder, *state.generation));
     show("Crawl", fmt::format("began {}, took {:.2f} s", localTimeText(manifest.began),
                               std::chrono::duration<double>(manifest.duration).count()));
+    if (manifest.vouched > manifest.began) {
+      show("Watched",
+           fmt::format("nothing is missing from before {}", localTimeText(manifest.vouched)));
+    }
   }
   if (state.watcher) showWatch(*state.watcher, *state.age);
   show("Indexer", state.lock ? printable(state.lock->reason) : "not running");
 }
 
 /// Prints how the catalogue and the segment agree. Throws CommandError when they do not.
-void verifyCatalogue(const IndexFolder& folder, const Segment& segment) {
+void verifyCatalogue(const IndexFolder& folder, const IndexGeneration& generation) {
   const auto catalogue = CatalogueReader::open(folder.path());
   if (!catalogue && catalogue.error().kind == StoreError::Kind::kMissing) return;
   if (!catalogue) throw CommandError{kFailure, printable(catalogue.error().reason)};
-  const Result<ContentsVerdict, StoreError> verdict = verifyContents(segment, **catalogue);
+  const Result<ContentsVerdict, StoreError> verdict = verifyContents(generation, **catalogue);
   if (!verdict) throw CommandError{kFailure, printable(verdict.error().reason)};
   (*catalogue)->lookAway();
   // The text index can only be looked through by who may write.
@@ -155,13 +183,12 @@ int verifyIndex(const std::string& indexFolder) {
   if (!folder) throw CommandError{kFailure, printable(folder.error().reason)};
   const Result<IndexGeneration, StoreError> generation = folder->current();
   if (!generation) throw CommandError{kFailure, printable(generation.error().reason)};
-  const Segment& segment = *generation->segment;
-  if (const std::optional<StoreError> damage = verifySegment(segment)) {
+  if (const std::optional<StoreError> damage = verifyGeneration(*generation)) {
     throw CommandError{kFailure, printable(damage->reason)};
   }
-  fmt::print("generation {} is sound: {} files, {} bytes\n", segment.generation(),
-             segment.columns().rowCount(), segment.identity().bytes);
-  verifyCatalogue(*folder, segment);
+  fmt::print("generation {} is sound: {} files, {} bytes\n", generation->manifest.generation,
+             columnsOf(*generation).entryCount(), bytesOf(*generation));
+  verifyCatalogue(*folder, *generation);
   return kFound;
 }
 

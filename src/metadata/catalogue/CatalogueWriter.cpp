@@ -1,5 +1,6 @@
 #include "metadata/catalogue/CatalogueWriter.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "metadata/catalogue/AttributeBytes.h"
@@ -16,8 +17,27 @@ constexpr std::int64_t kManyForgotten = 20'000;
 /// All bits of a number, since the database knows signed ones alone.
 std::int64_t bitsOf(std::uint64_t number) { return static_cast<std::int64_t>(number); }
 
+constexpr std::size_t kMostSegmentsKept = 4;
+
 /// What rows are kept under: the number of a generation may come again once an index was removed.
 std::int64_t rowsKeyOf(const SegmentIdentity& segment) { return bitsOf(segment.headChecksum); }
+
+/// The record that the statement is at.
+ContentRecord recordIn(const Statement& found) {
+  ContentRecord record;
+  record.number = static_cast<ContentNumber>(found.number(0));
+  record.identity = {static_cast<std::uint64_t>(found.number(1)),
+                     static_cast<std::uint64_t>(found.number(2))};
+  record.version = {found.number(3), static_cast<std::uint64_t>(found.number(4)), found.number(9)};
+  record.extractor = found.bytes(5);
+  record.extractorVersion = static_cast<std::uint32_t>(found.number(6));
+  record.hasText = found.number(7) != 0;
+  if (!found.isNull(8)) {
+    record.failure.emplace();
+    record.failure->kind = static_cast<ExtractionFailure::Kind>(found.number(8));
+  }
+  return record;
+}
 
 }  // namespace
 
@@ -36,6 +56,9 @@ Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
       {&statements.forget, "DELETE FROM content WHERE number = ?"},
       {&statements.forgetAttributes, "DELETE FROM attribute WHERE content = ?"},
       {&statements.findFile, "SELECT number FROM content WHERE device = ? AND inode = ?"},
+      {&statements.findRecord,
+       "SELECT number, device, inode, modified, size, extractor, extractor_version, has_text, "
+       "failure, attributes_changed FROM content WHERE device = ? AND inode = ?"},
       {&statements.add,
        "INSERT INTO content(device, inode, modified, size, extractor, extractor_version, has_text, "
        "failure, reason, path, attributes_changed) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"},
@@ -43,7 +66,7 @@ Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
       {&statements.findName, "SELECT id FROM attribute_name WHERE name = ?"},
       {&statements.addAttribute, "INSERT INTO attribute(name, content, value) VALUES(?, ?, ?)"},
       {&statements.setRows, "INSERT OR REPLACE INTO segment_rows(segment, contents) VALUES(?, ?)"},
-      {&statements.forgetRows, "DELETE FROM segment_rows WHERE segment NOT IN (?, ?)"},
+      {&statements.forgetRows, "DELETE FROM segment_rows WHERE segment NOT IN (?, ?, ?, ?)"},
       {&statements.setAttributesChanged,
        "UPDATE content SET attributes_changed = ? WHERE number = ?"},
       {&statements.forgetAttribute,
@@ -79,22 +102,18 @@ StoreFailure CatalogueWriter::commit() {
 
 StoreFailure CatalogueWriter::forEach(FunctionRef<void(const ContentRecord&)> visit) {
   Statement& all = statements_.all.restart();
-  while (all.next()) {
-    ContentRecord record;
-    record.number = static_cast<ContentNumber>(all.number(0));
-    record.identity = {static_cast<std::uint64_t>(all.number(1)),
-                       static_cast<std::uint64_t>(all.number(2))};
-    record.version = {all.number(3), static_cast<std::uint64_t>(all.number(4)), all.number(9)};
-    record.extractor = all.bytes(5);
-    record.extractorVersion = static_cast<std::uint32_t>(all.number(6));
-    record.hasText = all.number(7) != 0;
-    if (!all.isNull(8)) {
-      record.failure.emplace();
-      record.failure->kind = static_cast<ExtractionFailure::Kind>(all.number(8));
-    }
-    visit(record);
-  }
+  while (all.next()) visit(recordIn(all));
   return all.finish();
+}
+
+Result<std::optional<ContentRecord>, StoreError> CatalogueWriter::find(
+    const ContentIdentity& identity) {
+  Statement& find = statements_.findRecord.restart();
+  find.bind(1, bitsOf(identity.device)).bind(2, bitsOf(identity.inode));
+  std::optional<ContentRecord> found;
+  if (find.next()) found = recordIn(find);
+  if (StoreFailure failure = find.finish()) return *std::move(failure);
+  return found;
 }
 
 StoreFailure CatalogueWriter::forgetOne(ContentNumber number) {
@@ -199,18 +218,26 @@ StoreFailure CatalogueWriter::setExtendedAttributes(
   return addAttributes(number, attributes);
 }
 
-Result<bool, StoreError> CatalogueWriter::hasSeenAttributesOf(const SegmentIdentity& segment) {
-  Statement& asked = statements_.isSeen.restart();
-  asked.bind(1, rowsKeyOf(segment));
-  const bool isSeen = asked.next();
-  if (StoreFailure failure = asked.finish()) return *std::move(failure);
-  return isSeen;
+Result<bool, StoreError> CatalogueWriter::hasSeenAttributesOf(
+    std::span<const SegmentIdentity> segments) {
+  bool areSeen = !segments.empty();
+  for (const SegmentIdentity& segment : segments) {
+    Statement& asked = statements_.isSeen.restart();
+    areSeen = asked.bind(1, rowsKeyOf(segment)).next() && areSeen;
+    if (StoreFailure failure = asked.finish()) return *std::move(failure);
+  }
+  return areSeen;
 }
 
-StoreFailure CatalogueWriter::setSeenAttributesOf(const SegmentIdentity& segment) {
+StoreFailure CatalogueWriter::setSeenAttributesOf(std::span<const SegmentIdentity> segments) {
   if (StoreFailure failure = begin()) return failure;
   if (StoreFailure failure = statements_.forgetSeen.restart().run()) return failure;
-  return statements_.setSeen.restart().bind(1, rowsKeyOf(segment)).run();
+  for (const SegmentIdentity& segment : segments) {
+    if (StoreFailure failure = statements_.setSeen.restart().bind(1, rowsKeyOf(segment)).run()) {
+      return failure;
+    }
+  }
+  return std::nullopt;
 }
 
 StoreFailure CatalogueWriter::remove(std::span<const ContentNumber> numbers) {
@@ -223,17 +250,22 @@ StoreFailure CatalogueWriter::remove(std::span<const ContentNumber> numbers) {
 }
 
 StoreFailure CatalogueWriter::setRows(const SegmentIdentity& segment,
-                                      std::span<const ContentNumber> contents,
-                                      const std::optional<SegmentIdentity>& earlier) {
+                                      std::span<const ContentNumber> contents) {
   if (StoreFailure failure = begin()) return failure;
   const std::int64_t key = rowsKeyOf(segment);
   const std::string_view bytes(reinterpret_cast<const char*>(contents.data()),
                                contents.size_bytes());
-  if (StoreFailure failure = statements_.setRows.restart().bind(1, key).bindBytes(2, bytes).run()) {
-    return failure;
+  return statements_.setRows.restart().bind(1, key).bindBytes(2, bytes).run();
+}
+
+StoreFailure CatalogueWriter::keepRowsOf(std::span<const SegmentIdentity> segments) {
+  if (segments.empty()) return std::nullopt;
+  if (StoreFailure failure = begin()) return failure;
+  Statement& forget = statements_.forgetRows.restart();
+  for (std::size_t at = 0; at < kMostSegmentsKept; ++at) {
+    forget.bind(static_cast<int>(at + 1), rowsKeyOf(segments[std::min(at, segments.size() - 1)]));
   }
-  if (!earlier) return std::nullopt;
-  return statements_.forgetRows.restart().bind(1, key).bind(2, rowsKeyOf(*earlier)).run();
+  return forget.run();
 }
 
 Result<bool, StoreError> CatalogueWriter::isMostlyForgotten() {

@@ -40,18 +40,23 @@ class CatalogueWriter {
   StoreFailure setExtendedAttributes(ContentNumber number, std::int64_t attributesChanged,
                                      const std::map<std::string, Value>& attributes);
 
-  /// Whether the extended attributes of all files of the segment were looked at.
-  Result<bool, StoreError> hasSeenAttributesOf(const SegmentIdentity& segment);
-  /// Says so of this segment alone.
-  StoreFailure setSeenAttributesOf(const SegmentIdentity& segment);
+  /// Whether the extended attributes of all files of the segments were looked at; false without
+  /// segments.
+  Result<bool, StoreError> hasSeenAttributesOf(std::span<const SegmentIdentity> segments);
+  /// Says so of these segments alone.
+  StoreFailure setSeenAttributesOf(std::span<const SegmentIdentity> segments);
 
   /// Forgets contents whose files are gone.
   StoreFailure remove(std::span<const ContentNumber> numbers);
 
-  /// Says which content each row of a segment has. With `earlier`, the one that readers may still
-  /// have open, it forgets what was said of all others.
-  StoreFailure setRows(const SegmentIdentity& segment, std::span<const ContentNumber> contents,
-                       const std::optional<SegmentIdentity>& earlier = std::nullopt);
+  /// What is known of a file, without reason and path of a failure; nothing when nobody looked.
+  Result<std::optional<ContentRecord>, StoreError> find(const ContentIdentity& identity);
+
+  /// Says which content each row of a segment has.
+  StoreFailure setRows(const SegmentIdentity& segment, std::span<const ContentNumber> contents);
+  /// Forgets what was said of the rows of all segments but these, which are those of the index and
+  /// what readers may still have open: four at most.
+  StoreFailure keepRowsOf(std::span<const SegmentIdentity> segments);
 
   StoreFailure commit();
 
@@ -70,6 +75,7 @@ class CatalogueWriter {
     Statement forget;
     Statement forgetAttributes;
     Statement findFile;
+    Statement findRecord;
     Statement add;
     Statement addName;
     Statement findName;

@@ -50,6 +50,11 @@ FolderScanner::Outcome FolderScanner::scan(const PendingFolder& pending, Take ta
   return outcome;
 }
 
+bool FolderScanner::look(int folder, const std::string& name, Take take) {
+  batch_.clear();
+  return add(folder, name.c_str(), nullptr) && flush(take);
+}
+
 bool FolderScanner::mayEnter(const PendingFolder& pending) {
   const Descriptor folder = opener_.find(pending.path);
   return folder.isOpen() && fileSystems_.holdsFiles(pending.device, folder.get());

@@ -37,6 +37,9 @@ class FolderScanner {
   /// by now, cannot be listed, or is where a file system of the kernel's own is mounted.
   Outcome scan(const PendingFolder& pending, Take take);
 
+  /// Hands the entry `name` of the open folder `folder` to `take`; false when there is none.
+  bool look(int folder, const std::string& name, Take take);
+
  private:
   bool mayEnter(const PendingFolder& pending);
   bool list(int folder, CrawledFolderId before, Take take);

@@ -15,19 +15,21 @@ std::uint64_t ContentStep::cost() const { return kFindingCost; }
 
 void ContentStep::narrow(RowSet& rows) const {
   if (rows.isEmpty()) return;
-  const Bitmap found = find_(contents_);
-  rows.keepIf([&](std::size_t row) { return contents_.isIn(found, row); });
+  if (!*found_) *found_ = find_(contents_);
+  const Bitmap& found = **found_;
+  rows.keepIf([&](std::size_t row) { return contents_.isIn(found, firstRow_ + row); });
 }
 
-std::uint64_t FileFirstStep::cost() const { return 2 * kFindingCost + otherwise_->cost(); }
+std::uint64_t FileFirstStep::cost() const {
+  return passing_->cost() + telling_->cost() + otherwise_->cost();
+}
 
 void FileFirstStep::narrow(RowSet& rows) const {
-  if (rows.isEmpty()) return;
-  const Bitmap told = findTold_(contents_);
-  const Bitmap passing = findPassing_(contents_);
   RowSet found = rows;
-  found.keepIf([&](std::size_t row) { return contents_.isIn(passing, row); });
-  rows.keepIf([&](std::size_t row) { return !contents_.isIn(told, row); });
+  passing_->narrow(found);
+  RowSet told = rows;
+  telling_->narrow(told);
+  rows.remove(told);
   otherwise_->narrow(rows);
   rows.add(found);
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -10,34 +12,42 @@
 
 namespace vt {
 
+/// The contents that satisfy a term, once they have been looked for.
+using SharedFind = std::shared_ptr<std::optional<Bitmap>>;
+
 /// A term about what is in files: the catalogue finds all contents that satisfy it, and rows are
 /// kept that have one of them.
 class ContentStep final : public TermStep {
  public:
   using Find = std::function<Bitmap(const IndexedContents& contents)>;
 
-  /// Borrows `contents`.
-  ContentStep(const IndexedContents& contents, Find find)
-      : contents_(contents), find_(std::move(find)) {}
+  /// Borrows `contents`, which knows the first row of the segment as `firstRow`. What was found is
+  /// kept in `found`, which is not nullptr, and taken from there.
+  ContentStep(const IndexedContents& contents, std::size_t firstRow, Find find, SharedFind found)
+      : contents_(contents),
+        firstRow_(firstRow),
+        find_(std::move(find)),
+        found_(std::move(found)) {}
 
   void narrow(RowSet& rows) const override;
   std::uint64_t cost() const override;
 
  private:
   const IndexedContents& contents_;
+  std::size_t firstRow_;
   Find find_;
+  SharedFind found_;
 };
 
 /// A term about an attribute that a file may tell itself; of other files another step tells it.
 class FileFirstStep final : public TermStep {
  public:
-  /// `findTold` finds the contents that tell the attribute, `findPassing` those of them that
-  /// satisfy the term. Borrows `contents`.
-  FileFirstStep(const IndexedContents& contents, ContentStep::Find findTold,
-                ContentStep::Find findPassing, std::unique_ptr<TermStep> otherwise)
-      : contents_(contents),
-        findTold_(std::move(findTold)),
-        findPassing_(std::move(findPassing)),
+  /// `passing` keeps the rows whose files satisfy the term themselves, `telling` those whose files
+  /// tell the attribute.
+  FileFirstStep(std::unique_ptr<TermStep> passing, std::unique_ptr<TermStep> telling,
+                std::unique_ptr<TermStep> otherwise)
+      : passing_(std::move(passing)),
+        telling_(std::move(telling)),
         otherwise_(std::move(otherwise)) {}
 
   void narrow(RowSet& rows) const override;
@@ -45,9 +55,8 @@ class FileFirstStep final : public TermStep {
   bool asksEachRow() const override { return otherwise_->asksEachRow(); }
 
  private:
-  const IndexedContents& contents_;
-  ContentStep::Find findTold_;
-  ContentStep::Find findPassing_;
+  std::unique_ptr<TermStep> passing_;
+  std::unique_ptr<TermStep> telling_;
   std::unique_ptr<TermStep> otherwise_;
 };
 

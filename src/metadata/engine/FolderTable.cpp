@@ -45,6 +45,16 @@ FolderTable::FolderTable(const SegmentColumns& segment, std::vector<IndexedScope
   }
 }
 
+std::vector<std::uint8_t> FolderTable::searchedIn(const SegmentColumns& segment) const {
+  if (segment.folderNumbers.empty()) return isSearched_;
+  std::vector<std::uint8_t> searched;
+  searched.reserve(segment.folderNumbers.size());
+  for (const std::uint32_t number : segment.folderNumbers) {
+    searched.push_back(number < isSearched_.size() ? isSearched_[number] : 0);
+  }
+  return searched;
+}
+
 std::string FolderTable::pathOf(std::uint32_t folder) const { return pathOf(folder, {}); }
 
 std::string FolderTable::pathOf(std::uint32_t folder, std::string_view name) const {

@@ -34,6 +34,10 @@ class FolderTable {
   /// Whether the entries of the folder are searched.
   bool isSearched(std::uint32_t folder) const { return isSearched_[folder] != 0; }
 
+  /// Of each folder that `segment`, which has these tables, names in its rows, whether its entries
+  /// are searched: a byte, since every row looks it up.
+  std::vector<std::uint8_t> searchedIn(const SegmentColumns& segment) const;
+
   /// The path of a folder that is searched, and of an entry called `name` in it; bytes.
   std::string pathOf(std::uint32_t folder) const;
   std::string pathOf(std::uint32_t folder, std::string_view name) const;
@@ -44,7 +48,7 @@ class FolderTable {
  private:
   const SegmentColumns& segment_;
   std::vector<IndexedScope> scopes_;
-  std::vector<std::uint8_t> isSearched_;  // by folder; one byte, since every row looks it up
+  std::vector<std::uint8_t> isSearched_;  // by folder
   std::vector<std::uint32_t> scopeOf_;    // by folder: which scope, of those that are searched
   bool keepsPathOrder_ = true;
 };

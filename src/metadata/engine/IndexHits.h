@@ -67,7 +67,26 @@ class IndexHits {
   void reorder(const std::vector<std::size_t>& order);
 
  private:
-  bool isReadable(std::size_t row) const;
+  /// Rows of one segment, as a search goes through them.
+  struct Part {
+    const SegmentColumns& segment;
+    std::size_t firstRow;                ///< the number that its first row has here
+    std::vector<std::uint8_t> searched;  ///< by the folders that rows name
+
+    bool isIn(std::size_t row) const {
+      const std::uint32_t folder = segment.folders[row];
+      return folder < searched.size() && searched[folder] != 0;
+    }
+  };
+
+  bool isReadable(const Part& part, std::size_t row) const {
+    return part.isIn(row) && verdicts_.mayRead(part.segment.classOf(row));
+  }
+  std::string pathAt(std::uint32_t row) const {
+    return folders_.pathOf(files_.folder(row), files_.name(row));
+  }
+  /// Puts rows of the delta among those of the base that are there.
+  void mergeIn(const std::vector<std::uint32_t>& newer, bool comparesPaths);
   void sortEquallyOldByPath();
 
   std::shared_ptr<const OpenIndex> index_;
@@ -75,6 +94,7 @@ class IndexHits {
   ClassVerdicts verdicts_;
   FolderTable folders_;
   IndexedFiles files_;
+  std::vector<Part> parts_;
   std::vector<std::uint32_t> rows_;
 };
 

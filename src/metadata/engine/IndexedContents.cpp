@@ -6,11 +6,18 @@
 namespace vt {
 
 Result<std::optional<IndexedContents>, StoreError> IndexedContents::of(
-    std::shared_ptr<CatalogueReader> catalogue, const SegmentIdentity& segment,
-    std::size_t rowCount) {
-  auto rows = catalogue->rowsOf(segment, rowCount);
+    std::shared_ptr<CatalogueReader> catalogue, const OpenIndex& index) {
+  auto rows = catalogue->rowsOf(index.base, index.columns.base.rowCount());
   if (!rows) return rows.error();
   if (!*rows) return std::optional<IndexedContents>();
+  // What is dead is neither found nor still to be looked into.
+  index.columns.dead.forEach([&](std::size_t row) { (**rows)[row] = kWithoutContent; });
+  if (index.delta) {
+    const auto newer = catalogue->rowsOf(*index.delta, index.columns.delta.rowCount());
+    if (!newer) return newer.error();
+    if (!*newer) return std::optional<IndexedContents>();
+    (*rows)->insert((*rows)->end(), (*newer)->begin(), (*newer)->end());
+  }
   const Result<ContentNumber, StoreError> end = catalogue->end();
   if (!end) return end.error();
   Result<std::vector<std::string>, StoreError> names = catalogue->attributeNames();

@@ -13,19 +13,19 @@
 #include "foundation/Result.h"
 #include "foundation/Value.h"
 #include "metadata/catalogue/CatalogueReader.h"
+#include "metadata/engine/OpenIndex.h"
 #include "metadata/store/Bitmap.h"
-#include "metadata/store/SegmentIdentity.h"
 #include "metadata/text/ContentQuery.h"
 
 namespace vt {
 
-/// What is in the files of a segment, by row. One thread at a time.
+/// What is in the files of an index, by row: rows of the delta come after those of the base. One
+/// thread at a time.
 class IndexedContents {
  public:
-  /// What the catalogue says at this moment; nothing when it says nothing of this segment.
+  /// What the catalogue says at this moment; nothing when it says nothing of one of the segments.
   static Result<std::optional<IndexedContents>, StoreError> of(
-      std::shared_ptr<CatalogueReader> catalogue, const SegmentIdentity& segment,
-      std::size_t rowCount);
+      std::shared_ptr<CatalogueReader> catalogue, const OpenIndex& index);
 
   /// Whether the row is of a file that is still to be looked into.
   bool isPending(std::size_t row) const { return rows_[row] == kPendingContent; }

@@ -37,37 +37,39 @@ void fillStatus(const SegmentColumns& segment, LiveAttribute attribute, std::siz
 
 }  // namespace
 
-std::string IndexedFiles::folderPath(std::size_t row) const {
-  return folders_.pathOf(segment_.folderOf(row));
-}
+std::string IndexedFiles::folderPath(std::size_t row) const { return folders_.pathOf(folder(row)); }
 
 FileStatus IndexedFiles::status(std::size_t row) const {
+  const Row at = find(row);
+  const SegmentColumns& segment = at.segment;
   FileStatus status;
-  status.ownership = segment_.classes[segment_.classOf(row)].ownership;
-  status.sizeInBytes = segment_.sizes[row];
-  status.allocatedBytes = segment_.allocatedBytesOf(row);
-  status.modified = segment_.modifiedOf(row);
-  status.accessed = segment_.accessedOf(row);
-  status.attributesChanged = segment_.attributesChangedOf(row);
-  status.created = segment_.createdOf(row);
+  status.ownership = segment.classes[segment.classOf(at.row)].ownership;
+  status.sizeInBytes = segment.sizes[at.row];
+  status.allocatedBytes = segment.allocatedBytesOf(at.row);
+  status.modified = segment.modifiedOf(at.row);
+  status.accessed = segment.accessedOf(at.row);
+  status.attributesChanged = segment.attributesChangedOf(at.row);
+  status.created = segment.createdOf(at.row);
   return status;
 }
 
 bool IndexedFiles::tell(LiveAttribute attribute, std::size_t row, Value& value) const {
-  if (attribute == LiveAttribute::kEntryCount) return tellEntryCount(row, value);
+  const Row at = find(row);
+  if (attribute == LiveAttribute::kEntryCount) return tellEntryCount(at, value);
   if (attribute == LiveAttribute::kPath) {
-    value = folders_.pathOf(segment_.folderOf(row), segment_.name(row));
+    value = folders_.pathOf(at.segment.folderOf(at.row), at.segment.name(at.row));
     return true;
   }
   FileStatus status;
-  fillStatus(segment_, attribute, row, status);
-  return tellAttribute(attribute, {{}, segment_.name(row), type(row), &status}, tables_, value);
+  fillStatus(at.segment, attribute, at.row, status);
+  return tellAttribute(attribute, {{}, at.segment.name(at.row), typeOf(at), &status}, tables_,
+                       value);
 }
 
-bool IndexedFiles::tellEntryCount(std::size_t row, Value& value) const {
-  const std::uint32_t folder = segment_.ownFolderOf(row);
-  if (folder == kNoFolder || !verdicts_.mayRead(segment_.classOf(row))) return false;
-  value = std::uint64_t{segment_.entryCounts[folder]};
+bool IndexedFiles::tellEntryCount(Row row, Value& value) const {
+  const std::uint32_t folder = row.segment.ownFolderOf(row.row);
+  if (folder == kNoFolder || !verdicts_.mayRead(row.segment.classOf(row.row))) return false;
+  value = std::uint64_t{row.segment.entryCounts[folder]};
   return true;
 }
 

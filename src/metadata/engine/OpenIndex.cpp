@@ -1,22 +1,20 @@
 #include "metadata/engine/OpenIndex.h"
 
-#include <optional>
+#include <string_view>
 #include <utility>
 
 namespace vt {
 
-std::shared_ptr<const OpenIndex> openIndex(std::shared_ptr<const Segment> segment,
-                                           const ContentTypes& types) {
-  auto open = std::make_shared<OpenIndex>();
-  open->segment = segment->columns();
-  open->identity = segment->identity();
-  open->types.reserve(open->segment.typeIdentifiers.size());
-  for (const std::string_view identifier : open->segment.typeIdentifiers) {
+std::shared_ptr<const OpenIndex> openIndex(IndexGeneration generation, const ContentTypes& types) {
+  auto open = std::make_shared<OpenIndex>(columnsOf(generation));
+  open->base = generation.segment->identity();
+  if (generation.delta) open->delta = generation.delta->identity();
+  for (const std::string_view identifier : open->folders().typeIdentifiers) {
     const std::optional<ContentTypeId> type = types.find(identifier);
     if (!type) return nullptr;
     open->types.push_back(*type);
   }
-  open->memory = std::move(segment);
+  open->memory = std::move(generation);
   return open;
 }
 

@@ -1,24 +1,36 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
-#include "metadata/store/Segment.h"
+#include "metadata/store/GenerationColumns.h"
+#include "metadata/store/IndexFolder.h"
 #include "metadata/store/SegmentIdentity.h"
 #include "metadata/types/ContentTypes.h"
 
 namespace vt {
 
-/// A segment that is ready to be searched, and its types by this process's table.
+/// A generation that is ready to be searched, and its types by this process's table.
+///
+/// Rows of the base are numbered from 0, those of the delta go on from there.
 struct OpenIndex {
-  SegmentColumns segment;
-  SegmentIdentity identity;
-  std::vector<ContentTypeId> types;    ///< by the segment's own numbers
-  std::shared_ptr<const void> memory;  ///< what the columns are borrowed from
+  explicit OpenIndex(GenerationColumns theColumns) : columns(std::move(theColumns)) {}
+
+  GenerationColumns columns;
+  SegmentIdentity base;
+  std::optional<SegmentIdentity> delta;
+  std::vector<ContentTypeId> types;  ///< by the segments' own numbers
+
+  IndexGeneration memory;  ///< what the columns are borrowed from
+
+  /// What folders, classes and types are told by; its rows are those of the base.
+  const SegmentColumns& folders() const { return columns.base; }
 };
 
-/// The segment, ready to be searched; nullptr when it knows a type that the table lacks.
-std::shared_ptr<const OpenIndex> openIndex(std::shared_ptr<const Segment> segment,
-                                           const ContentTypes& types);
+/// The generation, ready to be searched; nullptr when it knows a type that the table lacks.
+std::shared_ptr<const OpenIndex> openIndex(IndexGeneration generation, const ContentTypes& types);
 
 }  // namespace vt

@@ -12,7 +12,7 @@
 
 namespace vt {
 
-/// A row of a segment, as a query asks of it. Moved from row to row; it has no text content.
+/// A row of an index, as a query asks of it. Moved from row to row; it has no text content.
 class RowItem final : public query::ItemAttributes {
  public:
   /// Borrows `files`.

@@ -6,7 +6,6 @@
 #include <variant>
 #include <vector>
 
-#include "metadata/engine/ContentStep.h"
 #include "metadata/engine/NameStep.h"
 #include "metadata/engine/NumberBounds.h"
 #include "metadata/engine/RowItem.h"
@@ -35,13 +34,13 @@ constexpr std::uint64_t kAskingCost = 200;
 class AskingStep final : public TermStep {
  public:
   AskingStep(query::QueryMatcher matcher, const query::AttributeSchema& schema,
-             const IndexedFiles& files)
-      : matcher_(std::move(matcher)), schema_(schema), files_(files) {}
+             const IndexedFiles& files, std::size_t firstRow)
+      : matcher_(std::move(matcher)), schema_(schema), files_(files), firstRow_(firstRow) {}
 
   void narrow(RowSet& rows) const override {
     RowItem item(matcher_, schema_, files_);
     rows.keepIf([&](std::size_t row) {
-      item.moveTo(row);
+      item.moveTo(firstRow_ + row);
       return matcher_.matches(item);
     });
   }
@@ -52,6 +51,7 @@ class AskingStep final : public TermStep {
   query::QueryMatcher matcher_;
   const query::AttributeSchema& schema_;
   const IndexedFiles& files_;
+  std::size_t firstRow_;
 };
 
 /// The term with `==` in the place of `!=`.
@@ -97,78 +97,84 @@ TermCompiler::Step TermCompiler::stepOf(const Term& term) const {
   Term asked = positive(term);
   const std::string& name = attributeOf(asked);
   // Text cannot be ordered, so these are no ranges.
-  if (name == query::kTextContent) return textStep(std::get<query::Comparison>(asked));
+  if (name == query::kTextContent) return textStep(term, std::get<query::Comparison>(asked));
   if (name == query::kAnyAttribute || name == query::kAnyAttributeOrText) {
-    return anywhereStep(std::get<query::Comparison>(asked));
+    return anywhereStep(term, std::get<query::Comparison>(asked));
   }
   const query::Attribute* const attribute = schema_.find(name);
   if (attribute == nullptr) return noRow();
   ValueTest test =
       std::visit([&](const auto& t) { return testOf(t, *attribute, context_); }, asked);
   const std::optional<LiveAttribute> live = liveAttributeNamed(name);
-  if (!live) return attributeStep(name, std::move(test));
+  if (!live) return attributeStep(term, name, std::move(test));
   Step step = fastStepOf(*live, asked, test);
-  if (!step) step = askingStep(std::move(asked));
-  return maySomethingInFilesReplace(name) ? fileFirstStep(*attribute, test, std::move(step))
-                                          : std::move(step);
+  if (!step) step = askingStep(asked);
+  return maySomethingInFilesReplace(name)
+             ? fileFirstStep(term, name, std::move(test), std::move(step))
+             : std::move(step);
 }
 
-TermCompiler::Step TermCompiler::fileFirstStep(const query::Attribute& attribute, ValueTest test,
-                                               Step otherwise) const {
-  if (contents_ == nullptr || !contents_->knowsAttribute(attribute.name)) return otherwise;
-  const std::string& name = attribute.name;
-  return std::make_unique<FileFirstStep>(
-      *contents_,
-      [name](const IndexedContents& contents) {
-        return contents.withAttribute(name, [](const Value&) { return true; });
-      },
-      [name, test = std::move(test)](const IndexedContents& contents) {
-        return contents.withAttribute(name,
-                                      [&](const Value& value) { return passes(test, value); });
-      },
-      std::move(otherwise));
+TermCompiler::Step TermCompiler::fileFirstStep(const Term& term, const std::string& name,
+                                               ValueTest test, Step otherwise) const {
+  if (contents_ == nullptr || !contents_->knowsAttribute(name)) return otherwise;
+  Step told = contentStep(term, name + " at all", [name](const IndexedContents& contents) {
+    return contents.withAttribute(name, [](const Value&) { return true; });
+  });
+  return std::make_unique<FileFirstStep>(attributeStep(term, name, std::move(test)),
+                                         std::move(told), std::move(otherwise));
 }
 
 TermCompiler::Step TermCompiler::askingStep(Term term) const {
   return std::make_unique<AskingStep>(
-      query::QueryMatcher(queryOf(std::move(term)), schema_, context_), schema_, files_);
+      query::QueryMatcher(queryOf(std::move(term)), schema_, context_), schema_, files_, firstRow_);
 }
 
-TermCompiler::Step TermCompiler::attributeStep(const std::string& name, ValueTest test) const {
+TermCompiler::Step TermCompiler::contentStep(const Term& term, std::string_view attribute,
+                                             ContentStep::Find find) const {
+  SharedFind& found = finds_[{&term, std::string(attribute)}];
+  if (!found) found = std::make_shared<std::optional<Bitmap>>();
+  return std::make_unique<ContentStep>(*contents_, firstRow_, std::move(find), found);
+}
+
+TermCompiler::Step TermCompiler::attributeStep(const Term& term, const std::string& name,
+                                               ValueTest test) const {
   if (contents_ == nullptr || !contents_->knowsAttribute(name)) return noRow();
-  return std::make_unique<ContentStep>(*contents_, [name, test = std::move(test)](
-                                                       const IndexedContents& contents) {
+  return contentStep(term, name, [name, test = std::move(test)](const IndexedContents& contents) {
     return contents.withAttribute(name, [&](const Value& value) { return passes(test, value); });
   });
 }
 
-TermCompiler::Step TermCompiler::textStep(const query::Comparison& comparison) const {
+TermCompiler::Step TermCompiler::textStep(const Term& term,
+                                          const query::Comparison& comparison) const {
   if (contents_ == nullptr) return noRow();
   const auto* const text = std::get_if<query::TextOperand>(&comparison.value);
   if (text != nullptr && text->isPresence()) {
-    return std::make_unique<ContentStep>(
-        *contents_, [](const IndexedContents& contents) { return contents.withText(); });
+    return contentStep(term, query::kTextContent,
+                       [](const IndexedContents& contents) { return contents.withText(); });
   }
   std::optional<ContentQuery> question =
       contentQueryOf(patternOf(comparison.value), comparison.modifiers);
   if (!question || question->all.empty()) return noRow();
-  return std::make_unique<ContentStep>(
-      *contents_, [question = *std::move(question)](const IndexedContents& contents) {
-        return contents.withWords(question);
-      });
+  return contentStep(term, query::kTextContent,
+                     [question = *std::move(question)](const IndexedContents& contents) {
+                       return contents.withWords(question);
+                     });
 }
 
-TermCompiler::Step TermCompiler::anywhereStep(const query::Comparison& comparison) const {
+TermCompiler::Step TermCompiler::anywhereStep(const Term& term,
+                                              const query::Comparison& comparison) const {
   std::vector<Step> steps;
   steps.push_back(askingStep(comparison));
   if (contents_ != nullptr) {
     for (const query::Attribute& attribute : schema_.attributes()) {
       if (attribute.isSearchable && !liveAttributeNamed(attribute.name) &&
           contents_->knowsAttribute(attribute.name)) {
-        steps.push_back(attributeStep(attribute.name, testOf(comparison, attribute, context_)));
+        steps.push_back(
+            attributeStep(term, attribute.name, testOf(comparison, attribute, context_)));
       }
     }
-    if (comparison.attribute == query::kAnyAttributeOrText) steps.push_back(textStep(comparison));
+    if (comparison.attribute == query::kAnyAttributeOrText)
+      steps.push_back(textStep(term, comparison));
   }
   if (steps.size() == 1) return std::move(steps.front());
   return std::make_unique<AnyStep>(std::move(steps));

@@ -9,7 +9,7 @@
 #include "metadata/catalogue/ContentRecord.h"
 #include "metadata/crawl/FolderOpener.h"
 #include "metadata/indexing/ContentIndexer.h"
-#include "metadata/store/Segment.h"
+#include "metadata/store/SegmentColumns.h"
 
 namespace vt {
 
@@ -19,9 +19,9 @@ class AttributesLook {
  public:
   /// Borrows all for its life. `contents` has that of each row of the segment, as the catalogue was
   /// told; it is kept up to date.
-  AttributesLook(CatalogueWriter& catalogue, const Segment& segment,
+  AttributesLook(CatalogueWriter& catalogue, const SegmentColumns& segment,
                  std::vector<ContentNumber>& contents)
-      : catalogue_(catalogue), segment_(segment.columns()), contents_(contents) {}
+      : catalogue_(catalogue), segment_(segment), contents_(contents) {}
 
   /// Looks at the files of the rows, folder by folder. Takes a microsecond for one without
   /// attributes. False when `progress`, which is told of nothing, ended it.

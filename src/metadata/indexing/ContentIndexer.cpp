@@ -30,10 +30,14 @@ bool hasSeveralNames(int file) {
 }  // namespace
 
 ContentIndexer::ContentIndexer(CatalogueWriter& catalogue, const Extractors& extractors,
-                               const ContentTypes& types, const Segment& segment,
-                               std::vector<ContentNumber>& contents)
-    : catalogue_(catalogue), extractors_(extractors), segment_(segment), contents_(contents) {
-  for (const std::string_view identifier : segment.columns().typeIdentifiers) {
+                               const ContentTypes& types, const SegmentIdentity& segment,
+                               const SegmentColumns& columns, std::vector<ContentNumber>& contents)
+    : catalogue_(catalogue),
+      extractors_(extractors),
+      segment_(segment),
+      columns_(columns),
+      contents_(contents) {
+  for (const std::string_view identifier : columns.typeIdentifiers) {
     types_.push_back(types.find(identifier));
   }
 }
@@ -44,8 +48,7 @@ std::vector<std::uint32_t> ContentIndexer::pendingRows() const {
     if (contents_[row] == kPendingContent) rows.push_back(row);
   }
   // Stable: the newest first in each folder.
-  std::ranges::stable_sort(rows, {},
-                           [&](std::uint32_t row) { return segment_.columns().folderOf(row); });
+  std::ranges::stable_sort(rows, {}, [&](std::uint32_t row) { return columns_.folderOf(row); });
   return rows;
 }
 
@@ -65,10 +68,10 @@ StoreFailure ContentIndexer::run(Progress progress) {
       if (StoreFailure failure = commit()) return failure;
       committed = Clock::now();
     }
-    const std::uint32_t in = segment_.columns().folderOf(row);
+    const std::uint32_t in = columns_.folderOf(row);
     if (in != openFolder) {
       openFolder = in;
-      folderPath = folderPathOf(segment_.columns(), in);
+      folderPath = folderPathOf(columns_, in);
       folder = opener_.find(folderPath);
     }
     if (StoreFailure failure = lookInto(folder.get(), folderPath, row)) return failure;
@@ -87,7 +90,7 @@ void ContentIndexer::report() {
 
 StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
                                       std::uint32_t row) {
-  const std::string name(segment_.columns().name(row));
+  const std::string name(columns_.name(row));
   // Before opening, since opening alone can wake whatever is behind a device or a pipe.
   const std::optional<FileStatus> named =
       folder < 0 ? std::nullopt : statusOf(folder, name.c_str());
@@ -119,7 +122,7 @@ StoreFailure ContentIndexer::begin(Look look) {
     ++counts_.done;
     return std::nullopt;
   }
-  const std::optional<ContentTypeId> type = types_[segment_.columns().typeOf(look.row)];
+  const std::optional<ContentTypeId> type = types_[columns_.typeOf(look.row)];
   Extractor* const extractor = type ? extractors_.forType(*type) : nullptr;
   if (extractor == nullptr) return std::nullopt;  // never so: it is pending, since one takes it
   look.record.extractor = extractor->name();
@@ -165,7 +168,7 @@ StoreFailure ContentIndexer::keep(Look look) {
 }
 
 StoreFailure ContentIndexer::commit() {
-  if (StoreFailure failure = catalogue_.setRows(segment_.identity(), contents_)) return failure;
+  if (StoreFailure failure = catalogue_.setRows(segment_, contents_)) return failure;
   return catalogue_.commit();
 }
 

@@ -16,7 +16,8 @@
 #include "metadata/extract/Extractors.h"
 #include "metadata/live/Descriptor.h"
 #include "metadata/live/FileStatus.h"
-#include "metadata/store/Segment.h"
+#include "metadata/store/SegmentColumns.h"
+#include "metadata/store/SegmentIdentity.h"
 #include "metadata/types/ContentTypes.h"
 
 namespace vt {
@@ -37,11 +38,11 @@ class ContentIndexer {
   /// answering false.
   using Progress = FunctionRef<bool(const ContentCounts&)>;
 
-  /// Borrows all for its life. `contents` has that of each row of the segment, as the catalogue was
-  /// told; it is kept up to date.
+  /// Borrows all for its life. `columns` are those of `segment`, whose folders may be told by a
+  /// newer one. `contents` has that of each row, as the catalogue was told; it is kept up to date.
   ContentIndexer(CatalogueWriter& catalogue, const Extractors& extractors,
-                 const ContentTypes& types, const Segment& segment,
-                 std::vector<ContentNumber>& contents);
+                 const ContentTypes& types, const SegmentIdentity& segment,
+                 const SegmentColumns& columns, std::vector<ContentNumber>& contents);
 
   /// Looks into the files, folder by folder, the newest of each first. What was done until it ended
   /// or failed stays, but for the last seconds before a failure.
@@ -72,7 +73,8 @@ class ContentIndexer {
 
   CatalogueWriter& catalogue_;
   const Extractors& extractors_;
-  const Segment& segment_;
+  SegmentIdentity segment_;
+  const SegmentColumns& columns_;
   std::vector<ContentNumber>& contents_;
   std::vector<std::optional<ContentTypeId>> types_;  // by the segment's numbers
   FolderOpener opener_;

@@ -18,7 +18,7 @@ bool isOfNoUse(const StoreError& error) {
 }  // namespace
 
 ContentRun::ContentRun(const IndexFolder& folder, const Extractors& extractors,
-                       const std::optional<SegmentIdentity>& earlier)
+                       std::span<const SegmentIdentity> earlier)
     : folder_(folder), extractors_(extractors) {
   StoreFailure failure = open(earlier);
   if (failure && isOfNoUse(*failure)) {
@@ -28,7 +28,7 @@ ContentRun::ContentRun(const IndexFolder& folder, const Extractors& extractors,
   if (failure) fail(*std::move(failure));
 }
 
-StoreFailure ContentRun::open(const std::optional<SegmentIdentity>& earlier) {
+StoreFailure ContentRun::open(std::span<const SegmentIdentity> earlier) {
   rows_.reset();
   catalogue_.reset();
   Result<std::unique_ptr<CatalogueWriter>, StoreError> opened =
@@ -58,11 +58,14 @@ void ContentRun::fail(StoreError error) {
 }
 
 void ContentRun::announce(const SegmentIdentity& segment, std::span<const std::uint32_t> rows,
-                          const std::optional<SegmentIdentity>& earlier) {
+                          std::span<const SegmentIdentity> earlier) {
   if (!rows_) return;
   contents_ = rows_->contentsOf(rows);
   unseenRows_ = rows_->withUnseenAttributes(rows);
-  StoreFailure failure = catalogue_->setRows(segment, contents_, earlier);
+  std::vector<SegmentIdentity> kept(earlier.begin(), earlier.end());
+  kept.push_back(segment);
+  StoreFailure failure = catalogue_->setRows(segment, contents_);
+  if (!failure) failure = catalogue_->keepRowsOf(kept);
   if (!failure) failure = catalogue_->commit();
   if (failure) fail(*std::move(failure));
 }
@@ -72,7 +75,8 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
   if (!rows_) return {};
   const std::vector<ContentNumber> unseen = rows_->unseen();
   rows_.reset();  // the memory is needed elsewhere
-  ContentIndexer indexer(*catalogue_, extractors_, types, segment, contents_);
+  ContentIndexer indexer(*catalogue_, extractors_, types, segment.identity(), segment.columns(),
+                         contents_);
   StoreFailure failure;
   if (hasSeenAll) failure = catalogue_->remove(unseen);
   if (!failure) failure = lookAtAttributes(segment, progress);
@@ -85,10 +89,11 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
 StoreFailure ContentRun::lookAtAttributes(const Segment& segment,
                                           ContentIndexer::Progress progress) {
   const Result<bool, StoreError> isDone =
-      AttributesLook(*catalogue_, segment, contents_).run(unseenRows_, progress);
+      AttributesLook(*catalogue_, segment.columns(), contents_).run(unseenRows_, progress);
   if (!isDone) return isDone.error();
   // Committed with the first files that are looked into, or the end of that.
-  return *isDone ? catalogue_->setSeenAttributesOf(segment.identity()) : StoreFailure();
+  const SegmentIdentity identity = segment.identity();
+  return *isDone ? catalogue_->setSeenAttributesOf({&identity, 1}) : StoreFailure();
 }
 
 }  // namespace vt

@@ -20,15 +20,15 @@ class ContentRun {
   /// Opens the catalogue in the folder of the index, or makes it anew where it is of no use.
   /// `earlier` is the segment that the crawl remembers.
   ContentRun(const IndexFolder& folder, const Extractors& extractors,
-             const std::optional<SegmentIdentity>& earlier);
+             std::span<const SegmentIdentity> earlier);
 
   /// To be told of each entry of the crawl; nullptr after an error.
   RowContents* rows() { return rows_ ? &*rows_ : nullptr; }
 
-  /// Says which contents the rows of the new segment have, as far as that is known. `earlier` is
-  /// the segment that it takes the place of.
+  /// Says which contents the rows of the new segment have, as far as that is known. `earlier` are
+  /// the segments that it takes the place of.
   void announce(const SegmentIdentity& segment, std::span<const std::uint32_t> rows,
-                const std::optional<SegmentIdentity>& earlier);
+                std::span<const SegmentIdentity> earlier);
 
   /// Looks at the extended attributes of files of the segment, which is in force now, and into
   /// them. With `hasSeenAll` the crawl has missed nothing: contents that no file has any more are
@@ -41,7 +41,7 @@ class ContentRun {
   const std::optional<StoreError>& error() const { return error_; }
 
  private:
-  StoreFailure open(const std::optional<SegmentIdentity>& earlier);
+  StoreFailure open(std::span<const SegmentIdentity> earlier);
   StoreFailure lookAtAttributes(const Segment& segment, ContentIndexer::Progress progress);
   void fail(StoreError error);
 

@@ -6,7 +6,7 @@
 #include "metadata/indexing/ContentRun.h"
 #include "metadata/indexing/CrawledSegment.h"
 #include "metadata/indexing/SegmentMemory.h"
-#include "metadata/store/SegmentVerifier.h"
+#include "metadata/store/GenerationVerifier.h"
 
 namespace vt {
 namespace {
@@ -20,7 +20,7 @@ std::optional<SegmentMemory> remember(const IndexFolder& folder, std::optional<S
     if (earlier.error().kind != StoreError::Kind::kMissing) why = earlier.error();
     return std::nullopt;
   }
-  why = verifySegment(*earlier->segment);
+  why = verifyGeneration(*earlier);
   earlier->segment->dropPages();
   if (why) return std::nullopt;
   return std::optional<SegmentMemory>(std::in_place, std::move(earlier).value());
@@ -48,17 +48,18 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
                                                                Progress progress) const {
   IndexingReport report;
   std::optional<SegmentMemory> memory = remember(folder_, report.distrusted);
-  std::optional<SegmentIdentity> earlier;
-  if (memory) earlier = memory->identity();
+  const std::vector<SegmentIdentity> earlier =
+      memory ? memory->segments() : std::vector<SegmentIdentity>();
   std::optional<ContentRun> contents;
   if (extractors_ != nullptr) contents.emplace(folder_, *extractors_, earlier);
   Manifest& manifest = report.manifest;
   manifest.roots = outermostRoots(std::move(roots));
   manifest.began = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+  manifest.vouched = manifest.began;
   const Clock::time_point start = Clock::now();
 
   IndexingProgress shown;
-  if (memory) shown.expectedEntries = memory->rowCount();
+  if (memory) shown.expectedEntries = memory->entryCount();
   const auto tell = [&](const CrawlCounts& counts) {
     shown.crawled = counts;
     shown.elapsed = Clock::now() - start;

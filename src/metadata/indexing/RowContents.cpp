@@ -14,13 +14,11 @@ bool isBefore(const ContentIdentity& a, const ContentIdentity& b) {
 
 Result<RowContents, StoreError> RowContents::of(CatalogueWriter& catalogue,
                                                 const Extractors& extractors,
-                                                const std::optional<SegmentIdentity>& earlier) {
+                                                std::span<const SegmentIdentity> earlier) {
   RowContents contents(extractors);
-  if (earlier) {
-    const Result<bool, StoreError> hasSeen = catalogue.hasSeenAttributesOf(*earlier);
-    if (!hasSeen) return hasSeen.error();
-    contents.hasSeenAttributes_ = *hasSeen;
-  }
+  const Result<bool, StoreError> hasSeen = catalogue.hasSeenAttributesOf(earlier);
+  if (!hasSeen) return hasSeen.error();
+  contents.hasSeenAttributes_ = *hasSeen;
   const StoreFailure failure = catalogue.forEach([&](const ContentRecord& record) {
     const bool isToBeTriedAgain = record.failure && !record.failure->isLasting();
     (record.extractor.empty() ? contents.tagged_ : contents.known_)

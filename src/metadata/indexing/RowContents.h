@@ -21,10 +21,10 @@ namespace vt {
 class RowContents {
  public:
   /// Borrows `extractors`. Takes a second for a million contents, and 40 bytes for each.
-  /// `earlier` is the segment that the crawl remembers.
+  /// `earlier` are the segments that the crawl remembers.
   static Result<RowContents, StoreError> of(CatalogueWriter& catalogue,
                                             const Extractors& extractors,
-                                            const std::optional<SegmentIdentity>& earlier);
+                                            std::span<const SegmentIdentity> earlier);
 
   /// Takes the next entry.
   void add(const CrawledEntry& entry);

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "metadata/crawl/CrawlMemory.h"
+#include "metadata/store/GenerationColumns.h"
 #include "metadata/store/IndexFolder.h"
 #include "metadata/store/RowsByFolder.h"
 
@@ -14,7 +17,10 @@ class SegmentMemory final : public CrawlMemory {
  public:
   /// The generation must be sound (see verifySegment): what is damaged would be believed.
   explicit SegmentMemory(IndexGeneration earlier)
-      : earlier_(std::move(earlier)), rowsByFolder_(earlier_.segment->columns()) {}
+      : earlier_(std::move(earlier)),
+        columns_(columnsOf(earlier_)),
+        rowsOfBase_(columns_.base),
+        rowsOfDelta_(columns_.delta) {}
 
   CrawledFolderId folderAt(std::string_view path) const override;
   std::optional<FolderStamp> stampOf(CrawledFolderId folder) const override;
@@ -25,12 +31,19 @@ class SegmentMemory final : public CrawlMemory {
   /// Keeps the memory of the process small while much is asked.
   void dropPages() const { earlier_.segment->dropPages(); }
 
-  SegmentIdentity identity() const { return earlier_.segment->identity(); }
-  std::size_t rowCount() const { return earlier_.segment->columns().rowCount(); }
+  /// The segments that it consists of.
+  std::vector<SegmentIdentity> segments() const;
+  std::size_t entryCount() const { return columns_.entryCount(); }
 
  private:
+  /// The segment whose tables of folders and classes count.
+  const Segment& tables() const { return earlier_.delta ? *earlier_.delta : *earlier_.segment; }
+  RememberedEntry entryAt(const SegmentColumns& segment, std::uint32_t row) const;
+
   IndexGeneration earlier_;
-  RowsByFolder rowsByFolder_;
+  GenerationColumns columns_;
+  RowsByFolder rowsOfBase_;
+  RowsByFolder rowsOfDelta_;
 };
 
 }  // namespace vt

@@ -9,6 +9,11 @@ constexpr std::uint64_t kAllBits = ~std::uint64_t{0};
 
 }  // namespace
 
+Bitmap::Bitmap(std::size_t size, std::span<const std::uint64_t> words) : Bitmap(size) {
+  std::ranges::copy(words.first(std::min(words.size(), words_.size())), words_.begin());
+  if (size_ % kBits != 0) words_.back() &= kAllBits >> (kBits - size_ % kBits);
+}
+
 std::size_t Bitmap::count() const {
   std::size_t count = 0;
   for (const std::uint64_t word : words_) count += static_cast<std::size_t>(std::popcount(word));

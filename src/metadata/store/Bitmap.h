@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace vt {
@@ -15,7 +16,11 @@ class Bitmap {
   /// The empty set of numbers below `size`.
   explicit Bitmap(std::size_t size) : size_(size), words_((size + kBits - 1) / kBits, 0) {}
 
+  /// The set that has the bits of `words`, the lowest first. What is missing is 0.
+  Bitmap(std::size_t size, std::span<const std::uint64_t> words);
+
   std::size_t size() const { return size_; }
+  std::span<const std::uint64_t> words() const { return words_; }
   bool contains(std::size_t number) const {
     assert(number < size_);
     return (words_[number / kBits] >> number % kBits & 1) != 0;

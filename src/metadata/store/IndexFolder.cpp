@@ -44,6 +44,27 @@ std::optional<std::uint64_t> generationOf(std::string_view name) {
   return generation;
 }
 
+/// Why `delta` can't be searched together with `base`.
+std::optional<StoreError> whyNotTogether(const Segment& base, const Segment& delta) {
+  const auto damage = [&](std::string_view how) { return damageError(delta.shownPath(), how); };
+  if (delta.base() != base.identity()) return damage("it belongs to another segment");
+  const SegmentColumns& before = base.columns();
+  const SegmentColumns& after = delta.columns();
+  constexpr std::size_t kBits = 64;
+  if (delta.baseFolders().size() != before.folderCount() ||
+      delta.deadRows().size() != (before.rowCount() + kBits - 1) / kBits) {
+    return damage("it is for another number of rows or folders");
+  }
+  // Numbers of classes and types mean the same in both, and the delta has more of them.
+  if (after.classes.size() < before.classes.size() ||
+      !std::ranges::equal(before.typeIdentifiers,
+                          after.typeIdentifiers.first(std::min(before.typeIdentifiers.size(),
+                                                               after.typeIdentifiers.size())))) {
+    return damage("it has other access classes or types");
+  }
+  return std::nullopt;
+}
+
 std::optional<StoreError> refusal(const std::string& path, int folder) {
   struct stat status{};
   if (::fstat(folder, &status) != 0) return systemError(errno, "open", path);
@@ -110,24 +131,46 @@ Result<Manifest, StoreError> IndexFolder::manifest() const {
   return parseManifest(*text, shown(kManifestName));
 }
 
-Result<IndexGeneration, StoreError> IndexFolder::current() const {
+Result<std::shared_ptr<const Segment>, StoreError> IndexFolder::openSegment(
+    const SegmentRecord& record, const IndexGeneration* known) const {
+  if (known != nullptr) {
+    for (const std::shared_ptr<const Segment>& open : {known->segment, known->delta}) {
+      if (open && open->identity() == record.identity) return open;
+    }
+  }
+  auto segment = Segment::open(folder_.get(), record.file, shown(record.file));
+  if (segment && (*segment)->identity() != record.identity) {
+    return damageError(shown(record.file), "it is not the one that belongs to the manifest");
+  }
+  return segment;
+}
+
+Result<IndexGeneration, StoreError> IndexFolder::current(const IndexGeneration* known) const {
   std::optional<StoreError> error;
   std::optional<std::uint64_t> missing;
   for (int look = 0; look < kLooks; ++look) {
     Result<Manifest, StoreError> manifest = this->manifest();
     if (!manifest) return manifest.error();
-    if (manifest->segments.size() != 1 || !generationOf(manifest->segments[0].file)) {
-      return damageError(shown(kManifestName), "it does not name one segment");
+    const std::vector<SegmentRecord>& records = manifest->segments;
+    if (records.empty() || records.size() > 2 ||
+        std::ranges::any_of(
+            records, [](const SegmentRecord& record) { return !generationOf(record.file); })) {
+      return damageError(shown(kManifestName), "it names no segments that belong together");
     }
-    const SegmentRecord& record = manifest->segments[0];
-    auto segment = Segment::open(folder_.get(), record.file, shown(record.file));
-    if (segment) {
-      if ((*segment)->identity() != record.identity) {
-        return damageError(shown(record.file), "it is not the one that belongs to the manifest");
+    auto base = openSegment(records[0], known);
+    auto delta = base && records.size() == 2 ? openSegment(records[1], known) : base;
+    if (base && delta) {
+      if ((*base)->base()) return damageError((*base)->shownPath(), "it is no base");
+      if (*delta == *base) {
+        return IndexGeneration{std::move(manifest).value(), std::move(base).value(), nullptr};
       }
-      return IndexGeneration{std::move(manifest).value(), std::move(segment).value()};
+      if (std::optional<StoreError> damage = whyNotTogether(**base, **delta)) {
+        return *std::move(damage);
+      }
+      return IndexGeneration{std::move(manifest).value(), std::move(base).value(),
+                             std::move(delta).value()};
     }
-    error = segment.error();
+    error = base ? delta.error() : base.error();
     // It may have gone because a newer generation came; then the manifest is another.
     if (error->kind != StoreError::Kind::kMissing || missing == manifest->generation) break;
     missing = manifest->generation;
@@ -154,9 +197,22 @@ Result<IndexLock, StoreError> IndexFolder::lock() const {
   return IndexLock(std::move(file));
 }
 
-Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& /*lock*/,
+Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& lock,
                                                   const SegmentBuilder& built, Manifest crawl,
-                                                  Announce announce) const {
+                                                  AnnounceRows announce) const {
+  std::vector<std::uint32_t> order;
+  crawl.segments.clear();
+  return publishSegment(
+      lock, std::move(crawl),
+      [&](FileWriter& file, std::uint64_t generation) {
+        return built.write(file, generation, &order);
+      },
+      [&](const SegmentIdentity& segment) { announce(segment, order); });
+}
+
+Result<Manifest, StoreError> IndexFolder::publishSegment(const IndexLock& /*lock*/, Manifest next,
+                                                         WriteSegment write,
+                                                         Announce announce) const {
   const Result<std::vector<std::string>, StoreError> before = names();
   if (!before) return before.error();
   const Result<Manifest, StoreError> old = manifest();
@@ -167,32 +223,36 @@ Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& /*lock*/,
     return old.error();
   }
 
-  crawl.generation = (old ? old->generation : 0) + 1;
+  next.generation = (old ? old->generation : 0) + 1;
   for (const std::string& name : *before) {
-    crawl.generation = std::max(crawl.generation, generationOf(name).value_or(0) + 1);
+    next.generation = std::max(next.generation, generationOf(name).value_or(0) + 1);
   }
-  const std::string name = segmentName(crawl.generation);
-  std::vector<std::uint32_t> order;
-  const Result<SegmentIdentity, StoreError> identity =
-      writeSegment(name, built, crawl.generation, order);
+  const std::string name = segmentName(next.generation);
+  const Result<SegmentIdentity, StoreError> identity = writeSegment(name, next.generation, write);
   if (!identity) return identity.error();
-  announce(*identity, order);
-  crawl.segments = {{name, *identity}};
-  if (std::optional<StoreError> error = replaceManifest(printManifest(crawl))) {
+  announce(*identity);
+  next.segments.push_back({name, *identity});
+  if (std::optional<StoreError> error = replaceManifest(printManifest(next))) {
     calls_->unlink(folder_.get(), name.c_str());
     return *std::move(error);
   }
   if (std::optional<StoreError> error = syncFolder()) return *std::move(error);
-  removeAllBut(crawl, *before);
-  return crawl;
+  removeAllBut(next, *before);
+  return next;
 }
 
-Result<SegmentIdentity, StoreError> IndexFolder::writeSegment(
-    const std::string& name, const SegmentBuilder& built, std::uint64_t generation,
-    std::vector<std::uint32_t>& order) const {
+std::optional<StoreError> IndexFolder::vouch(const IndexLock& /*lock*/,
+                                             const Manifest& vouched) const {
+  if (std::optional<StoreError> error = replaceManifest(printManifest(vouched))) return error;
+  return syncFolder();
+}
+
+Result<SegmentIdentity, StoreError> IndexFolder::writeSegment(const std::string& name,
+                                                              std::uint64_t generation,
+                                                              WriteSegment write) const {
   SegmentIdentity identity;
   std::optional<StoreError> error = writeBeside(name, [&](FileWriter& file) {
-    const Result<SegmentIdentity, StoreError> written = built.write(file, generation, &order);
+    const Result<SegmentIdentity, StoreError> written = write(file, generation);
     if (written) identity = *written;
   });
   if (error) return *std::move(error);

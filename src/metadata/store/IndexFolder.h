@@ -11,6 +11,7 @@
 #include "foundation/FunctionRef.h"
 #include "foundation/Result.h"
 #include "metadata/live/Descriptor.h"
+#include "metadata/store/FileWriter.h"
 #include "metadata/store/Manifest.h"
 #include "metadata/store/Segment.h"
 #include "metadata/store/StoreCalls.h"
@@ -32,7 +33,9 @@ class IndexLock {
 /// A generation of an index, open for searching. Stays good when newer ones come.
 struct IndexGeneration {
   Manifest manifest;
-  std::shared_ptr<const Segment> segment;
+  std::shared_ptr<const Segment> segment;  ///< the base
+  /// What has come and gone since; nullptr when nothing has.
+  std::shared_ptr<const Segment> delta;
 };
 
 /// The folder that holds an index: the manifest of its newest generation and what that consists of.
@@ -54,8 +57,9 @@ class IndexFolder {
 
   /// The manifest of the newest generation. kMissing before the first.
   Result<Manifest, StoreError> manifest() const;
-  /// Opens the newest generation; also while another process publishes the next.
-  Result<IndexGeneration, StoreError> current() const;
+  /// Opens the newest generation; also while another process publishes the next. Segments that
+  /// `known` has, unless it is nullptr, are not opened again.
+  Result<IndexGeneration, StoreError> current(const IndexGeneration* known = nullptr) const;
 
   const std::string& path() const { return path_; }
 
@@ -63,36 +67,48 @@ class IndexFolder {
   /// it, when another has it; also when this process has it already.
   Result<IndexLock, StoreError> lock() const;
 
-  /// Writes what was built as the next generation and puts it in the place of the one before,
+  /// Writes a segment to `file`, of this generation. Gives what tells it from all others.
+  using WriteSegment =
+      FunctionRef<Result<SegmentIdentity, StoreError>(FileWriter& file, std::uint64_t generation)>;
+  /// Is told of a segment that is about to come into force.
+  using Announce = FunctionRef<void(const SegmentIdentity& segment)>;
+
+  /// Writes a segment as the next generation and puts it in the place of the one before,
   /// whole or not at all, whatever befalls this process or the machine; removes what earlier
-  /// generations and killed processes left. Of `crawl` all but generation and segments counts.
-  /// Gives the manifest.
+  /// generations and killed processes left. The segments of `next` are kept, and the written one
+  /// comes after them; its generation is of no account. Gives the manifest.
   ///
   /// An error leaves the old generation in force and nothing of the new one, with one exception:
   /// when at the very end the folder can't be synced, the new one is in force, though a loss of
   /// power may bring the old one back, which is why both are then kept.
-  Result<Manifest, StoreError> publish(const IndexLock& lock, const SegmentBuilder& built,
-                                       Manifest crawl) const {
-    return publish(lock, built, std::move(crawl), [](const auto&, auto) {});
-  }
+  Result<Manifest, StoreError> publishSegment(
+      const IndexLock& lock, Manifest next, WriteSegment write,
+      Announce announce = [](const SegmentIdentity&) {}) const;
 
-  /// Is told of a segment that is about to come into force: which entry that was added each of its
-  /// rows is. What is known of rows can then be said before anybody searches them.
-  using Announce =
+  /// The same of what was built, which is then all that the index consists of. `announce` is also
+  /// told which entry that was added each row is: what is known of rows can then be said before
+  /// anybody searches them.
+  using AnnounceRows =
       FunctionRef<void(const SegmentIdentity& segment, std::span<const std::uint32_t> rows)>;
-  Result<Manifest, StoreError> publish(const IndexLock& lock, const SegmentBuilder& built,
-                                       Manifest crawl, Announce announce) const;
+  Result<Manifest, StoreError> publish(
+      const IndexLock& lock, const SegmentBuilder& built, Manifest crawl,
+      AnnounceRows announce = [](const auto&, auto) {}) const;
+
+  /// Says of the generation in force, whose manifest `vouched` is but for the moment that is
+  /// vouched for, that it is good until then.
+  std::optional<StoreError> vouch(const IndexLock& lock, const Manifest& vouched) const;
 
  private:
   IndexFolder(std::string path, Descriptor folder, StoreCalls& calls)
       : path_(std::move(path)), folder_(std::move(folder)), calls_(&calls) {}
 
+  Result<std::shared_ptr<const Segment>, StoreError> openSegment(
+      const SegmentRecord& record, const IndexGeneration* known) const;
   std::string shown(const std::string& name) const { return path_ + "/" + name; }
   std::optional<StoreError> replaceManifest(const std::string& text) const;
   Result<SegmentIdentity, StoreError> writeSegment(const std::string& name,
-                                                   const SegmentBuilder& built,
                                                    std::uint64_t generation,
-                                                   std::vector<std::uint32_t>& order) const;
+                                                   WriteSegment write) const;
   template <class Write>
   std::optional<StoreError> writeBeside(const std::string& name, Write write) const;
   std::optional<StoreError> syncFolder() const;

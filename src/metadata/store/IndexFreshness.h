@@ -21,10 +21,16 @@ inline constexpr std::chrono::minutes kIndexIsFreshFor{15};
 /// By how much the clocks of file servers may differ from one reading to the next.
 inline constexpr std::chrono::minutes kClockTolerance{1};
 
-/// How fresh a generation is counts from when its crawl began: what changed since may be missing.
+/// Since when changes may be missing from a generation: since its crawl began, or the last moment
+/// that a watcher vouched for.
+inline Date knownUntil(const Manifest& manifest) {
+  return manifest.vouched > manifest.began ? manifest.vouched : manifest.began;
+}
+
 inline IndexFreshness freshnessOf(const Manifest& manifest, Date now) {
-  if (manifest.began > now + kClockTolerance) return IndexFreshness::kOfTheFuture;
-  return manifest.began < now - kIndexIsFreshFor ? IndexFreshness::kOld : IndexFreshness::kFresh;
+  const Date known = knownUntil(manifest);
+  if (known > now + kClockTolerance) return IndexFreshness::kOfTheFuture;
+  return known < now - kIndexIsFreshFor ? IndexFreshness::kOld : IndexFreshness::kFresh;
 }
 
 /// Whether a watcher vouches for a generation: that it had, not longer ago than a crawl may have

@@ -12,7 +12,7 @@
 namespace vt {
 namespace {
 
-constexpr std::string_view kFirstLine = "vistaro-index 1\n";
+constexpr std::string_view kFirstLine = "vistaro-index 2\n";
 constexpr std::string_view kChecksumWord = "checksum ";
 constexpr std::size_t kChecksumLineBytes = kChecksumWord.size() + 16 + 1;
 
@@ -55,6 +55,7 @@ class ManifestReader {
     manifest.began = date("began");
     manifest.ended = date("ended");
     manifest.duration = std::chrono::microseconds(number<std::int64_t>("duration"));
+    manifest.vouched = date("vouched");
     return manifest;
   }
 
@@ -114,8 +115,8 @@ std::string printManifest(const Manifest& manifest) {
   for (const std::string& root : manifest.roots) {
     fmt::format_to(add, "root {}\n", escaped(root));
   }
-  fmt::format_to(add, "began {}\nended {}\nduration {}\n", countOf(manifest.began),
-                 countOf(manifest.ended), manifest.duration.count());
+  fmt::format_to(add, "began {}\nended {}\nduration {}\nvouched {}\n", countOf(manifest.began),
+                 countOf(manifest.ended), manifest.duration.count(), countOf(manifest.vouched));
   text += checksumLine(text);
   return text;
 }

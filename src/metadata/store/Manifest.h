@@ -24,11 +24,14 @@ struct SegmentRecord {
 /// What an index consists of and tells of itself. Each generation has its own.
 struct Manifest {
   std::uint64_t generation = 0;
-  std::vector<SegmentRecord> segments;
+  std::vector<SegmentRecord> segments;   ///< the base, then the delta if there is one
   std::vector<std::string> roots;        ///< canonical paths, bytes: what was asked to be indexed
   Date began;                            ///< when the crawl did, by the clock of this machine
   Date ended;                            ///< the same; a clock that was set may put it before
   std::chrono::microseconds duration{};  ///< of the crawl, by a clock that is never set
+  /// Nothing that changed before is missing, as far as a watcher could tell. As `began` after a
+  /// crawl.
+  Date vouched;
 
   bool operator==(const Manifest&) const = default;
 };

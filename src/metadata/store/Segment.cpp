@@ -73,6 +73,10 @@ ColumnShape shapeOf(ColumnId id) {
       return {4, Per::kClass, 1};
     case ColumnId::kTypeIdentifierOffsets:
       return {4, Per::kType, 1};
+    case ColumnId::kBaseFolders:
+      return {4, Per::kNothing};
+    case ColumnId::kDeadRows:
+      return {8, Per::kNothing};
   }
   return {1, Per::kNothing};
 }

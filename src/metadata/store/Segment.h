@@ -23,6 +23,9 @@ namespace vt {
 
 /// A segment file that is mapped into memory, to be read by any number of threads.
 ///
+/// It is a base, which stands for itself, or a delta: what has come and gone since a base was made.
+/// The folders, access classes and types of a delta stand in the place of those of its base.
+///
 /// Opening checks the head, where each column lies, and the checksums of all that is not of rows:
 /// folders, access classes and types. It reads nothing of the rows. What is damaged in them gives
 /// wrong answers at worst; verifySegment() finds it.
@@ -38,10 +41,24 @@ class Segment {
 
   std::uint64_t generation() const { return head_.generation; }
   SegmentIdentity identity() const { return {head_.fileBytes, head_.checksum}; }
+  /// The segment that this one adds to and takes away from; nothing of a base.
+  std::optional<SegmentIdentity> base() const {
+    if (head_.baseBytes == 0) return std::nullopt;
+    return SegmentIdentity{head_.baseBytes, head_.baseHeadChecksum};
+  }
   const std::string& shownPath() const { return shownPath_; }
 
   /// Takes what was read of the file off the memory of this process; see MappedFile.
   void dropPages() const { file_.dropPages(); }
+
+  /// Of a delta: which of its folders each folder of the base is; kNoFolder for one that went.
+  std::span<const std::uint32_t> baseFolders() const {
+    return numbersOf<std::uint32_t>(ColumnId::kBaseFolders);
+  }
+  /// Of a delta: the rows of the base that count no more, a bit for each, the lowest first.
+  std::span<const std::uint64_t> deadRows() const {
+    return numbersOf<std::uint64_t>(ColumnId::kDeadRows);
+  }
 
   /// What the folder is known again by.
   FolderStamp stampOf(std::uint32_t folder) const;

@@ -1,6 +1,7 @@
 #include "metadata/store/SegmentBuilder.h"
 
 #include <limits>
+#include <utility>
 
 #include "metadata/store/SegmentContents.h"
 
@@ -72,6 +73,13 @@ bool SegmentBuilder::addRow(const SegmentEntry& entry) {
              .ownFolder = entry.ownFolder});
   ++folders_[entry.folder].entryCount;
   return true;
+}
+
+void SegmentBuilder::goOnFrom(const SegmentIdentity& base, std::vector<std::uint32_t> baseFolders,
+                              std::span<const std::uint64_t> deadRows) {
+  base_ = base;
+  baseFolders_ = std::move(baseFolders);
+  deadRows_.assign(deadRows.begin(), deadRows.end());
 }
 
 std::uint16_t SegmentBuilder::numberOfType(ContentTypeId type) {

@@ -69,6 +69,20 @@ class SegmentBuilder {
   /// entry is then left out.
   [[nodiscard]] bool addRow(const SegmentEntry& entry);
 
+  /// Gives a type the next number of its own, unless it has one.
+  void addType(ContentTypeId type) { numberOfType(type); }
+
+  /// Makes it a delta of `base`: all folders are to be added, and the entries that are not in the
+  /// base. Of each folder of the base `baseFolders` has the number it was added under, or
+  /// kNoFolder; `deadRows` has a bit for each row of the base. Classes and types of the base are to
+  /// be added first, in their order.
+  void goOnFrom(const SegmentIdentity& base, std::vector<std::uint32_t> baseFolders,
+                std::span<const std::uint64_t> deadRows);
+  /// Says how many entries the folder has with those that are in the base.
+  void setEntryCount(std::uint32_t folder, std::uint32_t count) {
+    folders_[folder].entryCount = count;
+  }
+
   /// Whether more was added than a segment can hold. It can't be written any more.
   bool isFull() const { return isFull_; }
 
@@ -105,6 +119,10 @@ class SegmentBuilder {
   std::vector<std::pair<std::uint32_t, std::uint64_t>> oddAllocations_;  // bytes by row, ascending
   std::vector<ContentTypeId> usedTypes_;
   std::vector<std::uint16_t> numberOfType_;  // by type; kNoNumber for one that is not used
+  // Of a delta; else empty.
+  SegmentIdentity base_;
+  std::vector<std::uint32_t> baseFolders_;
+  std::vector<std::uint64_t> deadRows_;
   bool isFull_ = false;
 
   friend class SegmentContents;

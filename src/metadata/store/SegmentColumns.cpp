@@ -13,7 +13,8 @@ std::uint32_t SegmentColumns::ownFolderOf(std::size_t row) const {
     return folder < folderRows.size() ? folderRows[folder] : kNoRow;
   };
   const auto found = std::ranges::lower_bound(foldersByRow, row, {}, rowOf);
-  return found != foldersByRow.end() && rowOf(*found) == row ? *found : kNoFolder;
+  if (found == foldersByRow.end() || rowOf(*found) != row) return kNoFolder;
+  return folderNumbered(*found);
 }
 
 std::uint64_t SegmentColumns::oddAllocationOf(std::size_t row) const {

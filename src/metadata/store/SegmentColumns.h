@@ -35,7 +35,8 @@ struct AccessClass {
 };
 
 /// What the engine reads of a segment: columns of numbers and texts, borrowed from whoever has the
-/// segment open. All columns of rows are of one length, and all of folders.
+/// segment open. All columns of rows are of one length, and all of folders. Folders, classes and
+/// types may be those of a newer segment that goes on from this one.
 ///
 /// There is a class and a type when there are rows. Numbers that a damaged file gives are looked up
 /// only where something is: they give wrong answers at worst.
@@ -52,7 +53,7 @@ struct SegmentColumns {
   std::span<const std::uint64_t> sizes;
   std::span<const std::uint32_t> allocatedBlocks;
   std::span<const std::uint16_t> types;
-  std::span<const std::uint32_t> folders;
+  std::span<const std::uint32_t> folders;  ///< see folderOf()
   std::span<const std::uint32_t> accessClasses;
 
   // Rows whose allocated space is no number of blocks below kNotInBlocks, ascending; and the space.
@@ -67,10 +68,15 @@ struct SegmentColumns {
   /// Folders that were asked to be indexed, and those that were listed without failure.
   std::span<const std::uint8_t> areRoots;
   std::span<const std::uint8_t> areListed;
-  std::span<const std::uint32_t> folderRows;  ///< kNoRow for what is no row
 
-  /// The folders that are rows, in the order of those.
+  // Which row a folder is, kNoRow for what is none of these; and the folders that are rows, in the
+  // order of those. Here folders have the numbers of the column `folders`.
+  std::span<const std::uint32_t> folderRows;
   std::span<const std::uint32_t> foldersByRow;
+
+  /// What the folders that rows name are called in the columns by folder, where these are newer
+  /// than the rows; empty where they are not.
+  std::span<const std::uint32_t> folderNumbers;
 
   std::span<const AccessClass> classes;
   std::span<const std::string_view> typeIdentifiers;
@@ -94,7 +100,12 @@ struct SegmentColumns {
     return blocks != kNotInBlocks ? blocks * kAllocationBlockBytes : oddAllocationOf(row);
   }
   std::uint32_t typeOf(std::size_t row) const { return within(types[row], typeIdentifiers.size()); }
-  std::uint32_t folderOf(std::size_t row) const { return within(folders[row], parents.size()); }
+  std::uint32_t folderOf(std::size_t row) const { return folderNumbered(folders[row]); }
+  /// The folder that rows name by `number`.
+  std::uint32_t folderNumbered(std::uint32_t number) const {
+    if (folderNumbers.empty()) return within(number, parents.size());
+    return number < folderNumbers.size() ? within(folderNumbers[number], parents.size()) : 0;
+  }
   std::uint32_t classOf(std::size_t row) const {
     return within(accessClasses[row], classes.size());
   }

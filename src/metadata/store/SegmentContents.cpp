@@ -96,6 +96,8 @@ Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
   head.folderCount = static_cast<std::uint32_t>(built_.folders_.size());
   head.classCount = static_cast<std::uint32_t>(built_.classes_.size());
   head.typeCount = static_cast<std::uint32_t>(built_.usedTypes_.size());
+  head.baseBytes = built_.base_.bytes;
+  head.baseHeadChecksum = built_.base_.headChecksum;
   SegmentWriter writer(file, head);
   writeRows(writer, mostTextBytes);
   writeOddAllocations(writer);
@@ -103,6 +105,8 @@ Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
   writeFoldersByRow(writer);
   writeClasses(writer, mostTextBytes);
   writeTypes(writer, mostTextBytes);
+  writer.numbers<std::uint32_t>(ColumnId::kBaseFolders, built_.baseFolders_, kItself);
+  writer.numbers<std::uint64_t>(ColumnId::kDeadRows, built_.deadRows_, kItself);
   const SegmentHead& written = writer.finish();
   if (file.error()) return *file.error();
   return SegmentIdentity{written.fileBytes, written.checksum};

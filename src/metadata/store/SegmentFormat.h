@@ -12,7 +12,7 @@ namespace vt {
 // Numbers are little endian in the file and used where they lie.
 static_assert(std::endian::native == std::endian::little);
 
-inline constexpr std::uint32_t kSegmentFormatVersion = 1;
+inline constexpr std::uint32_t kSegmentFormatVersion = 2;
 
 // The end of line in it shows a copy that took the file for text.
 inline constexpr std::array<char, 8> kSegmentMagic = {'V', 'T', 'S', 'e', 'g', 'm', '\r', '\n'};
@@ -62,9 +62,11 @@ enum class ColumnId : std::uint32_t {
   // By type.
   kTypeIdentifiers,
   kTypeIdentifierOffsets,
+  // Of a delta: by folder of the base, and by row of it.
+  kBaseFolders,
+  kDeadRows,
 };
-inline constexpr std::size_t kColumnCount =
-    static_cast<std::size_t>(ColumnId::kTypeIdentifierOffsets) + 1;
+inline constexpr std::size_t kColumnCount = static_cast<std::size_t>(ColumnId::kDeadRows) + 1;
 
 /// Where a column lies.
 struct ColumnPlace {
@@ -84,6 +86,9 @@ struct SegmentHead {
   std::uint32_t folderCount = 0;
   std::uint32_t classCount = 0;
   std::uint32_t typeCount = 0;
+  // Of a delta: the segment that it belongs to. 0 in a base.
+  std::uint64_t baseBytes = 0;
+  std::uint64_t baseHeadChecksum = 0;
   std::array<ColumnPlace, kColumnCount> columns;
   std::uint64_t checksum = 0;  ///< of all before it
 };
@@ -92,6 +97,6 @@ constexpr std::uint64_t alignedForColumn(std::uint64_t offset) {
   return (offset + kColumnAlignment - 1) / kColumnAlignment * kColumnAlignment;
 }
 
-static_assert(sizeof(SegmentHead) == 56 + kColumnCount * sizeof(ColumnPlace));
+static_assert(sizeof(SegmentHead) == 72 + kColumnCount * sizeof(ColumnPlace));
 
 }  // namespace vt

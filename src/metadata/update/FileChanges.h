@@ -12,7 +12,8 @@ namespace vt {
 /// come more than once and below another one, and it may name what does not exist any more or never
 /// did, or what lies outside the indexed folders: such a path is of no consequence. A path counts
 /// as it was then or as it is now: when a folder was renamed, what changed in it may be named by
-/// either.
+/// either. Where a name that another folder took meanwhile makes that ambiguous, it belongs among
+/// the trees.
 ///
 /// These are places to look at, not statements: what is there is found by looking. So it is always
 /// right to name too much, and wrong to name too little. The folder that a named entry is in is

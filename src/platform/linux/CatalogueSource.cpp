@@ -38,13 +38,16 @@ StoreFailure CatalogueSource::take(const OpenIndex& index) {
   if (StoreFailure failure = reader_->lookAnew()) return failure;
   const Result<std::int64_t, StoreError> version = reader_->version();
   if (!version) return version.error();
-  if (contents_ && version_ == *version && segment_ == index.identity) return std::nullopt;
+  if (contents_ && version_ == *version && base_ == index.base && delta_ == index.delta) {
+    return std::nullopt;
+  }
   contents_.reset();
-  auto taken = IndexedContents::of(reader_, index.identity, index.segment.rowCount());
+  auto taken = IndexedContents::of(reader_, index);
   if (!taken) return taken.error();
   if (*taken) contents_ = std::make_shared<const IndexedContents>(std::move(**taken));
   version_ = *version;
-  segment_ = index.identity;
+  base_ = index.base;
+  delta_ = index.delta;
   return std::nullopt;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -30,10 +31,11 @@ class CatalogueSource {
   std::string folder_;
   std::shared_ptr<CatalogueReader> reader_;
   FileStatus file_;  // that reader_ has open
-  // What was taken of the reader, when that was of this version, for this segment.
+  // What was taken of the reader, when that was of this version, for these segments.
   std::shared_ptr<const IndexedContents> contents_;
   std::int64_t version_ = 0;
-  SegmentIdentity segment_;
+  SegmentIdentity base_;
+  std::optional<SegmentIdentity> delta_;
 };
 
 }  // namespace vt

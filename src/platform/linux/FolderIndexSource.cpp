@@ -26,7 +26,8 @@ void FolderIndexSource::refresh() {
     failure_.clear();
     return;
   }
-  Result<IndexGeneration, StoreError> generation = folder->current();
+  Result<IndexGeneration, StoreError> generation =
+      folder->current(open_ ? &open_->memory : nullptr);
   if (generation) {
     take(std::move(generation).value());
   } else {
@@ -35,13 +36,14 @@ void FolderIndexSource::refresh() {
 }
 
 void FolderIndexSource::take(IndexGeneration generation) {
-  std::shared_ptr<const OpenIndex> open = openIndex(std::move(generation.segment), *types_);
+  Manifest manifest = generation.manifest;
+  std::shared_ptr<const OpenIndex> open = openIndex(std::move(generation), *types_);
   if (!open) {
     failure_ = "the index was made with types that are not known here";
     return;
   }
   open_ = std::move(open);
-  manifest_ = std::move(generation.manifest);
+  manifest_ = std::move(manifest);
   failure_.clear();
 }
 
@@ -61,7 +63,7 @@ std::string FolderIndexSource::whyNotAt(Date now) const {
   if (freshnessOf(*manifest_, now) == IndexFreshness::kOfTheFuture) {
     return "the index is from the future: the clock was set back";
   }
-  const auto age = std::chrono::floor<std::chrono::minutes>(now - manifest_->began);
+  const auto age = std::chrono::floor<std::chrono::minutes>(now - knownUntil(*manifest_));
   return fmt::format("the index is {} minutes old", age.count());
 }
 

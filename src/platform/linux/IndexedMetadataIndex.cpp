@@ -107,7 +107,7 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   SearchScopes scopes = findSearchScopes(live.scopes, judge);
   std::vector<IndexedScope> indexed;
   for (SearchScope& scope : scopes.usable) {
-    const auto folder = indexedFolderAt(index->segment, scope.canonicalPath);
+    const auto folder = indexedFolderAt(index->folders(), scope.canonicalPath);
     if (!folder) return "the index does not hold " + scope.given;
     indexed.push_back({*folder, std::move(scope.path), std::move(scope.canonicalPath)});
   }

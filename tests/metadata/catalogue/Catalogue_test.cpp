@@ -77,12 +77,12 @@ TEST_F(Catalogue, ReplacesExtendedAttributesAloneUnderTheSameNumber) {
 TEST_F(Catalogue, KnowsOfWhichSegmentAllAttributesWereSeen) {
   const SegmentIdentity first{.headChecksum = 1};
   const SegmentIdentity second{.headChecksum = 0xFFFFFFFFFFFFFFFF};
-  EXPECT_FALSE(valueOrThrow(writer_->hasSeenAttributesOf(first)));
-  throwIf(writer_->setSeenAttributesOf(first));
-  EXPECT_TRUE(valueOrThrow(writer_->hasSeenAttributesOf(first)));
-  throwIf(writer_->setSeenAttributesOf(second));
-  EXPECT_TRUE(valueOrThrow(writer_->hasSeenAttributesOf(second)));
-  EXPECT_FALSE(valueOrThrow(writer_->hasSeenAttributesOf(first)));
+  EXPECT_FALSE(valueOrThrow(writer_->hasSeenAttributesOf({&first, 1})));
+  throwIf(writer_->setSeenAttributesOf({&first, 1}));
+  EXPECT_TRUE(valueOrThrow(writer_->hasSeenAttributesOf({&first, 1})));
+  throwIf(writer_->setSeenAttributesOf({&second, 1}));
+  EXPECT_TRUE(valueOrThrow(writer_->hasSeenAttributesOf({&second, 1})));
+  EXPECT_FALSE(valueOrThrow(writer_->hasSeenAttributesOf({&first, 1})));
 }
 
 TEST_F(Catalogue, NeverGivesANumberTwice) {
@@ -151,12 +151,14 @@ TEST_F(Catalogue, SaysWhichContentEachRowHasForTwoSegmentsAtMost) {
   const SegmentIdentity segments[] = {{1, 0xF000000000000001}, {1, 2}, {1, 3}};
   const std::vector<ContentNumber> rows = {5, kWithoutContent, kPendingContent};
   throwIf(writer_->setRows(segments[0], rows));
-  throwIf(writer_->setRows(segments[1], rows, segments[0]));
+  throwIf(writer_->setRows(segments[1], rows));
+  throwIf(writer_->keepRowsOf(std::span(segments).first(2)));
   throwIf(writer_->commit());
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[0], 3)), rows);
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[1], 3)), rows);
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[1], 4)), std::nullopt);
-  throwIf(writer_->setRows(segments[2], rows, segments[1]));
+  throwIf(writer_->setRows(segments[2], rows));
+  throwIf(writer_->keepRowsOf(std::span(segments).last(2)));
   throwIf(writer_->commit());
   EXPECT_EQ(valueOrThrow(folder_.reader()->rowsOf(segments[0], 3)), std::nullopt);
 }

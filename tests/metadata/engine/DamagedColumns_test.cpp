@@ -43,7 +43,7 @@ TEST(DamagedColumns, GiveWrongAnswersAtWorst) {
   std::size_t hits = 0;
   for (int round = 0; round < 60; ++round) {
     SCOPED_TRACE(round);
-    const SegmentColumns& good = whole->segment;
+    const SegmentColumns& good = whole->columns.base;
     std::vector<std::uint32_t> offsets(good.rowCount() + 1);
     for (std::size_t row = 0; row <= good.rowCount(); ++row) {
       offsets[row] = static_cast<std::uint32_t>(good.foldedNames.offsetOf(row));
@@ -58,17 +58,17 @@ TEST(DamagedColumns, GiveWrongAnswersAtWorst) {
     const auto parents = damaged(good.parents, random);
     const auto folderClasses = damaged(good.folderAccessClasses, random);
     auto bad = std::make_shared<OpenIndex>(*whole);
-    bad->segment.foldedNames = TextColumn(good.foldedNames.text(), offsets);
-    bad->segment.modified = modified;
-    bad->segment.types = rowTypes;
-    bad->segment.folders = folders;
-    bad->segment.accessClasses = classes;
-    bad->segment.folderRows = folderRows;
-    bad->segment.foldersByRow = foldersByRow;
-    bad->segment.parents = parents;
-    bad->segment.folderAccessClasses = folderClasses;
+    bad->columns.base.foldedNames = TextColumn(good.foldedNames.text(), offsets);
+    bad->columns.base.modified = modified;
+    bad->columns.base.types = rowTypes;
+    bad->columns.base.folders = folders;
+    bad->columns.base.accessClasses = classes;
+    bad->columns.base.folderRows = folderRows;
+    bad->columns.base.foldersByRow = foldersByRow;
+    bad->columns.base.parents = parents;
+    bad->columns.base.folderAccessClasses = folderClasses;
     const std::uint32_t scope = indexedFolderAt(good, files.path()).value();
-    indexedFolderAt(bad->segment, files.path());
+    indexedFolderAt(bad->columns.base, files.path());
     for (int i = 0; i < 20; ++i) {
       const auto query = query::parseQuery(queries.next(), schema);
       const AccessJudge judge(Credentials(RandomFiles::kFirstUid, RandomFiles::kFirstGid, {}));

@@ -70,7 +70,7 @@ TEST(KernelRights, AreTheEngines) {
   for (std::uint32_t tree = 0; verdicts < wanted; ++tree) {
     RandomFiles files(kSeed + tree, 250);
     const std::shared_ptr<const OpenIndex> index = IndexedTree(files.path(), types).index();
-    const std::uint32_t folder = indexedFolderAt(index->segment, files.path()).value();
+    const std::uint32_t folder = indexedFolderAt(index->folders(), files.path()).value();
     const auto pathsFor = [&](const AccessJudge& judge) {
       const IndexHits hits(index, nullptr, {types, groups}, {{folder, files.path(), files.path()}},
                            judge, *everything, schema, {Date(), query::Calendar()});

@@ -7,17 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "metadata/catalogue/CatalogueInFolder.h"
-#include "metadata/engine/IndexHits.h"
+#include "metadata/engine/FoundPaths.h"
 #include "metadata/engine/QueryContents.h"
 #include "metadata/engine/RandomFiles.h"
 #include "metadata/engine/RandomQuery.h"
 #include "metadata/indexing/IndexedTree.h"
-#include "metadata/live/LiveSearch.h"
-#include "metadata/live/SearchScopes.h"
-#include "metadata/live/ShippedSchema.h"
 #include "metadata/query/QueryParser.h"
-#include "metadata/types/ShippedTypes.h"
 
 namespace vt {
 namespace {
@@ -33,52 +28,7 @@ std::size_t wantedPairs() {
   return wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : kPairs;
 }
 
-class LiveAgreement : public testing::Test {
- protected:
-  std::vector<std::string> liveHits(const query::Query& query, const AccessJudge& judge,
-                                    const std::vector<std::string>& scopes) const {
-    const query::QueryMatcher matcher(query, schema_, context_);
-    const LiveHits hits = LiveSearch(matcher, schema_, tables_).run(scopes, judge.who()).hits;
-    std::vector<std::string> paths;
-    for (std::size_t i = 0; i < hits.size(); ++i) paths.push_back(hits.pathOf(hits[i]));
-    return paths;
-  }
-
-  std::vector<std::string> indexHits(const IndexedTree& index, const query::Query& query,
-                                     const AccessJudge& judge,
-                                     const std::vector<std::string>& scopes) const {
-    std::vector<IndexedScope> indexed;
-    for (const SearchScope& scope : findSearchScopes(scopes, judge).usable) {
-      const auto folder = indexedFolderAt(index.index()->segment, scope.canonicalPath);
-      EXPECT_TRUE(folder) << scope.canonicalPath;
-      indexed.push_back({folder.value_or(0), scope.path, scope.canonicalPath});
-    }
-    std::shared_ptr<CatalogueReader> catalogue = valueOrThrow(CatalogueReader::open(index.path()));
-    throwIf(catalogue->lookAnew());
-    const auto open = index.index();
-    auto contents = valueOrThrow(
-        IndexedContents::of(std::move(catalogue), open->identity, open->segment.rowCount()));
-    if (!contents) throw std::runtime_error("nothing is said of the rows");
-    EXPECT_FALSE(contents->hasPending());
-    const IndexHits hits(open, std::make_shared<const IndexedContents>(std::move(*contents)),
-                         tables_, indexed, judge, query, schema_, context_);
-    std::vector<std::string> paths;
-    for (std::size_t i = 0; i < hits.size(); ++i) {
-      Value path;
-      EXPECT_TRUE(hits.files().tell(LiveAttribute::kPath, hits.rowAt(i), path));
-      paths.push_back(*path.get<std::string>());
-    }
-    return paths;
-  }
-
-  const ContentTypes types_ = shippedTypes();
-  const Extractors extractors_ = builtInExtractors(types_);
-  const ResultGroups groups_{types_};
-  const TypeTables tables_{types_, groups_};
-  const query::AttributeSchema schema_ = shippedSchema();
-  const query::EvaluationContext context_{Date{std::chrono::seconds{RandomFiles::kNow}},
-                                          query::Calendar()};
-};
+class LiveAgreement : public FoundPaths {};
 
 TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
   const std::size_t pairs = wantedPairs();
@@ -114,7 +64,7 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
         if (files.pick(2) == 0) scopes.erase(scopes.begin());
       }
       const std::vector<std::string> expected = liveHits(*query, judge, scopes);
-      ASSERT_EQ(indexHits(index, *query, judge, scopes), expected)
+      ASSERT_EQ(indexHits(index.path(), *query, judge, scopes), expected)
           << "seed " << kSeed << ", pair " << done << ", user " << uid << ": " << text;
       hits += expected.size();
       emptyAnswers += expected.empty() ? 1 : 0;

@@ -43,7 +43,7 @@ class IndexedTree {
   const IndexFolder& folder() const { return folder_; }
   const IndexLock& lock() const { return lock_; }
   IndexGeneration generation() const { return folder_.current().value(); }
-  std::shared_ptr<const OpenIndex> index() const { return openIndex(generation().segment, types_); }
+  std::shared_ptr<const OpenIndex> index() const { return openIndex(generation(), types_); }
 
  private:
   static IndexFolder make(const std::string& path) {

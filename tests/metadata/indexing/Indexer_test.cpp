@@ -83,10 +83,10 @@ TEST_F(IndexerTest, HoldsEachRootAndNothingBesideThem) {
   EXPECT_THAT(report.manifest.roots, ElementsAre(tree_ / "shared/a/x", tree_ / "shared/a/y"));
   EXPECT_THAT(namesIn(indexed_), ElementsAre("one.txt", "two.txt"));
   const std::shared_ptr<const OpenIndex> index = indexed_.index();
-  EXPECT_TRUE(indexedFolderAt(index->segment, tree_ / "shared/a/x"));
-  EXPECT_TRUE(indexedFolderAt(index->segment, tree_ / "shared/a/y"));
-  EXPECT_FALSE(indexedFolderAt(index->segment, tree_ / "shared/a"));
-  EXPECT_FALSE(indexedFolderAt(index->segment, "/"));
+  EXPECT_TRUE(indexedFolderAt(index->folders(), tree_ / "shared/a/x"));
+  EXPECT_TRUE(indexedFolderAt(index->folders(), tree_ / "shared/a/y"));
+  EXPECT_FALSE(indexedFolderAt(index->folders(), tree_ / "shared/a"));
+  EXPECT_FALSE(indexedFolderAt(index->folders(), "/"));
 }
 
 TEST_F(IndexerTest, CallsARootThatIsGoneNotListed) {
@@ -94,7 +94,7 @@ TEST_F(IndexerTest, CallsARootThatIsGoneNotListed) {
   const IndexingReport report = indexed_.run({tree_ / "gone", tree_ / "here"});
   EXPECT_EQ(report.crawled.leftOut, 1U);
   EXPECT_THAT(namesIn(indexed_), ElementsAre("one.txt"));
-  EXPECT_FALSE(indexedFolderAt(indexed_.index()->segment, tree_ / "gone"));
+  EXPECT_FALSE(indexedFolderAt(indexed_.index()->columns.base, tree_ / "gone"));
 }
 
 TEST_F(IndexerTest, MakesTheSameOfAChangedTreeWithMemoryAsWithout) {
@@ -172,8 +172,8 @@ TEST_F(IndexerTest, ReadsAllAnewWhenTheLastGenerationIsDamagedWhileThatServes) {
   EXPECT_EQ(report.distrusted->kind, StoreError::Kind::kDamaged);
   EXPECT_THAT(report.distrusted->reason, HasSubstr("segment-1"));
   EXPECT_EQ(contentOf(indexed_), contentOf(IndexedTree(tree_.path(), types_)));
-  EXPECT_EQ(serving->segment.rowCount(), 1U);
-  EXPECT_EQ(serving->segment.name(0), "one.txt");
+  EXPECT_EQ(serving->columns.base.rowCount(), 1U);
+  EXPECT_EQ(serving->columns.base.name(0), "one.txt");
   EXPECT_FALSE(indexed_.run({tree_.path()}).distrusted);
 }
 
@@ -238,7 +238,7 @@ TEST_F(IndexerTest, TellsFullDisksAndLeavesTheLastGeneration) {
 TEST_F(IndexerTest, HoldsAnEmptyFolder) {
   indexed_.run({tree_.path()});
   EXPECT_THAT(namesIn(indexed_), IsEmpty());
-  EXPECT_TRUE(indexedFolderAt(indexed_.index()->segment, tree_.path()));
+  EXPECT_TRUE(indexedFolderAt(indexed_.index()->columns.base, tree_.path()));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ namespace vt {
 namespace {
 
 constexpr SegmentIdentity kEarlier{.headChecksum = 17};
+constexpr SegmentIdentity kOther{.headChecksum = 18};
 
 class RowContentsTest : public testing::Test {
  protected:
@@ -40,7 +41,7 @@ class RowContentsTest : public testing::Test {
   /// The contents of the entries, and which of them are to be looked at.
   std::pair<std::vector<ContentNumber>, std::vector<std::uint32_t>> of(
       const std::vector<CrawledEntry>& entries) {
-    RowContents contents = valueOrThrow(RowContents::of(*writer_, extractors_, kEarlier));
+    RowContents contents = valueOrThrow(RowContents::of(*writer_, extractors_, {&kEarlier, 1}));
     std::vector<std::uint32_t> rows;
     for (const CrawledEntry& each : entries) {
       contents.add(each);
@@ -62,14 +63,14 @@ TEST_F(RowContentsTest, LooksAtFilesThatNobodyLooksIntoOnceAndWhenTheyHaveChange
   const std::vector<CrawledEntry> entries = {entry("known.jpg", 1, 5, /*isUnchanged=*/true),
                                              entry("new.jpg", 2, 5, /*isUnchanged=*/false)};
   EXPECT_EQ(of(entries), std::pair(Contents(2, kWithoutContent), (Rows{0, 1})));
-  throwIf(writer_->setSeenAttributesOf(kEarlier));
+  throwIf(writer_->setSeenAttributesOf({&kEarlier, 1}));
   EXPECT_EQ(of(entries), std::pair(Contents(2, kWithoutContent), Rows{1}));
-  throwIf(writer_->setSeenAttributesOf({.headChecksum = 18}));
+  throwIf(writer_->setSeenAttributesOf({&kOther, 1}));
   EXPECT_EQ(of(entries), std::pair(Contents(2, kWithoutContent), (Rows{0, 1})));
 }
 
 TEST_F(RowContentsTest, LooksAtFilesThatAreKnownWhenTheirInodeHasChanged) {
-  throwIf(writer_->setSeenAttributesOf(kEarlier));
+  throwIf(writer_->setSeenAttributesOf({&kEarlier, 1}));
   const ContentNumber text = add(1, "text", 5);
   const ContentNumber tagged = add(2, "", 5);
   const ContentNumber neverSeen = add(3, "text", 0);

@@ -124,7 +124,8 @@ TEST(IndexFolder, GivesTheNewestGeneration) {
                        .roots = {"/Data", "/\xff"},
                        .began = Date{std::chrono::seconds{5}},
                        .ended = Date{std::chrono::seconds{9}},
-                       .duration = std::chrono::seconds{4}};
+                       .duration = std::chrono::seconds{4},
+                       .vouched = Date{std::chrono::seconds{7}}};
   for (std::uint64_t generation = 1; generation <= 3; ++generation) {
     const Manifest manifest = publish(folder, static_cast<std::uint32_t>(generation), crawl);
     EXPECT_EQ(manifest.generation, generation);
@@ -218,12 +219,12 @@ TEST(IndexFolder, SaysWhatIsDamagedAndIsReplaced) {
        Kind::kDamaged, "it is not the one that belongs to the manifest"},
       {"no segment",
        [](const std::string& folder) { writeFile(folder + "/manifest", manifestNaming({})); },
-       Kind::kDamaged, "it does not name one segment"},
+       Kind::kDamaged, "it names no segments that belong together"},
       {"segment elsewhere",
        [](const std::string& folder) {
          writeFile(folder + "/manifest", manifestNaming({{"../x/segment-2", {}}}));
        },
-       Kind::kDamaged, "it does not name one segment"},
+       Kind::kDamaged, "it names no segments that belong together"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);

@@ -16,13 +16,14 @@ Manifest someManifest() {
           .roots = {"/Data/Größe 1%", "/a\nb", std::string("/\xff")},
           .began = Date{microseconds{1'795'219'200'000'000}},
           .ended = Date{microseconds{1'795'219'203'500'000}},
-          .duration = microseconds{3'500'000}};
+          .duration = microseconds{3'500'000},
+          .vouched = Date{microseconds{1'795'219'260'000'000}}};
 }
 
 TEST(Manifest, IsLinesOfPlainText) {
   const std::string text = printManifest(someManifest());
   const std::string body =
-      "vistaro-index 1\n"
+      "vistaro-index 2\n"
       "generation 12\n"
       "segment segment-12 123456 0123456789abcdef\n"
       "root /Data/Gr%C3%B6%C3%9Fe%201%25\n"
@@ -30,7 +31,8 @@ TEST(Manifest, IsLinesOfPlainText) {
       "root /%FF\n"
       "began 1795219200000000\n"
       "ended 1795219203500000\n"
-      "duration 3500000\n";
+      "duration 3500000\n"
+      "vouched 1795219260000000\n";
   EXPECT_EQ(text.substr(0, body.size()), body);
   EXPECT_EQ(text.substr(body.size()).size(), std::string("checksum 0123456789abcdef\n").size());
 }
@@ -79,25 +81,26 @@ TEST(Manifest, IsNothingThatAnotherWriterWrote) {
     std::string body;
     StoreError::Kind kind;
   };
-  const std::string end = "began 0\nended 0\nduration 0\n";
+  const std::string end = "began 0\nended 0\nduration 0\nvouched 0\n";
   const Case cases[] = {
-      {"later version", "vistaro-index 2\nsomething\n", StoreError::Kind::kOtherKind},
+      {"later version", "vistaro-index 3\nsomething\n", StoreError::Kind::kOtherKind},
+      {"earlier version", "vistaro-index 1\nsomething\n", StoreError::Kind::kOtherKind},
       {"nothing", "", StoreError::Kind::kOtherKind},
-      {"no lines", "vistaro-index 1\n", StoreError::Kind::kDamaged},
-      {"no generation", "vistaro-index 1\n" + end, StoreError::Kind::kDamaged},
-      {"zeros in front", "vistaro-index 1\ngeneration 007\n" + end, StoreError::Kind::kDamaged},
-      {"no number", "vistaro-index 1\ngeneration x\n" + end, StoreError::Kind::kDamaged},
-      {"too large", "vistaro-index 1\ngeneration 18446744073709551616\n" + end,
+      {"no lines", "vistaro-index 2\n", StoreError::Kind::kDamaged},
+      {"no generation", "vistaro-index 2\n" + end, StoreError::Kind::kDamaged},
+      {"zeros in front", "vistaro-index 2\ngeneration 007\n" + end, StoreError::Kind::kDamaged},
+      {"no number", "vistaro-index 2\ngeneration x\n" + end, StoreError::Kind::kDamaged},
+      {"too large", "vistaro-index 2\ngeneration 18446744073709551616\n" + end,
        StoreError::Kind::kDamaged},
-      {"lower-case escape", "vistaro-index 1\ngeneration 7\nroot /%ff\n" + end,
+      {"lower-case escape", "vistaro-index 2\ngeneration 7\nroot /%ff\n" + end,
        StoreError::Kind::kDamaged},
-      {"half an escape", "vistaro-index 1\ngeneration 7\nroot /%F\n" + end,
+      {"half an escape", "vistaro-index 2\ngeneration 7\nroot /%F\n" + end,
        StoreError::Kind::kDamaged},
-      {"segment without size", "vistaro-index 1\ngeneration 7\nsegment a\n" + end,
+      {"segment without size", "vistaro-index 2\ngeneration 7\nsegment a\n" + end,
        StoreError::Kind::kDamaged},
-      {"more lines", "vistaro-index 1\ngeneration 7\n" + end + end, StoreError::Kind::kDamaged},
+      {"more lines", "vistaro-index 2\ngeneration 7\n" + end + end, StoreError::Kind::kDamaged},
   };
-  ASSERT_TRUE(parseManifest(sealed("vistaro-index 1\ngeneration 7\n" + end), "m"));
+  ASSERT_TRUE(parseManifest(sealed("vistaro-index 2\ngeneration 7\n" + end), "m"));
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     const auto parsed = parseManifest(sealed(c.body), "m");

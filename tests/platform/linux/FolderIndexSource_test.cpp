@@ -25,7 +25,7 @@ class FolderIndexSourceTest : public testing::Test {
   std::size_t rows(Date now) {
     source_.refresh();
     const std::shared_ptr<const OpenIndex> open = source_.freshAt(now);
-    return open ? open->segment.rowCount() : 0;
+    return open ? open->columns.entryCount() : 0;
   }
   std::string whyNot(Date now) {
     source_.refresh();

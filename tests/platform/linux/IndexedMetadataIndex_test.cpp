@@ -341,7 +341,7 @@ TEST_F(IndexedMetadataIndexTest, WalksFoldersThatTheIndexDoesNotHold) {
     EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause,
               c.isWalked ? "the index does not hold " + c.scope : "");
   }
-  EXPECT_FALSE(indexedFolderAt(source_->index->segment, above)) << "only on the way to it";
+  EXPECT_FALSE(indexedFolderAt(source_->index->folders(), above)) << "only on the way to it";
 }
 
 TEST_F(IndexedMetadataIndexTest, CallsHitsByThePathOfTheScopeAsItWasGiven) {

@@ -1,0 +1,218 @@
+#include "metadata/update/UpdatedContents.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+#include <utility>
+
+#include "metadata/catalogue/CatalogueReader.h"
+#include "metadata/indexing/AttributesLook.h"
+#include "metadata/indexing/RowContents.h"
+
+namespace vt {
+namespace {
+
+Result<std::vector<ContentNumber>, StoreError> rowsOf(CatalogueReader& catalogue,
+                                                      const Segment& segment) {
+  auto rows = catalogue.rowsOf(segment.identity(), segment.columns().rowCount());
+  if (!rows) return rows.error();
+  if (!*rows) {
+    return StoreError{StoreError::Kind::kMissing,
+                      fmt::format("{} says nothing of {}", catalogue.path(), segment.shownPath())};
+  }
+  return std::move(**rows);
+}
+
+}  // namespace
+
+Result<UpdatedContents, StoreError> UpdatedContents::of(const IndexFolder& folder,
+                                                        const Extractors& extractors,
+                                                        const IndexGeneration& generation) {
+  const auto reader = CatalogueReader::open(folder.path());
+  if (!reader) return reader.error();
+  auto base = rowsOf(**reader, *generation.segment);
+  if (!base) return base.error();
+  Result<std::vector<ContentNumber>, StoreError> delta = std::vector<ContentNumber>();
+  if (generation.delta) delta = rowsOf(**reader, *generation.delta);
+  if (!delta) return delta.error();
+  auto writer = CatalogueWriter::open(folder.path());
+  if (!writer) return writer.error();
+  UpdatedContents contents(std::move(writer).value(), extractors);
+  contents.base_ = std::move(base).value();
+  contents.delta_ = std::move(delta).value();
+  contents.deltaRows_.resize(contents.delta_.size());
+  std::iota(contents.deltaRows_.begin(), contents.deltaRows_.end(),
+            static_cast<std::uint32_t>(contents.base_.size()));
+  contents.segments_.push_back(generation.segment->identity());
+  if (generation.delta) contents.segments_.push_back(generation.delta->identity());
+  // Whoever published the delta may have ended before all of it was looked at.
+  const Result<bool, StoreError> areSeen =
+      contents.catalogue_->hasSeenAttributesOf(contents.segments_);
+  if (!areSeen) return areSeen.error();
+  const Result<bool, StoreError> isBaseSeen =
+      contents.catalogue_->hasSeenAttributesOf({contents.segments_.data(), 1});
+  if (!isBaseSeen) return isBaseSeen.error();
+  contents.hasSeenRest_ = *isBaseSeen;
+  if (!*areSeen) {
+    contents.unseenOfDelta_.insert(contents.deltaRows_.begin(), contents.deltaRows_.end());
+  }
+  return contents;
+}
+
+Result<ContentNumber, StoreError> UpdatedContents::contentOf(const FileStatus& status,
+                                                             ContentTypeId type, bool& isUnseen) {
+  if (!status.isRegularFile()) return kWithoutContent;
+  const Extractor* const extractor = extractors_->forType(type);
+  const auto found = catalogue_->find(identityOf(status));
+  if (!found) return found.error();
+  const std::optional<ContentRecord>& known = *found;
+  const ContentVersion version = versionOf(status);
+  const bool isSeen = known && known->version.attributesChanged == version.attributesChanged;
+  if (extractor == nullptr) {
+    isUnseen = !isSeen;
+    return known && known->extractor.empty() ? known->number : kWithoutContent;
+  }
+  const bool isCurrent = known && known->version.hasSameBytesAs(version) &&
+                         extractors_->named(known->extractor, known->extractorVersion) == extractor &&
+                         (!known->failure || known->failure->isLasting());
+  isUnseen = isCurrent && !isSeen;
+  return isCurrent ? known->number : kPendingContent;
+}
+
+StoreFailure UpdatedContents::announce(const SegmentIdentity& delta, const KnownIndex& index,
+                                       std::span<const std::uint32_t> rows) {
+  std::unordered_map<std::uint32_t, ContentNumber> known;
+  for (std::size_t at = 0; at < deltaRows_.size(); ++at) known.emplace(deltaRows_[at], delta_[at]);
+  announced_.clear();
+  announcedRows_.assign(rows.begin(), rows.end());
+  for (const std::uint32_t row : rows) {
+    if (const auto before = known.find(row); before != known.end()) {
+      announced_.push_back(before->second);
+      continue;
+    }
+    bool isUnseen = false;
+    const auto content = contentOf(index.statusOf(row), index.typeOf(row), isUnseen);
+    if (!content) return content.error();
+    announced_.push_back(*content);
+    if (isUnseen) unseenOfDelta_.insert(row);
+  }
+  announcesBase_ = false;
+  return publish(delta, announced_, /*replacesBase=*/false);
+}
+
+StoreFailure UpdatedContents::announceMerged(const SegmentIdentity& base,
+                                             std::span<const std::uint32_t> order) {
+  announced_.clear();
+  announced_.reserve(order.size());
+  std::vector<bool> areUnseen(base_.size() + delta_.size());
+  for (const std::uint32_t row : unseenOfBase_) areUnseen[row] = true;
+  for (std::size_t at = 0; at < delta_.size(); ++at) {
+    areUnseen[base_.size() + at] = unseenOfDelta_.contains(deltaRows_[at]);
+  }
+  unseenOfBase_.clear();
+  unseenOfDelta_.clear();
+  for (const std::uint32_t row : order) {
+    if (areUnseen[row]) unseenOfBase_.push_back(static_cast<std::uint32_t>(announced_.size()));
+    announced_.push_back(row < base_.size() ? base_[row] : delta_[row - base_.size()]);
+  }
+  announcesBase_ = true;
+  return publish(base, announced_, /*replacesBase=*/true);
+}
+
+StoreFailure UpdatedContents::publish(const SegmentIdentity& segment,
+                                      std::span<const ContentNumber> contents, bool replacesBase) {
+  if (StoreFailure failure = catalogue_->setRows(segment, contents)) return failure;
+  std::vector<SegmentIdentity> kept = segments_;
+  kept.push_back(segment);
+  if (StoreFailure failure = catalogue_->keepRowsOf(kept)) return failure;
+  segments_.resize(replacesBase ? 0 : 1);
+  segments_.push_back(segment);
+  return catalogue_->commit();
+}
+
+void UpdatedContents::take(const IndexGeneration& generation) {
+  if (announcesBase_) {
+    base_ = std::move(announced_);
+    delta_.clear();
+    deltaRows_.clear();
+  } else if (generation.delta) {
+    delta_ = std::move(announced_);
+    deltaRows_ = std::move(announcedRows_);
+  }
+  announced_.clear();
+  announcedRows_.clear();
+}
+
+Result<ContentCounts, StoreError> UpdatedContents::lookIntoFiles(
+    const IndexGeneration& generation, const ContentTypes& types,
+    ContentIndexer::Progress progress) {
+  const GenerationColumns columns = columnsOf(generation);
+  columns.dead.forEach([&](std::size_t row) { base_[row] = kWithoutContent; });
+  ContentCounts counts;
+  bool goesOn = true;
+  const auto look = [&](const Segment& segment, const SegmentColumns& rows,
+                        std::vector<ContentNumber>& contents) -> StoreFailure {
+    if (!goesOn || std::ranges::find(contents, kPendingContent) == contents.end()) {
+      return std::nullopt;
+    }
+    ContentIndexer indexer(*catalogue_, *extractors_, types, segment.identity(), rows, contents);
+    StoreFailure failure =
+        indexer.run([&](const ContentCounts& now) { return goesOn = progress(now); });
+    counts.expected += indexer.counts().expected;
+    counts.done += indexer.counts().done;
+    counts.failures += indexer.counts().failures;
+    counts.vanished += indexer.counts().vanished;
+    return failure;
+  };
+  const Result<bool, StoreError> isDone = lookAtAttributes(generation, columns, progress);
+  if (!isDone) return isDone.error();
+  goesOn = *isDone;
+  StoreFailure failure;
+  if (generation.delta) failure = look(*generation.delta, columns.delta, delta_);
+  if (!failure) failure = look(*generation.segment, columns.base, base_);
+  if (failure) return *std::move(failure);
+  return counts;
+}
+
+Result<bool, StoreError> UpdatedContents::lookAtAttributes(const IndexGeneration& generation,
+                                                           const GenerationColumns& columns,
+                                                           ContentIndexer::Progress progress) {
+  std::vector<std::uint32_t> ofDelta;
+  for (std::uint32_t at = 0; generation.delta && at < deltaRows_.size(); ++at) {
+    if (unseenOfDelta_.contains(deltaRows_[at])) ofDelta.push_back(at);
+  }
+  if (ofDelta.empty() && unseenOfBase_.empty()) return true;
+  const auto look = [&](const SegmentIdentity& segment, const SegmentColumns& rows,
+                        std::span<const std::uint32_t> unseen,
+                        std::vector<ContentNumber>& contents) -> Result<bool, StoreError> {
+    if (unseen.empty()) return true;
+    Result<bool, StoreError> isDone =
+        AttributesLook(*catalogue_, rows, contents).run(unseen, progress);
+    if (!isDone) return isDone;
+    if (StoreFailure failure = catalogue_->setRows(segment, contents)) return *std::move(failure);
+    return isDone;
+  };
+  Result<bool, StoreError> isDone = true;
+  if (generation.delta) {
+    isDone = look(generation.delta->identity(), columns.delta, ofDelta, delta_);
+  }
+  if (isDone && *isDone) {
+    isDone = look(generation.segment->identity(), columns.base, unseenOfBase_, base_);
+  }
+  if (!isDone) return isDone;
+  if (*isDone) {
+    unseenOfBase_.clear();
+    unseenOfDelta_.clear();
+    if (hasSeenRest_) {
+      if (StoreFailure failure = catalogue_->setSeenAttributesOf(segments_)) {
+        return *std::move(failure);
+      }
+    }
+  }
+  if (StoreFailure failure = catalogue_->commit()) return *std::move(failure);
+  return isDone;
+}
+
+}  // namespace vt

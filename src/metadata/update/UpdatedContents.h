@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <unordered_set>
+#include <vector>
+
+#include "metadata/catalogue/CatalogueWriter.h"
+#include "metadata/extract/Extractors.h"
+#include "metadata/indexing/ContentIndexer.h"
+#include "metadata/store/IndexFolder.h"
+#include "metadata/types/ContentTypes.h"
+#include "metadata/update/KnownIndex.h"
+
+namespace vt {
+
+/// Which content each row has of an index that changes are made to.
+class UpdatedContents {
+ public:
+  /// What the catalogue in the folder says of the newest generation, which is `generation`.
+  /// kMissing when it says nothing.
+  static Result<UpdatedContents, StoreError> of(const IndexFolder& folder,
+                                                const Extractors& extractors,
+                                                const IndexGeneration& generation);
+
+  /// Says what is known of the rows of `delta`, which is about to come into force: `rows` are those
+  /// that `index` calls them by.
+  StoreFailure announce(const SegmentIdentity& delta, const KnownIndex& index,
+                        std::span<const std::uint32_t> rows);
+  /// The same of a new base, `order` being that of MergedSegment.
+  StoreFailure announceMerged(const SegmentIdentity& base, std::span<const std::uint32_t> order);
+
+  /// Takes what was announced for what is in force.
+  void take(const IndexGeneration& generation);
+
+  /// Looks into the files that nobody has looked into, those of the delta first, and at the extended
+  /// attributes of those that have changed.
+  Result<ContentCounts, StoreError> lookIntoFiles(const IndexGeneration& generation,
+                                                  const ContentTypes& types,
+                                                  ContentIndexer::Progress progress);
+
+ private:
+  UpdatedContents(std::unique_ptr<CatalogueWriter> catalogue, const Extractors& extractors)
+      : catalogue_(std::move(catalogue)), extractors_(&extractors) {}
+
+  /// What the file has; the other tells whether its extended attributes are to be looked at, though
+  /// its content is not.
+  Result<ContentNumber, StoreError> contentOf(const FileStatus& status, ContentTypeId type,
+                                              bool& isUnseen);
+  /// Looks at the extended attributes that nobody has looked at. False when `progress` ended it.
+  Result<bool, StoreError> lookAtAttributes(const IndexGeneration& generation,
+                                            const GenerationColumns& columns,
+                                            ContentIndexer::Progress progress);
+  StoreFailure publish(const SegmentIdentity& segment, std::span<const ContentNumber> contents,
+                       bool replacesBase);
+
+  std::unique_ptr<CatalogueWriter> catalogue_;
+  const Extractors* extractors_;
+  std::vector<SegmentIdentity> segments_;  // in force
+  std::vector<ContentNumber> base_;
+  std::vector<ContentNumber> delta_;
+  std::vector<std::uint32_t> deltaRows_;  // what the index calls the rows of the delta
+  std::vector<ContentNumber> announced_;
+  std::vector<std::uint32_t> announcedRows_;
+  // Rows of the base, and what the index calls those of the delta, of whose files the extended
+  // attributes are to be looked at.
+  std::vector<std::uint32_t> unseenOfBase_;
+  std::unordered_set<std::uint32_t> unseenOfDelta_;
+  bool hasSeenRest_ = false;  // the attributes of all other files
+  bool announcesBase_ = false;
+};
+
+}  // namespace vt

@@ -1,0 +1,241 @@
+#include "metadata/update/IndexUpdater.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "metadata/engine/FoundPaths.h"
+#include "metadata/indexing/ContentsVerifier.h"
+#include "metadata/indexing/IndexedTree.h"
+#include "metadata/live/LiveTree.h"
+#include "metadata/store/GenerationColumns.h"
+#include "metadata/store/IndexFreshness.h"
+
+namespace vt {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class IndexUpdaterTest : public FoundPaths {
+ protected:
+  /// What is indexed, as root, in the order of paths.
+  std::vector<std::string> found(const std::string& query = "kMDItemFSName == \"*\"") const {
+    const auto parsed = query::parseQuery(query, schema_);
+    std::vector<std::string> paths =
+        indexHits(index_.path(), *parsed, AccessJudge(Credentials(0, 0, {})), {tree_.path()});
+    for (std::string& path : paths) path.erase(0, tree_.path().size() + 1);
+    std::ranges::sort(paths);
+    return paths;
+  }
+  UpdateReport apply(const FileChanges& changes) {
+    const UpdateReport report = valueOrThrow(updater_.apply(changes));
+    valueOrThrow(updater_.lookIntoFiles([](const ContentCounts&) { return true; }));
+    return report;
+  }
+  std::string at(const std::string& name) const { return tree_ / name; }
+
+  LiveTree tree_;
+  IndexedTree index_{types_, &extractors_};
+  IndexUpdater updater_{index_.folder(), index_.lock(), types_, &extractors_};
+};
+
+TEST_F(IndexUpdaterTest, TakesWhatCameWentAndChanged) {
+  tree_.file("goes.txt");
+  tree_.file("changes.txt");
+  index_.run({tree_.path()});
+  std::filesystem::remove(at("goes.txt"));
+  std::ofstream(at("changes.txt")) << "more than before";
+  tree_.file("came/inside.txt");
+  const UpdateReport report =
+      apply({{at("goes.txt"), at("changes.txt"), at("came"), at("never")}, {}, {}});
+  EXPECT_EQ(report.generation, 2U);
+  EXPECT_EQ(report.rowsAdded, 3U);
+  EXPECT_EQ(report.rowsTakenAway, 2U);
+  EXPECT_THAT(found(), ElementsAre("came", "came/inside.txt", "changes.txt"));
+  EXPECT_THAT(found("kMDItemFSSize == 16"), ElementsAre("changes.txt"));
+}
+
+TEST_F(IndexUpdaterTest, PublishesNothingWhenNothingHasChanged) {
+  tree_.file("folder/file.txt");
+  index_.run({tree_.path()});
+  apply({{at("folder/file.txt"), at("folder"), "/elsewhere", "relative", ""},
+         {at("folder"), at("gone")},
+         {at("folder"), "/elsewhere"}});
+  EXPECT_EQ(index_.generation().manifest.generation, 1U);
+}
+
+TEST_F(IndexUpdaterTest, ListsAFolderAgain) {
+  tree_.file("folder/stays.txt");
+  tree_.file("folder/goes.txt");
+  index_.run({tree_.path()});
+  std::filesystem::remove(at("folder/goes.txt"));
+  tree_.file("folder/below/inside.txt");
+  apply({{}, {at("folder")}, {}});
+  EXPECT_THAT(found(),
+              ElementsAre("folder", "folder/below", "folder/below/inside.txt", "folder/stays.txt"));
+}
+
+TEST_F(IndexUpdaterTest, CrawlsATreeAnew) {
+  tree_.file("a/b/c/goes.txt");
+  index_.run({tree_.path()});
+  std::filesystem::remove(at("a/b/c/goes.txt"));
+  tree_.file("a/b/c/came.txt");
+  EXPECT_EQ(apply({{}, {}, {"/"}}).rowsAdded, 2U) << "the file and the folder that it is in";
+  EXPECT_THAT(found(), ElementsAre("a", "a/b", "a/b/c", "a/b/c/came.txt"));
+}
+
+TEST_F(IndexUpdaterTest, MovesAFolderWithoutTouchingWhatIsBelow) {
+  for (int file = 0; file < 50; ++file) tree_.file("from/deep/" + std::to_string(file));
+  tree_.file("other/file.txt");
+  index_.run({tree_.path()});
+  std::filesystem::rename(at("from"), at("other/to"));
+  const UpdateReport report = apply({{at("from"), at("other/to")}, {}, {}});
+  EXPECT_EQ(report.rowsAdded, 2U) << "the folder and the one that it is in now";
+  EXPECT_EQ(columnsOf(index_.generation()).delta.rowCount(), 2U);
+  EXPECT_EQ(found("kMDItemPath == \"*/other/to/deep/*\"").size(), 50U);
+  EXPECT_THAT(found("kMDItemPath == \"*/from*\""), IsEmpty());
+}
+
+TEST_F(IndexUpdaterTest, FindsAChangeByThePathOfBeforeAMove) {
+  tree_.file("from/deep/file.txt");
+  index_.run({tree_.path()});
+  std::ofstream(at("from/deep/file.txt")) << "changed";
+  std::filesystem::rename(at("from"), at("to"));
+  apply({{at("from/deep/file.txt"), at("from"), at("to")}, {}, {}});
+  EXPECT_THAT(found("kMDItemFSSize == 7"), ElementsAre("to/deep/file.txt"));
+}
+
+TEST_F(IndexUpdaterTest, FindsAChangeByThePathBetweenTwoMoves) {
+  tree_.file("from/deep/deeper/file.txt");
+  index_.run({tree_.path()});
+  std::filesystem::rename(at("from"), at("between"));
+  std::ofstream(at("between/deep/deeper/file.txt")) << "changed";
+  std::filesystem::rename(at("between"), at("to"));
+  IndexUpdater::Options options;
+  options.coarsestTick = std::chrono::microseconds(0);  // or all is too new to be believed
+  IndexUpdater updater(index_.folder(), index_.lock(), types_, &extractors_, options);
+  valueOrThrow(updater.apply(
+      {{at("from"), at("between"), at("between/deep/deeper/file.txt"), at("to")}, {}, {}}));
+  valueOrThrow(updater.lookIntoFiles([](const ContentCounts&) { return true; }));
+  EXPECT_THAT(found("kMDItemFSSize == 7"), ElementsAre("to/deep/deeper/file.txt"));
+}
+
+TEST_F(IndexUpdaterTest, TakesFoldersThatHaveChangedPlaces) {
+  tree_.file("a/one.txt");
+  tree_.file("b/two.txt");
+  index_.run({tree_.path()});
+  std::filesystem::rename(at("a"), at("c"));
+  std::filesystem::rename(at("b"), at("a"));
+  std::filesystem::rename(at("c"), at("b"));
+  apply({{at("a"), at("b"), at("c")}, {}, {}});
+  EXPECT_THAT(found(), ElementsAre("a", "a/two.txt", "b", "b/one.txt"));
+}
+
+TEST_F(IndexUpdaterTest, TellsARemadeFolderFromTheOneBefore) {
+  tree_.file("folder/deep/old.txt");
+  index_.run({tree_.path()});
+  std::filesystem::remove_all(at("folder"));
+  tree_.file("folder/deep/new.txt");
+  apply({{at("folder")}, {}, {}});
+  EXPECT_THAT(found(), ElementsAre("folder", "folder/deep", "folder/deep/new.txt"));
+}
+
+TEST_F(IndexUpdaterTest, TakesARootThatWentAndCameBack) {
+  tree_.file("root/file.txt");
+  index_.run({at("root")});
+  std::filesystem::remove_all(at("root"));
+  apply({{at("root")}, {}, {}});
+  EXPECT_FALSE(indexedFolderAt(indexIn(index_.path())->folders(), at("root")));
+  tree_.file("root/again.txt");
+  apply({{at("root")}, {}, {}});
+  const auto index = indexIn(index_.path());
+  EXPECT_TRUE(indexedFolderAt(index->folders(), at("root")));
+  EXPECT_EQ(index->columns.entryCount(), 1U);
+}
+
+TEST_F(IndexUpdaterTest, FindsTextsOfChangedFiles) {
+  std::ofstream(at("changed.txt")) << "before";
+  std::ofstream(at("same.txt")) << "before";
+  index_.run({tree_.path()});
+  std::ofstream(at("changed.txt")) << "afterwards";
+  std::filesystem::rename(at("same.txt"), at("renamed.txt"));
+  apply({{at("changed.txt"), at("same.txt"), at("renamed.txt")}, {}, {}});
+  EXPECT_THAT(found("kMDItemTextContent == \"afterwards\""), ElementsAre("changed.txt"));
+  EXPECT_THAT(found("kMDItemTextContent == \"before\""), ElementsAre("renamed.txt"));
+  const auto catalogue = valueOrThrow(CatalogueReader::open(index_.path()));
+  EXPECT_EQ(valueOrThrow(verifyContents(index_.generation(), *catalogue)).lookedInto, 2U);
+}
+
+TEST_F(IndexUpdaterTest, GoesOnFromAGenerationThatSomebodyElsePublished) {
+  tree_.file("one.txt");
+  index_.run({tree_.path()});
+  tree_.file("two.txt");
+  apply({{at("two.txt")}, {}, {}});
+  tree_.file("three.txt");
+  index_.run({tree_.path()});
+  EXPECT_FALSE(index_.generation().delta);
+  tree_.file("four.txt");
+  apply({{at("four.txt")}, {}, {}});
+  EXPECT_THAT(found(), ElementsAre("four.txt", "one.txt", "three.txt", "two.txt"));
+}
+
+TEST_F(IndexUpdaterTest, MergesWhenMuchHasChanged) {
+  for (int file = 0; file < 30; ++file) tree_.file(std::to_string(file));
+  index_.run({tree_.path()});
+  IndexUpdater::Options options;
+  options.leastChanged = 10;
+  IndexUpdater updater(index_.folder(), index_.lock(), types_, &extractors_, options);
+  FileChanges changes;
+  for (int file = 0; file < 12; ++file) {
+    std::filesystem::remove(at(std::to_string(file)));
+    changes.entries.push_back(at(std::to_string(file)));
+    EXPECT_EQ(valueOrThrow(updater.apply({{changes.entries.back()}, {}, {}})).hasMerged,
+              file == 10);
+  }
+  EXPECT_EQ(columnsOf(index_.generation()).base.rowCount(), 19U);
+  EXPECT_EQ(columnsOf(index_.generation()).deadCount, 1U);
+  EXPECT_EQ(found().size(), 18U);
+}
+
+TEST_F(IndexUpdaterTest, CountsAsFreshFromWhenItWasVouchedFor) {
+  tree_.file("one.txt");
+  const Manifest crawled = index_.run({tree_.path()}).manifest;
+  const Date later = crawled.began + 10 * kIndexIsFreshFor;
+  EXPECT_EQ(freshnessOf(index_.generation().manifest, later), IndexFreshness::kOld);
+  valueOrThrow(updater_.apply({}, later));
+  const Manifest vouched = index_.generation().manifest;
+  EXPECT_EQ(vouched.generation, crawled.generation) << "nothing has changed";
+  EXPECT_EQ(vouched.began, crawled.began);
+  EXPECT_EQ(freshnessOf(vouched, later), IndexFreshness::kFresh);
+  tree_.file("two.txt");
+  valueOrThrow(updater_.apply({{at("two.txt")}, {}, {}}));
+  EXPECT_EQ(freshnessOf(index_.generation().manifest, later), IndexFreshness::kFresh)
+      << "what was vouched for stays so";
+}
+
+TEST_F(IndexUpdaterTest, SaysThatThereIsNothingToGoOnFrom) {
+  const auto report = updater_.apply({{tree_.path()}, {}, {}});
+  ASSERT_FALSE(report);
+  EXPECT_EQ(report.error().kind, StoreError::Kind::kMissing);
+}
+
+TEST_F(IndexUpdaterTest, UpdatesNamesWhenTheCatalogueCannotBeUsed) {
+  tree_.file("one.txt");
+  index_.run({tree_.path()});
+  std::ofstream(index_.path() + "/catalogue") << "no catalogue";
+  tree_.file("two.txt");
+  const auto report = updater_.apply({{at("two.txt")}, {}, {}});
+  ASSERT_TRUE(report) << report.error().reason;
+  EXPECT_TRUE(report->contentError);
+  EXPECT_EQ(columnsOf(index_.generation()).entryCount(), 2U);
+  EXPECT_FALSE(updater_.lookIntoFiles([](const ContentCounts&) { return true; }));
+}
+
+}  // namespace
+}  // namespace vt
