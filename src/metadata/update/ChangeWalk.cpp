@@ -35,7 +35,7 @@ bool isPath(std::string_view path) { return path.starts_with('/'); }
 ChangeWalk::ChangeWalk(KnownIndex& index, const ContentTypes& types,
                        std::chrono::microseconds coarsestTick)
     : index_(index),
-      scanner_(types, nullptr),
+      scanner_(types, /*memory=*/nullptr),
       coarsestTick_(coarsestTick),
       now_(std::chrono::floor<Date::duration>(std::chrono::system_clock::now())),
       seesAll_(::geteuid() == 0) {}

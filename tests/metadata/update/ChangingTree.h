@@ -117,7 +117,9 @@ class ChangingTree {
       case 0:
       case 1: {
         const Path path = newPath();
-        if (isFolder(path) || std::filesystem::is_symlink(path)) return;
+        // What is behind a link has another path, and a pipe would wait for a reader.
+        const std::filesystem::file_status status = std::filesystem::symlink_status(path);
+        if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return;
         nameLinks(path);
         std::ofstream(path) << "budget " << random_();
         return;
