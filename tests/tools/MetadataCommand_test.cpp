@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <nlohmann/json.hpp>
 
@@ -31,6 +32,16 @@ TEST_F(MetadataCommand, NamesAttributesAsQueriesDoWhenAsked) {
   const ProgramResult result = vistaro({"metadata", "--raw", addFile("report.pdf", 5)});
   EXPECT_THAT(result.output, StartsWith("kMDItemFSName:"));
   EXPECT_THAT(result.output, HasSubstr("\nkMDItemFSSize:                  5\n"));
+}
+
+TEST_F(MetadataCommand, ShowsWhatTheIndexerHasFoundInAFileAndBesideIt) {
+  const std::string path = addFile("report.bin", 5);
+  const std::string tags = "red,work";
+  ASSERT_EQ(::setxattr(path.c_str(), "user.xdg.tags", tags.data(), tags.size(), 0), 0);
+  EXPECT_THAT(vistaro({"metadata", path}).output, Not(HasSubstr("Tags:")));
+  ASSERT_EQ(vistaro({"index", "--once", tree_.path()}).exitCode, 0);
+  EXPECT_THAT(vistaro({"metadata", path}).output,
+              HasSubstr("\nTags:                   red, work\n"));
 }
 
 TEST_F(MetadataCommand, ShowsDatesInLocalTime) {

@@ -4,7 +4,7 @@
 
 #include "extraction/media/MailExtractor.h"
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the library's own name
+// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): the library's name
 typedef struct _GMimeMessage GMimeMessage;
 
 namespace vt {

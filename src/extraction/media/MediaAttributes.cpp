@@ -12,7 +12,7 @@ namespace vt {
 namespace {
 
 // Longer ones are no titles or comments but somebody's data.
-constexpr std::size_t kMostTextBytes = 32 * 1024;
+constexpr std::size_t kMostTextBytes = std::size_t{32} * 1024;
 constexpr std::size_t kMostElements = 1000;
 // What a double counts without gaps.
 constexpr double kMostExactInteger = 9007199254740992.0;

@@ -16,7 +16,7 @@
 namespace vt {
 namespace {
 
-constexpr std::size_t kMostValueBytes = 64 * 1024;
+constexpr std::size_t kMostValueBytes = std::size_t{64} * 1024;
 constexpr std::size_t kMostElements = 1000;
 
 enum class Shape : std::uint8_t {
