@@ -20,8 +20,8 @@
 
 namespace vt {
 
-/// Watches folder by folder, for any user and on any file system. Each folder takes a watch, of
-/// which a user has a limited number, and some 1,200 bytes of memory, most of it the kernel's.
+/// Watches folder by folder, for any user and on any file system. Each folder takes memory and a
+/// watch, of which a user has a limited number.
 ///
 /// A folder is watched before it is listed, so that nothing falls between. When watches run out
 /// the folders nearest to the roots have them.
