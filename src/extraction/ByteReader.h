@@ -1,7 +1,6 @@
 #pragma once
 
 #include <concepts>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,7 +26,7 @@ class ByteReader {
   std::optional<Number> number() {
     Number number;
     if (rest_.size() < sizeof number) return std::nullopt;
-    std::memcpy(&number, rest_.data(), sizeof number);
+    rest_.copy(reinterpret_cast<char*>(&number), sizeof number);
     rest_.remove_prefix(sizeof number);
     return number;
   }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -19,23 +21,48 @@ namespace {
 // Where browsers look for it.
 constexpr std::size_t kCharsetWithin = 1024;
 
+/// Memory that is given back all at once: taking a tree down node by node would descend as deep as
+/// whoever wrote the page nested it.
+class Arena {
+ public:
+  void* allocate(std::size_t size) {
+    constexpr std::size_t kAlignment = 16;
+    constexpr std::size_t kBlock = std::size_t{64} << 10;
+    size = (size + kAlignment - 1) / kAlignment * kAlignment;
+    if (size > left_) {
+      left_ = std::max(size, kBlock);
+      blocks_.push_back(std::make_unique_for_overwrite<char[]>(left_));
+      next_ = blocks_.back().get();
+    }
+    left_ -= size;
+    return std::exchange(next_, next_ + size);
+  }
+
+ private:
+  std::vector<std::unique_ptr<char[]>> blocks_;
+  char* next_ = nullptr;
+  std::size_t left_ = 0;
+};
+
 /// A parsed page.
 class Page {
  public:
   explicit Page(std::string_view text) : options_(kGumboDefaultOptions) {
     options_.max_errors = 0;  // nobody reads them
+    options_.allocator = [](void* arena, std::size_t size) {
+      return static_cast<Arena*>(arena)->allocate(size);
+    };
+    options_.deallocator = [](void* /*arena*/, void* /*memory*/) {};
+    options_.userdata = &arena_;
     output_ = ::gumbo_parse_with_options(&options_, text.data(), text.size());
   }
   Page(const Page&) = delete;
   Page& operator=(const Page&) = delete;
-  ~Page() {
-    // Taking the tree down again would descend as deep as whoever wrote the page nested it. The
-    // process ends with the file.
-  }
 
   const GumboNode* root() const { return output_ ? output_->root : nullptr; }
 
  private:
+  Arena arena_;
   GumboOptions options_;
   GumboOutput* output_ = nullptr;
 };

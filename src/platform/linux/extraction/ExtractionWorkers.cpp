@@ -95,9 +95,7 @@ std::optional<ExtractionWorkers::Ticket> ExtractionWorkers::begin(int file, cons
   const auto free = std::ranges::find_if(
       slots_, [&](const Slot& slot) { return slot.program == place.program && !slot.look; });
   if (free == slots_.end()) return std::nullopt;
-  free->look.emplace();
-  free->look->file = file;
-  free->look->request = {ExtractionJob::kExtract, place.extractor, type};
+  free->look.emplace(file, ExtractionRequest{ExtractionJob::kExtract, place.extractor, type});
   ask(*free);
   return static_cast<Ticket>(free - slots_.begin());
 }

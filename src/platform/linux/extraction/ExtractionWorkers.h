@@ -66,7 +66,9 @@ class ExtractionWorkers {
 
  private:
   struct Look {
-    int file = -1;
+    Look(int looked, const ExtractionRequest& asked) : file(looked), request(asked) {}
+
+    int file;
     ExtractionRequest request;
     std::optional<IncomingBytes> incoming;  // unless it could not be begun
     std::chrono::steady_clock::time_point deadline;
