@@ -106,7 +106,8 @@ std::optional<Result<Extraction, ExtractionFailure>> extractionIn(
     Value value = attributeValue(*written);
     if (value.isNull()) return std::nullopt;
     const query::Attribute* attribute = schema.find(*name);
-    if (!attribute || liveAttributeNamed(*name) || !isOf(*attribute, value)) continue;
+    const bool isToldByStatus = liveAttributeNamed(*name) && !maySomethingInFilesReplace(*name);
+    if (!attribute || isToldByStatus || !isOf(*attribute, value)) continue;
     extraction.attributes.emplace(std::string(*name), std::move(value));
   }
   return Result<Extraction, ExtractionFailure>(std::move(extraction));

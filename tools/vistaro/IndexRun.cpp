@@ -35,7 +35,9 @@ class IndexRun {
     if (!report) throw CommandError{kFailure, printable(report.error().reason)};
     if (*report) {
       IndexWriter::tell(**report);
-      IndexWriter::tellOfContents(**report);
+      if (!IndexWriter::tellOfTrouble(**report) && (*report)->contents) {
+        IndexWriter::tellOfContents(*(*report)->contents, (*report)->lookingIntoFiles);
+      }
     }
     return report->has_value() && !isEnded_;
   }

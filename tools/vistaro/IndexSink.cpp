@@ -3,41 +3,50 @@
 #include <optional>
 
 namespace vt::tool {
+namespace {
+
+/// Whether there is nothing that changes could be made to.
+bool wantsCrawl(const StoreError& error) {
+  using enum StoreError::Kind;
+  return error.kind == kMissing || error.kind == kDamaged || error.kind == kOtherKind;
+}
+
+}  // namespace
 
 Result<bool, StoreError> IndexSink::crawl(Meanwhile goesOn) {
-  areContentsToBeTold_ = true;
-  return publishNames(goesOn, /*isTold=*/true);
-}
-
-Result<bool, StoreError> IndexSink::apply(const FileChanges& /*changes*/, Meanwhile goesOn) {
-  return publishNames(goesOn, /*isTold=*/false);
-}
-
-Result<bool, StoreError> IndexSink::publishNames(Meanwhile goesOn, bool isTold) {
-  const auto report = writer_.run(
-      roots_, [&](const IndexingProgress& progress) { return goesOn() && !progress.contents; });
+  // Extended attributes are looked at before the first file is looked into, which is left to
+  // lookIntoFiles().
+  const auto report = writer_.run(roots_, [&](const IndexingProgress& progress) {
+    return goesOn() && (!progress.contents || progress.contents->expected == 0);
+  });
   if (!report) return report.error();
   if (!*report) return false;
-  if (isTold) IndexWriter::tell(**report);
-  const std::optional<ContentCounts>& contents = (*report)->contents;
-  areContentsLeft_ = contents && contents->done < contents->expected;
+  IndexWriter::tell(**report);
+  IndexWriter::tellOfTrouble(**report);
+  contents_ = {};
+  contents_.areToBeTold = writer_.looksIntoFiles();
   return true;
 }
 
+Result<bool, StoreError> IndexSink::apply(const FileChanges& changes, Meanwhile goesOn) {
+  const Result<UpdateReport, StoreError> report = updater_.apply(changes);
+  if (report) return true;
+  return wantsCrawl(report.error()) ? crawl(goesOn) : Result<bool, StoreError>(report.error());
+}
+
 Result<bool, StoreError> IndexSink::lookIntoFiles(Meanwhile goesOn) {
-  if (!areContentsLeft_) {
-    areContentsToBeTold_ = false;
-    return true;
+  const auto start = std::chrono::steady_clock::now();
+  const auto counts = writer_.lookIntoFiles(
+      updater_, [&](const IndexingProgress& /*progress*/) { return goesOn(); });
+  if (!counts) return counts.error();
+  contents_.time += std::chrono::steady_clock::now() - start;
+  contents_.counts.done += counts->done;
+  contents_.counts.failures += counts->failures;
+  if (counts->done < counts->expected) return false;
+  if (std::exchange(contents_.areToBeTold, false)) {
+    contents_.counts.expected = contents_.counts.done;
+    IndexWriter::tellOfContents(contents_.counts, contents_.time);
   }
-  const auto report =
-      writer_.run(roots_, [&](const IndexingProgress& /*progress*/) { return goesOn(); });
-  if (!report) return report.error();
-  if (!*report) return false;
-  if ((*report)->contentError) return *(*report)->contentError;
-  const std::optional<ContentCounts>& contents = (*report)->contents;
-  areContentsLeft_ = contents && contents->done < contents->expected;
-  if (areContentsLeft_) return false;
-  if (std::exchange(areContentsToBeTold_, false)) IndexWriter::tellOfContents(**report);
   return true;
 }
 

@@ -1,20 +1,22 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "metadata/update/IndexUpdater.h"
 #include "metadata/watch/ChangeSink.h"
 #include "vistaro/IndexWriter.h"
 
 namespace vt::tool {
 
-/// Brings an index up to date with its indexer, which remembers what has not changed. Crawls are
-/// told of, and nothing else: a line for each change would change the file that it goes to.
+/// Brings an index up to date: by a crawl, or by updates of what has changed. Crawls are told of,
+/// and nothing else: a line for each change would change the file that it goes to.
 class IndexSink final : public ChangeSink {
  public:
   /// Borrows `writer`.
-  explicit IndexSink(const IndexWriter& writer) : writer_(writer) {}
+  explicit IndexSink(const IndexWriter& writer) : writer_(writer), updater_(writer.updater()) {}
 
   /// Canonical paths, none in another.
   void setRoots(std::vector<std::string> roots) { roots_ = std::move(roots); }
@@ -24,12 +26,17 @@ class IndexSink final : public ChangeSink {
   Result<bool, StoreError> lookIntoFiles(Meanwhile goesOn) override;
 
  private:
-  Result<bool, StoreError> publishNames(Meanwhile goesOn, bool isTold);
+  /// Files that were looked into since the last crawl.
+  struct ContentsOfCrawl {
+    bool areToBeTold = false;
+    ContentCounts counts;
+    std::chrono::duration<double> time{};
+  };
 
   const IndexWriter& writer_;
+  IndexUpdater updater_;
   std::vector<std::string> roots_;
-  bool areContentsLeft_ = false;
-  bool areContentsToBeTold_ = false;
+  ContentsOfCrawl contents_;
 };
 
 }  // namespace vt::tool

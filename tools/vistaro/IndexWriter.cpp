@@ -27,6 +27,24 @@ T orThrow(Result<T, StoreError> result) {
   return std::move(result).value();
 }
 
+/// A line on a terminal, while this is alive, that tells how far indexing has come.
+class ShownProgress {
+ public:
+  ShownProgress() = default;
+  ShownProgress(const ShownProgress&) = delete;
+  ShownProgress& operator=(const ShownProgress&) = delete;
+  ~ShownProgress() { showOnTerminal(line_.remove()); }
+
+  void update(const IndexingProgress& at) {
+    if (!shows_) return;
+    showOnTerminal(line_.update(ProgressLine::Clock::now(), [&] { return indexingLine(at); }));
+  }
+
+ private:
+  const bool shows_ = Terminal::obeysEscapes(STDERR_FILENO);
+  ProgressLine line_{ProgressLine::Clock::now()};
+};
+
 }  // namespace
 
 IndexWriter::IndexWriter(const IndexOptions& options, const std::string& indexFolder)
@@ -66,16 +84,22 @@ std::vector<std::string> IndexWriter::presentFolders(const std::vector<std::stri
 Result<std::optional<IndexingReport>, StoreError> IndexWriter::run(
     const std::vector<std::string>& roots, Indexer::Progress progress) const {
   const Indexer indexer(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr);
-  ProgressLine line(ProgressLine::Clock::now());
-  const bool shows = Terminal::obeysEscapes(STDERR_FILENO);
-  auto ended = indexer.run(roots, [&](const IndexingProgress& at) {
-    if (shows) {
-      showOnTerminal(line.update(ProgressLine::Clock::now(), [&] { return indexingLine(at); }));
-    }
+  ShownProgress shown;
+  return indexer.run(roots, [&](const IndexingProgress& at) {
+    shown.update(at);
     return progress(at);
   });
-  showOnTerminal(line.remove());
-  return ended;
+}
+
+Result<ContentCounts, StoreError> IndexWriter::lookIntoFiles(IndexUpdater& updater,
+                                                             Indexer::Progress progress) {
+  ShownProgress shown;
+  IndexingProgress at;
+  return updater.lookIntoFiles([&](const ContentCounts& counts) {
+    at.contents = counts;
+    shown.update(at);
+    return progress(at);
+  });
 }
 
 void IndexWriter::tell(const IndexingReport& report) {
@@ -93,19 +117,21 @@ void IndexWriter::tell(const IndexingReport& report) {
   std::fflush(stdout);  // a log that this may go to is to be read while it runs on
 }
 
-void IndexWriter::tellOfContents(const IndexingReport& report) {
+bool IndexWriter::tellOfTrouble(const IndexingReport& report) {
   if (report.distrustedCatalogue) {
     printError(fmt::format("note: {}; all files are looked into anew",
                            printable(report.distrustedCatalogue->reason)));
   }
-  if (report.contentError) {
-    printError(fmt::format("note: files were not looked into, or not all: {}",
-                           printable(report.contentError->reason)));
-    return;
-  }
-  if (!report.contents || report.contents->expected == 0) return;
-  const ContentCounts& contents = *report.contents;
-  fmt::print("  {} files looked into in {:.2f} s", contents.done, report.lookingIntoFiles.count());
+  if (!report.contentError) return false;
+  printError(fmt::format("note: files were not looked into, or not all: {}",
+                         printable(report.contentError->reason)));
+  return true;
+}
+
+void IndexWriter::tellOfContents(const ContentCounts& contents,
+                                 std::chrono::duration<double> time) {
+  if (contents.expected == 0) return;
+  fmt::print("  {} files looked into in {:.2f} s", contents.done, time.count());
   if (contents.failures > 0) fmt::print(", {} of them in vain", contents.failures);
   if (contents.done < contents.expected) {
     fmt::print("; {} are left for the next time", contents.expected - contents.done);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +9,7 @@
 #include "foundation/FunctionRef.h"
 #include "metadata/extract/Extractors.h"
 #include "metadata/indexing/Indexer.h"
+#include "metadata/update/IndexUpdater.h"
 #include "vistaro/IndexOptions.h"
 
 namespace vt::tool {
@@ -34,9 +36,20 @@ class IndexWriter {
   Result<std::optional<IndexingReport>, StoreError> run(const std::vector<std::string>& roots,
                                                         Indexer::Progress progress) const;
 
+  /// What changes are made with to the index that run() has published.
+  IndexUpdater updater() const {
+    return IndexUpdater(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr);
+  }
+  /// Looks into files as that updater does, and shows the same.
+  static Result<ContentCounts, StoreError> lookIntoFiles(IndexUpdater& updater,
+                                                         Indexer::Progress progress);
+
   /// Prints what a run came to.
   static void tell(const IndexingReport& report);
-  static void tellOfContents(const IndexingReport& report);
+  /// Prints why files were not looked into, or all anew. True when they were not.
+  static bool tellOfTrouble(const IndexingReport& report);
+  /// Prints how files were looked into, unless there was none.
+  static void tellOfContents(const ContentCounts& contents, std::chrono::duration<double> time);
 
  private:
   IndexFolder folder_;

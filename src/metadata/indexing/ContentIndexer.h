@@ -30,6 +30,9 @@ struct ContentCounts {
   std::uint64_t vanished = 0;  ///< of those: gone, or no files of the sort by now
 };
 
+/// Fewer new texts are not worth merging them with all others.
+inline constexpr std::uint64_t kManyNewTexts = 20'000;
+
 /// Looks into the files of a segment that are still to be looked into, and keeps what it finds in
 /// the catalogue, where searches see it some seconds later.
 class ContentIndexer {

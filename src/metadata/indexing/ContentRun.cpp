@@ -8,9 +8,6 @@
 namespace vt {
 namespace {
 
-// Fewer new texts are not worth merging them with all others.
-constexpr std::uint64_t kManyNewContents = 20'000;
-
 bool isOfNoUse(const StoreError& error) {
   return error.kind == StoreError::Kind::kDamaged || error.kind == StoreError::Kind::kOtherKind;
 }
@@ -81,7 +78,7 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
   if (hasSeenAll) failure = catalogue_->remove(unseen);
   if (!failure) failure = lookAtAttributes(segment, progress);
   if (!failure) failure = indexer.run(progress);
-  if (!failure && indexer.counts().done > kManyNewContents) failure = catalogue_->mergeText();
+  if (!failure && indexer.counts().done > kManyNewTexts) failure = catalogue_->mergeText();
   if (failure) fail(*std::move(failure));
   return indexer.counts();
 }

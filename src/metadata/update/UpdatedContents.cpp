@@ -74,9 +74,10 @@ Result<ContentNumber, StoreError> UpdatedContents::contentOf(const FileStatus& s
     isUnseen = !isSeen;
     return known && known->extractor.empty() ? known->number : kWithoutContent;
   }
-  const bool isCurrent = known && known->version.hasSameBytesAs(version) &&
-                         extractors_->named(known->extractor, known->extractorVersion) == extractor &&
-                         (!known->failure || known->failure->isLasting());
+  const bool isCurrent =
+      known && known->version.hasSameBytesAs(version) &&
+      extractors_->named(known->extractor, known->extractorVersion) == extractor &&
+      (!known->failure || known->failure->isLasting());
   isUnseen = isCurrent && !isSeen;
   return isCurrent ? known->number : kPendingContent;
 }
@@ -154,7 +155,9 @@ Result<ContentCounts, StoreError> UpdatedContents::lookIntoFiles(
   bool goesOn = true;
   const auto look = [&](const Segment& segment, const SegmentColumns& rows,
                         std::vector<ContentNumber>& contents) -> StoreFailure {
-    if (!goesOn || std::ranges::find(contents, kPendingContent) == contents.end()) {
+    const auto pending = static_cast<std::uint64_t>(std::ranges::count(contents, kPendingContent));
+    if (!goesOn || pending == 0) {
+      counts.expected += pending;
       return std::nullopt;
     }
     ContentIndexer indexer(*catalogue_, *extractors_, types, segment.identity(), rows, contents);
@@ -169,9 +172,15 @@ Result<ContentCounts, StoreError> UpdatedContents::lookIntoFiles(
   const Result<bool, StoreError> isDone = lookAtAttributes(generation, columns, progress);
   if (!isDone) return isDone.error();
   goesOn = *isDone;
+  counts.expected = unseenOfBase_.size() + unseenOfDelta_.size();
   StoreFailure failure;
   if (generation.delta) failure = look(*generation.delta, columns.delta, delta_);
   if (!failure) failure = look(*generation.segment, columns.base, base_);
+  newTexts_ += counts.done;
+  if (!failure && counts.done == counts.expected && newTexts_ > kManyNewTexts) {
+    newTexts_ = 0;
+    failure = catalogue_->mergeText();
+  }
   if (failure) return *std::move(failure);
   return counts;
 }

@@ -35,8 +35,8 @@ class UpdatedContents {
   /// Takes what was announced for what is in force.
   void take(const IndexGeneration& generation);
 
-  /// Looks into the files that nobody has looked into, those of the delta first, and at the extended
-  /// attributes of those that have changed.
+  /// Looks into the files that nobody has looked into, those of the delta first, and at the
+  /// extended attributes of those that have changed.
   Result<ContentCounts, StoreError> lookIntoFiles(const IndexGeneration& generation,
                                                   const ContentTypes& types,
                                                   ContentIndexer::Progress progress);
@@ -68,7 +68,8 @@ class UpdatedContents {
   // attributes are to be looked at.
   std::vector<std::uint32_t> unseenOfBase_;
   std::unordered_set<std::uint32_t> unseenOfDelta_;
-  bool hasSeenRest_ = false;  // the attributes of all other files
+  std::uint64_t newTexts_ = 0;  // since all texts were merged
+  bool hasSeenRest_ = false;    // the attributes of all other files
   bool announcesBase_ = false;
 };
 

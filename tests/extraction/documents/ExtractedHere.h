@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "extraction/BuiltInExtractors.h"
+#include "extraction/documents/DocumentExtractors.h"
 #include "foundation/Array.h"
 #include "metadata/live/Descriptor.h"
 #include "metadata/types/ShippedTypes.h"
@@ -35,7 +35,7 @@ class ExtractedHere {
 
  private:
   ContentTypes types_ = shippedTypes();
-  std::vector<std::unique_ptr<Extractor>> extractors_ = confinedExtractors(types_);
+  std::vector<std::unique_ptr<Extractor>> extractors_ = documentExtractors(types_);
 };
 
 /// One value of an attribute, or its values with " | " between them; "" when there is none.

@@ -11,7 +11,8 @@ namespace vt {
 
 std::vector<std::string> extractionPrograms() {
   const std::string folder = VT_WORKER_PROGRAMS;
-  return {folder + "/vistaro-extract"};
+  // Media first, since a picture may be XML.
+  return {folder + "/vistaro-extract-media", folder + "/vistaro-extract"};
 }
 
 std::shared_ptr<ExtractionWorkers> extractionWorkers(const Resources& resources,

@@ -1,8 +1,0 @@
-// Looks into files for the indexer, which starts it and speaks to it over a socket.
-
-#include "extraction/BuiltInExtractors.h"
-#include "extraction/worker/ExtractionTask.h"
-
-int main(int argc, char** argv) {
-  return vt::worker::runExtractionWorker(argc, argv, vt::confinedExtractors);
-}
