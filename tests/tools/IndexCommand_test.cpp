@@ -69,9 +69,11 @@ TEST_F(IndexCommand, TellsOfWhatWasUpdatedSinceACrawl) {
     const IndexFolder folder = IndexFolder::open(indexFolder()).value();
     const IndexLock lock = folder.lock().value();
     IndexUpdater updater(folder, lock, types);
-    const Date now = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
+    // Shown to the second, so a later one.
+    const Date vouched = std::chrono::floor<Date::duration>(std::chrono::system_clock::now()) +
+                         std::chrono::seconds(1);
     const std::vector<std::string> entries = {tree_ / "goes.pdf", tree_ / "came.pdf"};
-    ASSERT_TRUE(updater.apply({entries, {}, {}}, now));
+    ASSERT_TRUE(updater.apply({entries, {}, {}}, vouched));
   }
   const json told = status();
   EXPECT_EQ(told["files"], 2);
