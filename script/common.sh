@@ -49,8 +49,8 @@ install_browser_tests() {
 }
 
 # What is installed: the programs, and the extension for Ruby.
-programs=(vistaro_command vistaro_auth vistaro_images vistaro_extractor
-  vistaro_media_extractor qlmanage VistaroRuby)
+programs=(vistaro_command vistaro_auth vistaro_images vistaro_extractors qlmanage
+  VistaroRuby)
 
 # build PRESET [target…]: configures when packages may have come, and builds; output only when something
 # fails.

@@ -1,4 +1,4 @@
-// Looks into mail, pictures, sound, video and archives for the indexer, which starts it and speaks to it
+// Looks into mail, pictures, sound and archives for the indexer, which starts it and speaks to it
 // over a socket.
 
 #include "extraction/documents/DocumentExtractors.h"

@@ -13,9 +13,6 @@
 #ifdef VT_WITH_SOUND
 #include "extraction/media/SoundExtractor.h"
 #endif
-#ifdef VT_WITH_VIDEO
-#include "extraction/media/VideoExtractor.h"
-#endif
 
 namespace vt {
 
@@ -31,9 +28,6 @@ std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& type
 #endif
 #ifdef VT_WITH_SOUND
   extractors.push_back(std::make_unique<SoundExtractor>(types));
-#endif
-#ifdef VT_WITH_VIDEO
-  extractors.push_back(std::make_unique<VideoExtractor>(types));
 #endif
 #ifdef VT_WITH_ARCHIVES
   extractors.push_back(std::make_unique<ArchiveExtractor>(types));

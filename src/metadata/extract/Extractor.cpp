@@ -18,8 +18,12 @@ class DoneLook final : public Extractor::Look {
 
 }  // namespace
 
+std::unique_ptr<Extractor::Look> Extractor::doneLook(Result<Extraction, ExtractionFailure> found) {
+  return std::make_unique<DoneLook>(std::move(found));
+}
+
 std::unique_ptr<Extractor::Look> Extractor::begin(int file, ContentTypeId type) {
-  return std::make_unique<DoneLook>(extract(file, type));
+  return doneLook(extract(file, type));
 }
 
 }  // namespace vt

@@ -74,6 +74,10 @@ class Extractor {
   /// Begins what extract() does, or does it; the file must stay open until it is finished or given
   /// up. Nullptr when others must be finished first; never so when none is under way.
   virtual std::unique_ptr<Look> begin(int file, ContentTypeId type);
+
+ protected:
+  /// One that has found that.
+  static std::unique_ptr<Look> doneLook(Result<Extraction, ExtractionFailure> found);
 };
 
 }  // namespace vt

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <memory>
 #include <random>
 
@@ -52,8 +53,12 @@ std::string shown(const Value& value) {
 }  // namespace
 
 Result<Extraction, ExtractionFailure> extracted(const std::string& path) {
-  static const std::vector<std::unique_ptr<Extractor>> extractors =
-      mediaExtractors(types(), [](std::string_view html) { return "<" + std::string(html) + ">"; });
+  static const auto extractors = [] {
+    auto all = mediaExtractors(types(),
+                               [](std::string_view html) { return "<" + std::string(html) + ">"; });
+    std::ranges::move(videoExtractors(types()), std::back_inserter(all));
+    return all;
+  }();
   const ContentTypeId type = types().typeOfFile(path.substr(path.rfind('/') + 1));
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) return ExtractionFailure{ExtractionFailure::Kind::kUnreadable, "no file"};

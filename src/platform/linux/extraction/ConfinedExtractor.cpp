@@ -1,5 +1,7 @@
 #include "platform/linux/extraction/ConfinedExtractor.h"
 
+#include <sys/stat.h>
+
 #include <optional>
 
 namespace vt {
@@ -28,6 +30,9 @@ class ConfinedLook final : public Extractor::Look {
 }  // namespace
 
 std::unique_ptr<Extractor::Look> ConfinedExtractor::begin(int file, ContentTypeId type) {
+  // There are many empty files, and each that a worker looks into takes a process.
+  struct stat status{};
+  if (::fstat(file, &status) == 0 && status.st_size == 0) return doneLook(Extraction());
   const std::optional<ExtractionWorkers::Ticket> ticket = workers_->begin(file, place_, type);
   return ticket ? std::make_unique<ConfinedLook>(workers_, *ticket) : nullptr;
 }

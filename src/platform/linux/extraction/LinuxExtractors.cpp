@@ -12,7 +12,8 @@ namespace vt {
 std::vector<std::string> extractionPrograms() {
   const std::string folder = VT_WORKER_PROGRAMS;
   // Media first, since a picture may be XML.
-  return {folder + "/vistaro-extract-media", folder + "/vistaro-extract"};
+  return {folder + "/vistaro-extract-media", folder + "/vistaro-extract-video",
+          folder + "/vistaro-extract"};
 }
 
 std::shared_ptr<ExtractionWorkers> extractionWorkers(const Resources& resources,

@@ -69,7 +69,8 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(const std::string& program,
     }
     process = std::make_unique<ChildProcess>(
         wrapped ? kBubblewrapProgram : program, std::move(arguments),
-        std::vector<std::string>{"LC_ALL=C.UTF-8"},
+        // All functions of libraries are found once, rather than in the child of each file.
+        std::vector<std::string>{"LC_ALL=C.UTF-8", "LD_BIND_NOW=1"},
         ChildProcess::Standard{.input = theirs.get(), .output = {}, .errors = {}});
   }
   if (process->startError() != 0) return nullptr;

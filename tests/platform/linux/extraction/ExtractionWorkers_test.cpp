@@ -124,6 +124,12 @@ TEST_F(HostileExtraction, GivesTextThatIsText) {
   EXPECT_EQ(told("fail"), "failed: it is odd");
 }
 
+TEST_F(HostileExtraction, FindsNothingInAnEmptyFile) {
+  const auto found = extractor().begin(file("").get(), text_)->finish();
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->text, std::nullopt);
+}
+
 TEST_F(HostileExtraction, LooksIntoTwoFilesAtOnce) {
   const Descriptor first = file("behave");
   const Descriptor second = file("read /etc/ld.so.cache");
