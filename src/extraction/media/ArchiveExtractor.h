@@ -5,7 +5,7 @@
 #include <memory>
 #include <type_traits>
 
-#include "extraction/media/TypesTaken.h"
+#include "extraction/ConformingTypes.h"
 #include "metadata/extract/Extractor.h"
 
 namespace vt {
@@ -32,8 +32,8 @@ class ArchiveExtractor final : public Extractor {
   };
 
   double mostSeconds_;
-  TypesTaken types_;
-  TypesTaken filtered_;  // may hold a single file without a name
+  ConformingTypes types_;
+  ConformingTypes filtered_;  // may hold a single file without a name
   // Names in archives are kept in UTF-16 and UTF-8; the library gives them in that of the locale.
   std::unique_ptr<std::remove_pointer_t<locale_t>, FreeLocale> unicode_;
 };

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "extraction/media/TypesTaken.h"
+#include "extraction/ConformingTypes.h"
 #include "metadata/extract/Extractor.h"
 
 namespace vt {
@@ -26,9 +26,9 @@ class MailExtractor final : public Extractor {
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 
  private:
-  TypesTaken types_;
-  TypesTaken mailboxes_;
-  TypesTaken counted_;  // begin with a line that tells how long the message is
+  ConformingTypes types_;
+  ConformingTypes mailboxes_;
+  ConformingTypes counted_;  // begin with a line that tells how long the message is
   HtmlText htmlText_;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "extraction/media/TypesTaken.h"
+#include "extraction/ConformingTypes.h"
 #include "metadata/extract/Extractor.h"
 
 namespace vt {
@@ -17,7 +17,7 @@ class PictureExtractor final : public Extractor {
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 
  private:
-  TypesTaken types_;
+  ConformingTypes types_;
 };
 
 }  // namespace vt

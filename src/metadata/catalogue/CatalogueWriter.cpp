@@ -17,6 +17,7 @@ constexpr std::int64_t kManyForgotten = 20'000;
 /// All bits of a number, since the database knows signed ones alone.
 std::int64_t bitsOf(std::uint64_t number) { return static_cast<std::int64_t>(number); }
 
+// Base and delta that are in force, and those that readers may still have open.
 constexpr std::size_t kMostSegmentsKept = 4;
 
 /// What rows are kept under: the number of a generation may come again once an index was removed.
