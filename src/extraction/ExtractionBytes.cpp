@@ -47,7 +47,7 @@ std::optional<ExtractionFailure> failureIn(ByteReader bytes) {
   using Kind = ExtractionFailure::Kind;
   const auto kind = bytes.number<std::uint8_t>();
   if (!kind) return std::nullopt;
-  for (const Kind known : {Kind::kUnreadable, Kind::kMalformed, Kind::kTooLarge}) {
+  for (const Kind known : {Kind::kUnreadable, Kind::kMalformed, Kind::kTooLarge, Kind::kTimedOut}) {
     if (*kind == static_cast<std::uint8_t>(known)) {
       return ExtractionFailure{known, tidiedText(bytes.rest().substr(0, 512))};
     }

@@ -50,13 +50,13 @@ TEST_F(ExtractionBytesTest, CutATextBetweenCharacters) {
 }
 
 TEST_F(ExtractionBytesTest, TellWhyNothingWasFound) {
-  for (const Kind kind : {Kind::kUnreadable, Kind::kMalformed, Kind::kTooLarge}) {
+  for (const Kind kind : {Kind::kUnreadable, Kind::kMalformed, Kind::kTooLarge, Kind::kTimedOut}) {
     const auto found = read(extractionBytes(ExtractionFailure{kind, "it is odd"}));
     ASSERT_TRUE(found && !*found);
     EXPECT_EQ(found->error().kind, kind);
     EXPECT_EQ(found->error().reason, "it is odd");
   }
-  for (const Kind kind : {Kind::kTimedOut, Kind::kCrashed, Kind::kUnavailable}) {
+  for (const Kind kind : {Kind::kCrashed, Kind::kUnavailable}) {
     EXPECT_FALSE(read(extractionBytes(ExtractionFailure{kind, ""}))) << "not the worker's to say";
   }
 }
