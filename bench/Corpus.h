@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ProgramRun.h"
+#include "support/Places.h"
 #include "support/TemporaryFolder.h"
 
 namespace vt {
@@ -22,7 +23,7 @@ class Corpus {
         summary_(nlohmann::json::parse(std::ifstream(folder / "summary.json"))) {
     setenv("VISTARO_ROOT", root.c_str(), 1);
     setenv("VISTARO_INDEX", indexFolder().c_str(), 1);
-    setenv("VISTARO_RESOURCES", VT_RESOURCES, 1);
+    setenv("VISTARO_RESOURCES", resourceFolder().c_str(), 1);
   }
 
   /// A word of file names: "rare", "medium" or "common".
@@ -44,14 +45,16 @@ class Corpus {
     return indexAgain();
   }
   /// The same with what there is remembered.
-  ProgramRun indexAgain() const { return runMeasured({VT_PROGRAM, "index", "--once", tree}); }
+  ProgramRun indexAgain() const {
+    return runMeasured({builtProgram("vistaro"), "index", "--once", tree});
+  }
   /// Likewise, without a look into files.
   ProgramRun indexNames() const {
     std::filesystem::remove_all(indexFolder());
     return indexNamesAgain();
   }
   ProgramRun indexNamesAgain() const {
-    return runMeasured({VT_PROGRAM, "index", "--once", "--names-only", tree});
+    return runMeasured({builtProgram("vistaro"), "index", "--once", "--names-only", tree});
   }
 
   std::string database() const { return place_ / "all.db"; }

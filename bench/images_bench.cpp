@@ -27,6 +27,7 @@
 #include "platform/linux/images/ImageWorker.h"
 #include "search/VTSearchResult.h"
 #include "settings/VTSettings.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -49,7 +50,7 @@ class Desk {
 
   std::string at(const std::string& name) const { return files_ / name; }
   std::shared_ptr<Platform> platform() const {
-    return linuxPlatform(Environment{root_.path(), root_ / "index", VT_RESOURCES, {"en"}});
+    return linuxPlatform(Environment{root_.path(), root_ / "index", resourceFolder(), {"en"}});
   }
 
  private:
@@ -163,7 +164,7 @@ bool inProcessOfItsOwn(const std::function<bool()>& work) {
 /// would be between us and what the kernel knows of them.
 bool benchMemory(const std::vector<std::string>& originals) {
   const std::shared_ptr<const ContentTypes> types = testImages().types;
-  auto worker = ImageWorker::start(VT_IMAGE_WORKER, WorkerConfinement::kOwnWalls);
+  auto worker = ImageWorker::start(builtProgram("vistaro-images"), WorkerConfinement::kOwnWalls);
   for (const std::string& path : originals) {
     const auto format = formatOf(*types, types->typeOfFile(fs::path(path).filename().string()));
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));

@@ -27,6 +27,7 @@
 #include "scopes/VTConcreteSearchFolder.h"
 #include "search/VTSearchManager.h"
 #include "search/VTSearchResultContainer.h"
+#include "support/Places.h"
 
 namespace vt {
 namespace {
@@ -44,7 +45,7 @@ std::string named(const std::string& word) { return "kMDItemFSName == \"*" + wor
 /// A search by name as a process of its own, which prints what it found.
 double secondsOfCommand(const Corpus& corpus, const std::string& word) {
   return secondsOfProgram(
-      {VT_PROGRAM, "search", "--json", "--path", corpus.tree, "--raw", named(word)});
+      {builtProgram("vistaro"), "search", "--json", "--path", corpus.tree, "--raw", named(word)});
 }
 
 double secondsOfPlocate(const Corpus& corpus, const std::string& word) {

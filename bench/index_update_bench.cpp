@@ -25,6 +25,7 @@
 #include "platform/linux/ContentTypeTable.h"
 #include "platform/linux/Environment.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "support/Places.h"
 #include "support/TemporaryFolder.h"
 
 namespace vt {
@@ -85,7 +86,7 @@ int run(const Corpus& corpus) {
   const std::shared_ptr<const ContentTypes> types = contentTypesIn(Platform::current().resources());
   const Extractors extractors = builtInExtractors(*types);
   const ChangedFiles files;
-  runMeasured({VT_PROGRAM, "index", "--once", corpus.tree, files.path()});
+  runMeasured({builtProgram("vistaro"), "index", "--once", corpus.tree, files.path()});
   corpus.updatedb();
   double peer = 1e9;
   for (int round = 0; round < kRounds; ++round) {

@@ -27,6 +27,7 @@
 #include "metadata/types/ContentTypes.h"
 #include "platform/linux/LiveMetadataIndex.h"
 #include "platform/linux/ScriptedIdentity.h"
+#include "support/Places.h"
 #include "support/TemporaryFolder.h"
 
 extern char** environ;
@@ -84,7 +85,7 @@ bool runFind(const std::string& root) {
 }
 
 std::string resource(const char* name) {
-  std::ifstream file(std::string(VT_RESOURCES "/") + name, std::ios::binary);
+  std::ifstream file(resourcePath(name), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

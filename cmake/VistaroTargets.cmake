@@ -43,12 +43,14 @@ function(vt_test name)
     set(ARG_TIMEOUT 120)
   endif()
   add_executable(${name} ${ARG_SOURCES})
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  target_compile_definitions(${name} PRIVATE
-    VT_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
-    VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
-  target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE vistaro_options vistaro_test_places ${ARG_LIBRARIES}
+    GTest::gmock GTest::gtest_main)
   target_precompile_headers(${name} REUSE_FROM vistaro_test_headers)
+  if(VT_SANITIZE MATCHES undefined)
+    # These would take half of the time of compiling tests. What is tested is compiled with them, and the
+    # address sanitizer finds most of it as well.
+    target_compile_options(${name} PRIVATE -fno-sanitize=null,vptr,alignment,object-size)
+  endif()
   # g++ 12 forgets of a precompiled header that it is the system's, and sees errors in its std::string
   # that are not there. The libraries under test are compiled with these warnings.
   target_compile_options(${name} PRIVATE
@@ -62,6 +64,15 @@ function(vt_test name)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
 
+# vt_test_program(NAME SOURCES a.cpp … LIBRARIES lib …), that tests start, into the build's folder tests
+function(vt_test_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES})
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests)
+endfunction()
+
 # vt_fuzzer(NAME SOURCES a_fuzz.cpp LIBRARIES lib …)
 # With clang and VT_FUZZERS a libFuzzer target; always a ctest entry that replays the stored corpus
 # tests/fuzz/corpus/NAME, so that a found input stays a test in every build.
@@ -69,17 +80,13 @@ function(vt_fuzzer name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   set(corpus ${PROJECT_SOURCE_DIR}/tests/fuzz/corpus/${name})
   add_executable(${name}_replay ${ARG_SOURCES} ${PROJECT_SOURCE_DIR}/tests/fuzz/replay_main.cpp)
-  target_include_directories(${name}_replay PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  target_compile_definitions(${name}_replay PRIVATE VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
-  target_link_libraries(${name}_replay PRIVATE vistaro_options ${ARG_LIBRARIES})
+  target_link_libraries(${name}_replay PRIVATE vistaro_options vistaro_test_places ${ARG_LIBRARIES})
   add_test(NAME ${name}_replay COMMAND ${name}_replay ${corpus})
   if(VT_FUZZERS)
     add_executable(${name} ${ARG_SOURCES})
-    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-    target_compile_definitions(${name} PRIVATE VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
     target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
-    target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES})
+    target_link_libraries(${name} PRIVATE vistaro_options vistaro_test_places ${ARG_LIBRARIES})
   endif()
 endfunction()
 
@@ -87,7 +94,6 @@ endfunction()
 function(vt_benchmark name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
-  target_compile_definitions(${name} PRIVATE VT_RESOURCES="${PROJECT_SOURCE_DIR}/resources")
-  target_link_libraries(${name} PRIVATE vistaro_options ${ARG_LIBRARIES} benchmark::benchmark)
+  target_link_libraries(${name} PRIVATE vistaro_options vistaro_test_places ${ARG_LIBRARIES}
+    benchmark::benchmark)
 endfunction()

@@ -17,6 +17,7 @@
 #include "scopes/VTConcreteSearchFolder.h"
 #include "scopes/VTSearchFolderGroup.h"
 #include "settings/VTSettings.h"
+#include "support/Places.h"
 #include "support/TemporaryFolder.h"
 
 namespace vt {
@@ -44,7 +45,7 @@ class VTUserTest : public testing::Test {
   Platform::Services services() const {
     Platform::Services services;
     services.files = std::make_shared<PosixFiles>();
-    services.resources = std::make_shared<FolderResources>(VT_RESOURCES);
+    services.resources = std::make_shared<FolderResources>(resourceFolder());
     services.host = std::make_shared<MemoryHost>(std::vector<std::string>{"server"});
     services.rootPrefix = folder_.path();
     return services;

@@ -4,6 +4,7 @@
 
 #include "extraction/ByteReader.h"
 #include "foundation/Array.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 
 namespace vt {
@@ -21,7 +22,7 @@ class ExtractionBytesTest : public testing::Test {
   }
 
   const Result<query::AttributeSchema, query::SchemaError> schema_ =
-      query::AttributeSchema::parse(readFile(VT_RESOURCES "/attributes.tsv"));
+      query::AttributeSchema::parse(readFile(resourcePath("attributes.tsv")));
 };
 
 TEST_F(ExtractionBytesTest, ComeBackAsTheyWere) {

@@ -11,6 +11,7 @@
 #include "foundation/Dictionary.h"
 #include "foundation/PropertyList.h"
 #include "foundation/XMLPropertyListWriter.h"
+#include "support/Places.h"
 #include "support/PropertyListTesting.h"
 #include "support/RandomPropertyList.h"
 #include "support/TemporaryFolder.h"
@@ -27,7 +28,8 @@ std::string contents(const std::string& path) {
 
 // What Python prints; nothing when it fails.
 std::optional<std::string> python(const std::string& arguments) {
-  const std::string command = "python3 '" VT_PROPERTY_LIST_PEER "' " + arguments;
+  const std::string command =
+      "python3 '" + testDataFolder() + "/foundation/property_list_peer.py' " + arguments;
   FILE* pipe = popen(command.c_str(), "r");  // NOLINT(cert-env33-c): no foreign text in it
   if (!pipe) return std::nullopt;
   std::string printed;

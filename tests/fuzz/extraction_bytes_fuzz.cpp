@@ -11,12 +11,13 @@
 #include "extraction/ExtractorDescription.h"
 #include "foundation/UTF8.h"
 #include "metadata/live/LiveAttribute.h"
+#include "support/Places.h"
 
 namespace {
 
 const vt::query::AttributeSchema& schema() {
   static const auto* const kSchema = [] {
-    std::ifstream file(VT_RESOURCES "/attributes.tsv", std::ios::binary);
+    std::ifstream file(vt::resourcePath("attributes.tsv"), std::ios::binary);
     const std::string table{std::istreambuf_iterator<char>(file), {}};
     return new vt::query::AttributeSchema(vt::query::AttributeSchema::parse(table).value());
   }();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/MisdeedList.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -24,9 +25,9 @@ const Image kGotItsWay{1, 1, std::string("\xff\0\0\xff", 4)};
 /// A worker that does what files tell it, behind the walls of the test's parameter.
 class ConfinedWorker : public testing::TestWithParam<WorkerConfinement> {
  protected:
-  void SetUp() override { start(VT_HOSTILE_WORKER); }
+  void SetUp() override { start(testProgram("hostile_worker")); }
 
-  void start(const char* program) {
+  void start(const std::string& program) {
     worker_ = ImageWorker::start(program, GetParam());
     if (!worker_ && GetParam() == WorkerConfinement::kBubblewrap) {
       GTEST_SKIP() << "bubblewrap cannot make namespaces here";
@@ -103,7 +104,7 @@ TEST_P(ConfinedWorker, LosesNothingButThePictureToABadFile) {
 }
 
 TEST_P(ConfinedWorker, IsStoppedWhenItTakesTooLong) {
-  start(VT_IMPATIENT_WORKER);
+  start(testProgram("impatient_worker"));
   const auto began = std::chrono::steady_clock::now();
   for (const char* deed : {"wait", "spin"}) {
     SCOPED_TRACE(deed);

@@ -21,6 +21,7 @@
 #include "images/TestImages.h"
 #include "platform/linux/FileDescriptor.h"
 #include "support/Descendants.h"
+#include "support/Places.h"
 #include "support/Program.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
@@ -293,7 +294,7 @@ TEST_F(LinuxImagesTest, DrawsIconsAtAnySizeItGives) {
 TEST_F(LinuxImagesTest, HasIconsOfKnownTypesAloneAndCanDrawEach) {
   const auto types = testImages().types;
   int count = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(VT_RESOURCES "/icons")) {
+  for (const auto& entry : std::filesystem::directory_iterator(resourcePath("icons"))) {
     SCOPED_TRACE(entry.path().filename().string());
     EXPECT_TRUE(types->find(entry.path().stem().string()));
     std::filesystem::copy_file(entry.path(), at("icon.svg"),

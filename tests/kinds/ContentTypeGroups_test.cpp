@@ -14,6 +14,7 @@
 #include "metadata/types/ContentTypes.h"
 #include "platform/Platform.h"
 #include "platform/linux/FolderResources.h"
+#include "support/Places.h"
 
 namespace vt {
 namespace {
@@ -27,7 +28,7 @@ class ContentTypeGroups : public testing::Test {
 
  private:
   static ContentTypes contentTypes() {
-    const auto table = FolderResources(VT_RESOURCES).resource("types", "tsv");
+    const auto table = FolderResources(resourceFolder()).resource("types", "tsv");
     if (!table) throw std::runtime_error("the table of content types is missing");
     auto types = ContentTypes::parse(*table);
     if (!types) throw std::runtime_error(types.error().reason);
@@ -36,7 +37,7 @@ class ContentTypeGroups : public testing::Test {
 
   static Platform::Services services() {
     Platform::Services made;
-    made.resources = std::make_shared<FolderResources>(VT_RESOURCES);
+    made.resources = std::make_shared<FolderResources>(resourceFolder());
     return made;
   }
 

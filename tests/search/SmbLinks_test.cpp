@@ -18,6 +18,7 @@
 #include "scopes/VTConcreteSearchFolder.h"
 #include "search/VTSearchResult.h"
 #include "settings/VTSettings.h"
+#include "support/Places.h"
 #include "support/Program.h"
 #include "support/ReadFile.h"
 #include "support/RunningProgram.h"
@@ -135,7 +136,7 @@ class SmbLinks : public testing::Test {
     std::filesystem::permissions(server_->files() / "sub", std::filesystem::perms(0755));
     scope_.emplace(linuxPlatform(Environment{.rootPrefix = server_->root(),
                                              .indexFolder = server_->root() + "/index",
-                                             .resourceFolder = VT_RESOURCES,
+                                             .resourceFolder = resourceFolder(),
                                              .languages = {}}));
     const auto settings = VTSettings::sharedInstance();
     settings->setServerName("127.0.0.1");

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/Places.h"
 #include "tools/CommandTest.h"
 
 namespace vt {
@@ -17,7 +18,7 @@ using testing::StartsWith;
 class AttributesCommand : public CommandTest {
  protected:
   ProgramResult inLanguage(const std::string& language, std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), VT_PROGRAM);
+    arguments.insert(arguments.begin(), builtProgram("vistaro"));
     std::map<std::string, std::string> variables = environment();
     variables["LC_ALL"] = language;
     return runProgram(arguments, variables);
@@ -92,7 +93,7 @@ TEST_F(AttributesCommand, TakesShortNamesFromAMetadataBundleOfThisMachine) {
 TEST_F(AttributesCommand, FailsWithoutTheTableOfAttributes) {
   std::map<std::string, std::string> variables = environment();
   variables["VISTARO_RESOURCES"] = tree_.path();
-  const ProgramResult result = runProgram({VT_PROGRAM, "attributes"}, variables);
+  const ProgramResult result = runProgram({builtProgram("vistaro"), "attributes"}, variables);
   EXPECT_EQ(result.exitCode, 3);
   EXPECT_THAT(result.errors, HasSubstr("the attributes could not be read"));
 }

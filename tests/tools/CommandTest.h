@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "support/Places.h"
 #include "support/Program.h"
 #include "support/TemporaryFolder.h"
 
@@ -46,12 +47,12 @@ class CommandTest : public testing::Test {
   }
 
   ProgramResult vistaro(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), VT_PROGRAM);
+    arguments.insert(arguments.begin(), builtProgram("vistaro"));
     return runProgram(arguments, environment());
   }
   std::map<std::string, std::string> environment() const {
     return {{"VISTARO_ROOT", root_.path().string()},
-            {"VISTARO_RESOURCES", VT_RESOURCES},
+            {"VISTARO_RESOURCES", resourceFolder()},
             {"TZ", "UTC"},
             {"LC_ALL", "C"}};
   }
@@ -62,10 +63,11 @@ class CommandTest : public testing::Test {
 
   /// Whether this process can become another user who could run the command.
   static bool canRunAs(unsigned uid) {
-    return geteuid() == 0 && runProgram(asUser(uid, {"test", "-x", VT_PROGRAM})).exitCode == 0;
+    return geteuid() == 0 &&
+           runProgram(asUser(uid, {"test", "-x", builtProgram("vistaro")})).exitCode == 0;
   }
   ProgramResult vistaroAs(unsigned uid, std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), VT_PROGRAM);
+    arguments.insert(arguments.begin(), builtProgram("vistaro"));
     return runProgram(asUser(uid, arguments), environment());
   }
 

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "support/Places.h"
 #include "tools/CommandTest.h"
 #include "vistaro/Terminal.h"
 
@@ -72,7 +73,7 @@ TEST_F(Command, TellsWhenTheOutputCannotBeWritten) {
                               "user ann >/dev/full", "kinds >&-", "kinds <&- >&-"}) {
     SCOPED_TRACE(command);
     const ProgramResult result =
-        runProgram({"sh", "-c", std::string(VT_PROGRAM) + " " + command}, environment());
+        runProgram({"sh", "-c", builtProgram("vistaro") + " " + command}, environment());
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_THAT(result.errors, HasSubstr("could not be written"));
   }
@@ -84,14 +85,14 @@ TEST_F(Command, KeepsItsExitCodeWhenErrorsCannotBeWritten) {
          {std::pair("serach", 2), std::pair("user nobody-has-this-name", 1),
           std::pair("search --path /does/not/exist x", 2), std::pair("kinds >/dev/full", 3)}) {
       SCOPED_TRACE(std::string(command) + errors);
-      const std::string line = std::string(VT_PROGRAM) + " " + command + errors;
+      const std::string line = builtProgram("vistaro") + " " + command + errors;
       EXPECT_EQ(runProgram({"sh", "-c", line}, environment()).exitCode, exitCode);
     }
   }
 }
 
 TEST_F(Command, ColoursOnlyATerminal) {
-  const std::string line = std::string(VT_PROGRAM) + " kinds";
+  const std::string line = builtProgram("vistaro") + " kinds";
   std::map<std::string, std::string> surroundings = environment();
   const auto onTerminal = [&](const std::string& term) {
     surroundings["TERM"] = term;

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "support/Places.h"
 #include "tools/CommandTest.h"
 
 namespace vt {
@@ -62,7 +63,7 @@ TEST_F(DoctorCommand, WarnsOfAGroupThatDoesNotFit) {
 
 TEST_F(DoctorCommand, MissesResources) {
   const ProgramResult result = runProgram(
-      {VT_PROGRAM, "doctor"},
+      {builtProgram("vistaro"), "doctor"},
       {{"VISTARO_ROOT", root_.path().string()}, {"VISTARO_RESOURCES", tree_.path().string()}});
   EXPECT_EQ(result.exitCode, 3);
   EXPECT_THAT(result.output, HasSubstr("fault  types.tsv is missing or damaged\n"));

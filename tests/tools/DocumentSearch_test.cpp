@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "extraction/documents/DocumentSamples.h"
+#include "support/Places.h"
 #include "tools/CommandTest.h"
 
 namespace vt {
@@ -27,8 +28,8 @@ class DocumentSearch : public CommandTest {
 
   /// Runs the command as on a machine that lacks what walls are made of.
   ProgramResult vistaroWithoutWalls(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> command = {VT_WITHOUT_WALLS, "namespaces", "landlock", "--",
-                                        VT_PROGRAM};
+    std::vector<std::string> command = {testProgram("without_walls"), "namespaces", "landlock",
+                                        "--", builtProgram("vistaro")};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return runProgram(command, environment());
   }

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "tools/CommandTest.h"
 
@@ -137,7 +138,7 @@ TEST_F(FoldersCommand, WaitsForAnotherCommandAndThenGivesUp) {
 TEST_F(FoldersCommand, LosesNoChangeOfCommandsThatRunTogether) {
   std::string script;
   for (const char* name : {"one", "two", "three"}) {
-    script += std::string(VT_PROGRAM) + " folders add '" + std::string(tree_ / name) + "' & ";
+    script += builtProgram("vistaro") + " folders add '" + std::string(tree_ / name) + "' & ";
   }
   const ProgramResult together = runProgram({"sh", "-c", script + "wait"}, environment());
   EXPECT_EQ(together.errors, "");

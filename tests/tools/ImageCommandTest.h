@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "images/PngEncoder.h"
+#include "support/Places.h"
 #include "support/PngReader.h"
 #include "support/ReadFile.h"
 #include "tools/CommandTest.h"
@@ -29,7 +30,7 @@ class ImageCommandTest : public CommandTest {
     return std::to_string(png->image.width) + "x" + std::to_string(png->image.height);
   }
   ProgramResult qlmanage(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), VT_QLMANAGE);
+    arguments.insert(arguments.begin(), builtProgram("qlmanage"));
     return runProgram(arguments, environment());
   }
 };

@@ -5,6 +5,7 @@
 
 #include <array>
 
+#include "support/Places.h"
 #include "tools/ImageCommandTest.h"
 
 namespace vt {
@@ -99,7 +100,7 @@ TEST_F(ImageCommands, ShowTheIconOfAFolder) {
 }
 
 TEST_F(ImageCommands, TellOnATerminalHowFarTheyAre) {
-  std::vector<std::string> command = {VT_PROGRAM, "thumbnail"};
+  std::vector<std::string> command = {builtProgram("vistaro"), "thumbnail"};
   for (int i = 0; i < 300; ++i) {
     const std::string path = tree_ / (std::to_string(i) + ".txt");
     write(path, "words");
@@ -159,9 +160,9 @@ TEST_F(ImageCommands, MakeTheCacheWhereThereIsNone) {
 TEST_F(ImageCommands, LeaveNoHalfFileOnAFullDisk) {
   const std::string path = addPicture("a.png");
   // As on a full disk, no file grows past a few bytes; the signal for that is at its default.
-  const ProgramResult result = runProgram(
-      {"sh", "-c", "trap '' XFSZ; ulimit -f 0; exec \"$@\"", "sh", VT_PROGRAM, "thumbnail", path},
-      environment());
+  const ProgramResult result = runProgram({"sh", "-c", "trap '' XFSZ; ulimit -f 0; exec \"$@\"",
+                                           "sh", builtProgram("vistaro"), "thumbnail", path},
+                                          environment());
   EXPECT_EQ(result.exitCode, 1) << result.output;
   EXPECT_TRUE(std::filesystem::is_empty(root_ / "Library/Caches/Vistaro/Thumbnails"));
 }

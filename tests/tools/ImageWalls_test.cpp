@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "support/Places.h"
 #include "tools/ImageCommandTest.h"
 
 namespace vt {
@@ -18,9 +19,9 @@ class ImageWalls : public ImageCommandTest {
  protected:
   ProgramResult vistaroWithout(const std::vector<std::string>& walls,
                                const std::vector<std::string>& arguments) const {
-    std::vector<std::string> command = {VT_WITHOUT_WALLS};
+    std::vector<std::string> command = {testProgram("without_walls")};
     command.insert(command.end(), walls.begin(), walls.end());
-    command.insert(command.end(), {"--", VT_PROGRAM});
+    command.insert(command.end(), {"--", builtProgram("vistaro")});
     command.insert(command.end(), arguments.begin(), arguments.end());
     return runProgram(command, environment());
   }

@@ -10,6 +10,7 @@
 
 #include "metadata/types/ShippedTypes.h"
 #include "metadata/update/IndexUpdater.h"
+#include "support/Places.h"
 #include "support/RunningProgram.h"
 #include "tools/CommandTest.h"
 
@@ -38,7 +39,7 @@ class IndexCommand : public CommandTest {
   }
   std::unique_ptr<RunningProgram> indexer() const {
     return std::make_unique<RunningProgram>(
-        std::vector<std::string>{VT_PROGRAM, "index", tree_.path()}, environment());
+        std::vector<std::string>{builtProgram("vistaro"), "index", tree_.path()}, environment());
   }
   std::string indexFolder() const { return root_ / "var/lib/vistaro/index"; }
 };

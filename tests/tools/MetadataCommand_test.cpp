@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/Places.h"
 #include "tools/CommandTest.h"
 
 namespace vt {
@@ -48,7 +49,7 @@ TEST_F(MetadataCommand, ShowsDatesInLocalTime) {
   std::map<std::string, std::string> surroundings = environment();
   surroundings["TZ"] = "Asia/Tokyo";
   const ProgramResult result =
-      runProgram({VT_PROGRAM, "metadata", addFile("report.pdf")}, surroundings);
+      runProgram({builtProgram("vistaro"), "metadata", addFile("report.pdf")}, surroundings);
   EXPECT_THAT(result.output, HasSubstr("2026-11-21 09:00:00\n"));
 }
 
@@ -92,8 +93,8 @@ TEST_F(MetadataCommand, TakesAnyName) {
   for (const char* name : {"-.pdf", "--raw", "./[a,b]", "odd\xff\n\x1b[2J.pdf"}) {
     SCOPED_TRACE(name);
     addFile(name);
-    const std::string line =
-        "cd '" + tree_.path().string() + "' && exec " + VT_PROGRAM + " metadata -- '" + name + "'";
+    const std::string line = "cd '" + tree_.path().string() + "' && exec " +
+                             builtProgram("vistaro") + " metadata -- '" + name + "'";
     const ProgramResult result = runProgram({"sh", "-c", line}, environment());
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.errors, "");

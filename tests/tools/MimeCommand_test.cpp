@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/Places.h"
 #include "tools/CommandTest.h"
 
 namespace vt {
@@ -56,8 +57,8 @@ TEST_F(MimeCommand, TakesAnyName) {
                            "mime", "odd\xff\n\x1b[2J.pdf", "--", "-"}) {
     SCOPED_TRACE(name);
     addFile(name);
-    const std::string line =
-        "cd '" + tree_.path().string() + "' && exec " + VT_PROGRAM + " mime -- '" + name + "'";
+    const std::string line = "cd '" + tree_.path().string() + "' && exec " +
+                             builtProgram("vistaro") + " mime -- '" + name + "'";
     const ProgramResult result = runProgram({"sh", "-c", line}, environment());
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.errors, "");

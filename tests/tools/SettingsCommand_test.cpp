@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "tools/CommandTest.h"
 
@@ -90,8 +91,8 @@ TEST_F(SettingsCommand, KeepsNamesThatTheServerDoesNotKnowWhenAsked) {
 }
 
 TEST_F(SettingsCommand, ShowsNoSecret) {
-  const std::string set =
-      std::string("printf 'open sesame\\n' | ") + VT_PROGRAM + " settings set smtpServerPassword -";
+  const std::string set = std::string("printf 'open sesame\\n' | ") + builtProgram("vistaro") +
+                          " settings set smtpServerPassword -";
   const ProgramResult result = runProgram({"sh", "-c", set}, environment());
   EXPECT_EQ(result.output, "smtpServerPassword is (set)\n");
   EXPECT_EQ(settings({"get", "smtpServerPassword"}).output, "(set)\n");

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/Places.h"
 #include "support/RunningProgram.h"
 #include "tools/CommandTest.h"
 
@@ -21,8 +22,8 @@ class StatusCommand : public CommandTest {
   std::unique_ptr<RunningProgram> server() const {
     std::map<std::string, std::string> variables = environment();
     variables["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=/nonexistent/bus";
-    auto process =
-        std::make_unique<RunningProgram>(std::vector<std::string>{VT_TEST_SERVER}, variables);
+    auto process = std::make_unique<RunningProgram>(
+        std::vector<std::string>{testProgram("vistaro_test_server")}, variables);
     EXPECT_EQ(process->waitForLine("startup answered"), "startup answered YES");
     return process;
   }

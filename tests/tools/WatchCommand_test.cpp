@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/Eventually.h"
+#include "support/Places.h"
 #include "support/RunningProgram.h"
 #include "tools/CommandTest.h"
 
@@ -20,7 +21,7 @@ using testing::MatchesRegex;
 class WatchCommand : public CommandTest {
  protected:
   std::unique_ptr<RunningProgram> watcher(std::vector<std::string> arguments = {}) const {
-    arguments.insert(arguments.begin(), {VT_PROGRAM, "index", "--watch"});
+    arguments.insert(arguments.begin(), {builtProgram("vistaro"), "index", "--watch"});
     return std::make_unique<RunningProgram>(arguments, environment());
   }
   json status() const { return json::parse(vistaro({"index", "--status", "--json"}).output); }
@@ -147,14 +148,15 @@ TEST_F(WatchCommand, WatchesForAnyUser) {
   ASSERT_EQ(chown(tree_.path().c_str(), 2001, 2001), 0);
   std::map<std::string, std::string> variables = environment();
   variables["VISTARO_INDEX"] = index / "of ann";
-  RunningProgram running(asUser(2001, {VT_PROGRAM, "index", "--watch", tree_.path()}), variables);
+  RunningProgram running(asUser(2001, {builtProgram("vistaro"), "index", "--watch", tree_.path()}),
+                         variables);
   ASSERT_NE(running.waitForLine("generation 1"), "");
   EXPECT_THAT(running.output(), ContainsRegex("watching 1 folder by inotify, since fanotify "
                                               "cannot .*Operation not permitted"));
   addFile("new.pdf");
   const auto files = [&] {
-    const ProgramResult told =
-        runProgram(asUser(2001, {VT_PROGRAM, "index", "--status", "--json"}), variables);
+    const ProgramResult told = runProgram(
+        asUser(2001, {builtProgram("vistaro"), "index", "--status", "--json"}), variables);
     return json::parse(told.output)["files"];
   };
   EXPECT_TRUE(eventually([&] { return files() == 1; }));

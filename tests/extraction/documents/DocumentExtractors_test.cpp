@@ -9,6 +9,7 @@
 #include "extraction/documents/ExtractedHere.h"
 #include "extraction/documents/ZipPackage.h"
 #include "metadata/query/AttributeSchema.h"
+#include "support/Places.h"
 
 namespace vt {
 namespace {
@@ -48,7 +49,7 @@ TEST_F(DocumentExtractorsTest, FindTextTitleAndAuthorInEachFormat) {
 }
 
 TEST_F(DocumentExtractorsTest, GiveValuesOfTheTypesOfTheSchema) {
-  const auto schema = query::AttributeSchema::parse(readFile(VT_RESOURCES "/attributes.tsv"));
+  const auto schema = query::AttributeSchema::parse(readFile(resourcePath("attributes.tsv")));
   ASSERT_TRUE(schema);
   for (const DocumentSample& sample : documentSamples()) {
     for (const auto& [name, value] : foundInSample(sample.name).attributes) {

@@ -10,13 +10,14 @@
 #include "metadata/crawl/CrawlSink.h"
 #include "metadata/crawl/TreeCrawl.h"
 #include "metadata/types/ContentTypes.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 
 namespace vt {
 
 inline const ContentTypes& shippedTypes() {
   static const ContentTypes types =
-      ContentTypes::parse(readFile(VT_RESOURCES "/types.tsv")).value();
+      ContentTypes::parse(readFile(resourcePath("types.tsv"))).value();
   return types;
 }
 

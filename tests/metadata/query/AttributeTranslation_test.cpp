@@ -6,6 +6,7 @@
 
 #include "foundation/TextFolding.h"
 #include "metadata/query/QueryTesting.h"
+#include "support/Places.h"
 
 namespace vt::query {
 namespace {
@@ -19,9 +20,7 @@ AttributeTranslation translation(std::string_view lines) {
 
 const AttributeTranslation& shippedGerman() {
   static const AttributeTranslation kGerman =
-      AttributeTranslation::parse(
-          readWhole(std::filesystem::path(VT_RESOURCES) / "attributes.de.tsv"))
-          .value();
+      AttributeTranslation::parse(readWhole(resourcePath("attributes.de.tsv"))).value();
   return kGerman;
 }
 

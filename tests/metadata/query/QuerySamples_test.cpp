@@ -3,6 +3,7 @@
 
 #include "metadata/query/QueryPrinter.h"
 #include "metadata/query/QueryTesting.h"
+#include "support/Places.h"
 
 namespace vt::query {
 
@@ -10,7 +11,7 @@ namespace {
 
 /// The rows of a table in the test data, without its heading.
 std::vector<std::vector<std::string>> rowsOf(const char* name, std::size_t columns) {
-  const std::filesystem::path path = std::filesystem::path(VT_TEST_DATA) / "query" / name;
+  const std::filesystem::path path = std::filesystem::path(testDataFolder()) / "query" / name;
   std::vector<std::vector<std::string>> rows;
   for (const std::string& line : splitText(readWhole(path), "\n")) {
     if (line.empty()) continue;

@@ -20,6 +20,7 @@
 #include "metadata/query/QueryMatcher.h"
 #include "metadata/query/QueryParser.h"
 #include "metadata/query/TimeValue.h"
+#include "support/Places.h"
 
 namespace vt::query {
 
@@ -32,8 +33,7 @@ inline std::string readWhole(const std::filesystem::path& path) {
 /// The schema that ships.
 inline const AttributeSchema& shippedSchema() {
   static const AttributeSchema kSchema =
-      AttributeSchema::parse(readWhole(std::filesystem::path(VT_RESOURCES) / "attributes.tsv"))
-          .value();
+      AttributeSchema::parse(readWhole(resourcePath("attributes.tsv"))).value();
   return kSchema;
 }
 

@@ -6,12 +6,13 @@
 #include <string>
 
 #include "metadata/types/ContentTypes.h"
+#include "support/Places.h"
 
 namespace vt {
 
 /// The type table that ships.
 inline ContentTypes shippedTypes() {
-  std::ifstream file(VT_RESOURCES "/types.tsv", std::ios::binary);
+  std::ifstream file(resourcePath("types.tsv"), std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(file), {}};
   Result<ContentTypes, ContentTypesError> types = ContentTypes::parse(text);
   if (!types) {

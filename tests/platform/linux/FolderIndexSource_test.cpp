@@ -10,6 +10,7 @@
 #include "metadata/live/LiveTree.h"
 #include "metadata/store/IndexFreshness.h"
 #include "metadata/types/ShippedTypes.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 
 namespace vt {
@@ -111,7 +112,7 @@ TEST_F(FolderIndexSourceTest, RefusesAFolderThatOthersMayEnter) {
 }
 
 TEST_F(FolderIndexSourceTest, RefusesTypesThatTheTableLacks) {
-  const auto more = ContentTypes::parse(readFile(VT_RESOURCES "/types.tsv") +
+  const auto more = ContentTypes::parse(readFile(resourcePath("types.tsv")) +
                                         "org.example.thing\tpublic.data\tthing\t\tThing\t\n");
   ASSERT_TRUE(more) << more.error().reason;
   tree_.file("a.thing");

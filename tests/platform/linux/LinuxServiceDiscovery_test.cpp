@@ -12,6 +12,7 @@
 
 #include "platform/linux/PrivateBus.h"
 #include "support/LogCapture.h"
+#include "support/Places.h"
 
 namespace vt {
 namespace {
@@ -198,10 +199,10 @@ class ServerProcessTest : public LinuxServiceDiscoveryTest {
 
   std::unique_ptr<RunningProgram> server() const {
     return std::make_unique<RunningProgram>(
-        std::vector<std::string>{VT_TEST_SERVER},
+        std::vector<std::string>{testProgram("vistaro_test_server")},
         std::map<std::string, std::string>{
             {"VISTARO_ROOT", root_.path().string()},
-            {"VISTARO_RESOURCES", VT_RESOURCES},
+            {"VISTARO_RESOURCES", resourceFolder()},
             {"DBUS_SYSTEM_BUS_ADDRESS", PrivateBus::addressIn(busFolder())}});
   }
 

@@ -14,6 +14,7 @@
 #include "../AccountFolder.h"
 #include "platform/linux/Accounts.h"
 #include "platform/linux/AuthProtocol.h"
+#include "support/Places.h"
 
 namespace vt {
 namespace {
@@ -70,7 +71,7 @@ TEST(PamPasswords, FollowThePasswordAndTheStateOfARealAccount) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can make a user";
   RealUser user("right");
   ASSERT_TRUE(user.isReady());
-  const PamPasswords passwords = passwordsBy(VT_TEST_AUTH_HELPER, user.service);
+  const PamPasswords passwords = passwordsBy(builtProgram("vistaro-auth"), user.service);
   const auto verify = [&](const std::string& password) {
     return passwords.verify(user.name, password);
   };
@@ -104,7 +105,7 @@ TEST(PamPasswords, RefuseWithoutAServiceFileEvenWhereOtherServicesWouldDo) {
   for (const std::string& service :
        {user.service + "-not"s, ""s, "../pam.d/" + user.service, "."s, user.service + "\0"s}) {
     SCOPED_TRACE(service);
-    EXPECT_FALSE(passwordsBy(VT_TEST_AUTH_HELPER, service).verify(user.name, "right"));
+    EXPECT_FALSE(passwordsBy(builtProgram("vistaro-auth"), service).verify(user.name, "right"));
   }
 }
 
@@ -115,7 +116,7 @@ TEST(PamPasswords, GiveAUserAnswersAboutThemselvesOnly) {
   ASSERT_TRUE(user.isReady() && other.isReady());
   TemporaryFolder folder;  // the folder of the build may be closed to this user
   const std::string helper = folder / "helper";
-  std::filesystem::copy_file(VT_TEST_AUTH_HELPER, helper);
+  std::filesystem::copy_file(builtProgram("vistaro-auth"), helper);
   const pid_t child = fork();
   if (child == 0) {
     const std::optional<Account> account = systemAccounts()->accountNamed(user.name);
@@ -226,7 +227,7 @@ TEST(PamPasswords, HandTheTextsOverThePipeAloneByteForByte) {
 std::pair<int, std::string> answerTo(const std::string& request, const std::string& arguments) {
   TemporaryFolder folder;
   std::ofstream(folder / "request", std::ios::binary) << request;
-  const int status = std::system((VT_TEST_AUTH_HELPER " "s + arguments + " < " +
+  const int status = std::system((builtProgram("vistaro-auth") + " " + arguments + " < " +
                                   (folder / "request") + " > " + (folder / "answer"))
                                      .c_str());
   std::ostringstream said;

@@ -17,6 +17,7 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/LinuxTasks.h"
 #include "platform/memory/MemoryTasks.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -67,7 +68,7 @@ class SharePointRecordSourceTest : public testing::Test {
   std::shared_ptr<Array> recordList() const {
     Environment environment;
     environment.rootPrefix = root_.path();
-    environment.resourceFolder = VT_RESOURCES;
+    environment.resourceFolder = resourceFolder();
     const PlatformScope installed(linuxPlatform(environment));
     DirectoryServices& services = Platform::current().directoryServices();
     EXPECT_EQ(services.dsOpenDirService(&gDirRef), kDSNoErr);

@@ -16,6 +16,7 @@
 #include "platform/linux/extraction/LinuxExtractors.h"
 #include "support/Descendants.h"
 #include "support/MisdeedList.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -27,11 +28,11 @@ using Kind = ExtractionFailure::Kind;
 /// Workers that do what files tell them.
 class HostileExtraction : public testing::Test {
  protected:
-  void SetUp() override { start(VT_HOSTILE_EXTRACTOR); }
+  void SetUp() override { start(testProgram("hostile_extractor")); }
 
-  void start(const char* program) {
+  void start(const std::string& program) {
     extractors_.reset();
-    workers_ = extractionWorkers(FolderResources(VT_RESOURCES), types_, {program});
+    workers_ = extractionWorkers(FolderResources(resourceFolder()), types_, {program});
     extractors_.emplace(linuxExtractors(types_, workers_));
     ASSERT_TRUE(workers_->walls());
   }
@@ -100,7 +101,7 @@ TEST_F(HostileExtraction, CostsABadFileAlone) {
 }
 
 TEST_F(HostileExtraction, EndsWhenAFileTakesTooLong) {
-  start(VT_IMPATIENT_EXTRACTOR);
+  start(testProgram("impatient_extractor"));
   for (const char* deed : {"wait", "spin"}) {
     SCOPED_TRACE(deed);
     const auto found = tell(deed);
@@ -146,7 +147,7 @@ TEST_F(HostileExtraction, LooksIntoTwoFilesAtOnce) {
 }
 
 TEST_F(HostileExtraction, LetsALongAnswerPassWhileAnotherFileIsWaitedFor) {
-  start(VT_IMPATIENT_EXTRACTOR);
+  start(testProgram("impatient_extractor"));
   const Descriptor slow = file("wait");
   const Descriptor large = file("some-text");
   const auto one = extractor().begin(slow.get(), text_);
@@ -173,9 +174,9 @@ TEST_F(HostileExtraction, IsStartedAgainOnceItHasEnded) {
 
 TEST(ExtractionWorkers, AreOfSeveralPrograms) {
   const ContentTypes types = shippedTypes();
-  const auto workers =
-      extractionWorkers(FolderResources(VT_RESOURCES), types,
-                        {"/nonexistent", VT_IMPATIENT_EXTRACTOR, VT_HOSTILE_EXTRACTOR});
+  const auto workers = extractionWorkers(
+      FolderResources(resourceFolder()), types,
+      {"/nonexistent", testProgram("impatient_extractor"), testProgram("hostile_extractor")});
   const auto described = workers->describe();
   ASSERT_EQ(described.size(), 2U);
   EXPECT_EQ(described[0].place.program, 1U);
@@ -201,7 +202,7 @@ TEST(ExtractionWorkers, AreOfSeveralPrograms) {
 TEST(ExtractionWorkers, AreNoneWithoutTheirProgram) {
   const ContentTypes types = shippedTypes();
   for (const char* program : {"/nonexistent", "/bin/true"}) {
-    const auto workers = extractionWorkers(FolderResources(VT_RESOURCES), types, {program});
+    const auto workers = extractionWorkers(FolderResources(resourceFolder()), types, {program});
     EXPECT_EQ(workers->walls(), std::nullopt);
     const Extractors extractors = linuxExtractors(types, workers);
     EXPECT_EQ(extractors.forType(types.typeOfFile("a.html"))->name(), "text");

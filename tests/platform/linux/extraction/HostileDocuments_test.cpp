@@ -10,6 +10,7 @@
 #include "metadata/types/ShippedTypes.h"
 #include "platform/linux/FolderResources.h"
 #include "platform/linux/extraction/LinuxExtractors.h"
+#include "support/Places.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -47,7 +48,7 @@ class HostileDocuments : public testing::Test {
   const TemporaryFolder folder_;
   const ContentTypes types_ = shippedTypes();
   const std::shared_ptr<ExtractionWorkers> workers_ =
-      extractionWorkers(FolderResources(VT_RESOURCES), types_);
+      extractionWorkers(FolderResources(resourceFolder()), types_);
   const Extractors extractors_ = linuxExtractors(types_, workers_);
 };
 
