@@ -12,7 +12,7 @@ class PlainTextExtractor final : public Extractor {
   explicit PlainTextExtractor(const ContentTypes& types);
 
   std::string_view name() const override { return "text"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override;
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 
