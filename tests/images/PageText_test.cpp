@@ -18,6 +18,10 @@ TEST(ReadableText, IsReadInWhateverItIsWritten) {
       {"Latin-1", "gr\xfc\xdf dich", "grüß dich"},
       {"UTF-16, low byte first", std::string("\xff\xfex\0\xfc\0", 6), "xü"},
       {"UTF-16, high byte first", std::string("\xfe\xff\0x\0\xfc", 6), "xü"},
+      {"Shift_JIS",
+       "\x90\xbf\x8b\x81\x8f\x91\x82\xf0\x8a\x6d\x94\x46\x82\xb5\x82\xc4\x82\xad\x82\xbe\x82\xb3"
+       "\x82\xa2\x81\x42",
+       "請求書を確認してください。"},
       {"control characters", "a\x01\x7f\tb\fc\x1b[0m", "a\tb\nc[0m"},
       {"line ends of all kinds", "a\r\nb\rc\nd", "a\nb\nc\nd"},
       {"NUL", std::string("ab\0cdefgh", 9), "abcdefgh"},

@@ -4,8 +4,8 @@
 #include <array>
 #include <utility>
 
-#include "metadata/live/TextConversion.h"
-#include "metadata/live/TextDecoding.h"
+#include "foundation/TextConversion.h"
+#include "foundation/TextDecoding.h"
 
 namespace vt {
 namespace {

@@ -9,7 +9,7 @@
 #include "extraction/FoundAttributes.h"
 #include "extraction/ReadFile.h"
 #include "extraction/documents/XmlParser.h"
-#include "metadata/live/TextDecoding.h"
+#include "foundation/TextDecoding.h"
 
 namespace vt {
 namespace {

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "foundation/Array.h"
+#include "foundation/TextDecoding.h"
 #include "foundation/UTF8.h"
-#include "metadata/live/TextDecoding.h"
 
 namespace vt {
 namespace {

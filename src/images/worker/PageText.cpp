@@ -6,20 +6,13 @@
 #include <memory>
 #include <utility>
 
+#include "foundation/TextDecoding.h"
 #include "foundation/UTF8.h"
 
 namespace vt::worker {
 namespace {
 
 using GText = std::unique_ptr<gchar, decltype(&g_free)>;
-
-std::string converted(std::string_view bytes, const char* charset) {
-  gsize written = 0;
-  const GText text(g_convert_with_fallback(bytes.data(), static_cast<gssize>(bytes.size()), "UTF-8",
-                                           charset, "?", nullptr, &written, nullptr),
-                   g_free);
-  return text ? std::string(text.get(), written) : std::string();
-}
 
 std::string withoutControls(std::string_view text) {
   std::string plain;
@@ -180,16 +173,7 @@ std::string lineMarkup(std::string_view line) {
 
 }  // namespace
 
-std::string readableText(std::string_view bytes) {
-  if (bytes.starts_with("\xff\xfe")) return withoutControls(converted(bytes.substr(2), "UTF-16LE"));
-  if (bytes.starts_with("\xfe\xff")) return withoutControls(converted(bytes.substr(2), "UTF-16BE"));
-  if (bytes.starts_with("\xef\xbb\xbf")) bytes.remove_prefix(3);
-  const std::size_t valid = validUTF8Length(bytes);
-  // The beginning of a longer file may end within a character, or there are NULs from here on.
-  const bool isUtf8 = bytes.size() - valid < 4 || bytes[valid] == '\0';
-  return withoutControls(isUtf8 ? std::string(bytes.substr(0, valid))
-                                : converted(bytes, "ISO-8859-1"));
-}
+std::string readableText(std::string_view bytes) { return withoutControls(decodePlainText(bytes)); }
 
 std::string textOfHtml(std::string_view html) {
   const std::string lower = lowerCase(html);

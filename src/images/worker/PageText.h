@@ -7,8 +7,8 @@ namespace vt::worker {
 
 // What a text file becomes before it is set on a page.
 
-/// The bytes as UTF-8 without control characters but line feeds and tabs: read as UTF-16 when they
-/// begin with its mark, else as UTF-8, else as Latin-1. A character cut off at the end is dropped.
+/// The bytes, in whatever character set (decodePlainText()), as UTF-8 without control characters
+/// but line feeds and tabs.
 std::string readableText(std::string_view bytes);
 
 /// The text of an HTML document: no tags, scripts or styles, a line for each block, the common

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "foundation/TextDecoding.h"
 #include "metadata/live/FileStatus.h"
 #include "metadata/live/OpenForReading.h"
-#include "metadata/live/TextDecoding.h"
 
 namespace vt {
 

@@ -1,13 +1,13 @@
-#include "metadata/live/TextDecoding.h"
+#include "foundation/TextDecoding.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
+#include "foundation/EncodingGuess.h"
+#include "foundation/TextConversion.h"
 #include "foundation/UTF8.h"
-#include "metadata/live/EncodingGuess.h"
-#include "metadata/live/TextConversion.h"
 
 namespace vt {
 namespace {

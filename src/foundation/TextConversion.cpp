@@ -1,4 +1,4 @@
-#include "metadata/live/TextConversion.h"
+#include "foundation/TextConversion.h"
 
 #include <errno.h>
 

@@ -1,4 +1,4 @@
-#include "metadata/live/TextDecoding.h"
+#include "foundation/TextDecoding.h"
 
 #include <gtest/gtest.h>
 #include <iconv.h>

@@ -1,4 +1,4 @@
-#include "metadata/live/EncodingGuess.h"
+#include "foundation/EncodingGuess.h"
 
 #include <unicode/ucsdet.h>
 #include <unicode/uvernum.h>
