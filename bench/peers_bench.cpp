@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 #include <functional>
 #include <string>
 #include <utility>
@@ -82,5 +83,10 @@ int main(int argc, char** argv) {
     fmt::print(stderr, "usage: peers_bench FOLDER\n");
     return 2;
   }
-  return vt::run(vt::Corpus(argv[1]));
+  try {
+    return vt::run(vt::Corpus(argv[1]));
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "peers_bench: {}\n", error.what());
+    return 1;
+  }
 }
