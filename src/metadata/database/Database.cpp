@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "metadata/database/PageChecksums.h"
 #include "metadata/database/SQLite.h"
 #include "metadata/live/Descriptor.h"
 
@@ -59,6 +60,7 @@ std::string uriOf(const std::string& path, std::string_view parameters) {
 }  // namespace
 
 StoreError databaseError(int code, std::string_view message, std::string_view path) {
+  if (code == SQLITE_IOERR_DATA) return damageError(path, "a page of it is not what was written");
   const StoreError::Kind kind = kindOf(code);
   if (kind == StoreError::Kind::kDamaged) return damageError(path, message);
   return {kind, fmt::format("cannot use {}: {}", path, message)};
@@ -168,7 +170,7 @@ Result<Database, StoreError> Database::open(const std::string& path, int flags) 
   sqlite3* connection = nullptr;
   const int code = sqlite().sqlite3_open_v2(
       uriOf(path, neverChanges ? "immutable=1" : "psow=1").c_str(), &connection,
-      flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+      flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, checksummedFiles());
   opened.connection_.reset(connection);
   if (code != SQLITE_OK) return databaseError(code, sqlite().sqlite3_errstr(code), path);
   sqlite().sqlite3_busy_timeout(connection, kPatienceMillis);
@@ -181,6 +183,14 @@ Result<Database, StoreError> Database::open(const std::string& path, int flags) 
 StoreError Database::lastError() const {
   return databaseError(sqlite().sqlite3_extended_errcode(handle()),
                        sqlite().sqlite3_errmsg(handle()), *path_);
+}
+
+StoreFailure Database::keepChecksums() const {
+  int bytes = kPageChecksumBytes;
+  const int code =
+      sqlite().sqlite3_file_control(handle(), "main", SQLITE_FCNTL_RESERVE_BYTES, &bytes);
+  if (code == SQLITE_OK) return std::nullopt;
+  return databaseError(code, sqlite().sqlite3_errstr(code), *path_);
 }
 
 StoreFailure Database::execute(const char* statements) const {

@@ -72,6 +72,10 @@ class Database {
   const std::string& path() const { return *path_; }
   sqlite3* handle() const { return connection_.get(); }
 
+  /// Has each page end in its checksum, if it is called before the first one is written; else from
+  /// the next VACUUM on. Who opens such a database checks them.
+  StoreFailure keepChecksums() const;
+
   /// Runs one or several statements that give no rows.
   StoreFailure execute(const char* statements) const;
   /// Prepares a statement of the program's own: it must be right, but the file may be damaged.

@@ -24,6 +24,7 @@
   X(sqlite3_errstr)            \
   X(sqlite3_exec)              \
   X(sqlite3_extended_errcode)  \
+  X(sqlite3_file_control)      \
   X(sqlite3_finalize)          \
   X(sqlite3_get_autocommit)    \
   X(sqlite3_last_insert_rowid) \
@@ -31,7 +32,9 @@
   X(sqlite3_prepare_v2)        \
   X(sqlite3_prepare_v3)        \
   X(sqlite3_reset)             \
-  X(sqlite3_step)
+  X(sqlite3_step)              \
+  X(sqlite3_vfs_find)          \
+  X(sqlite3_vfs_register)
 
 namespace vt {
 
