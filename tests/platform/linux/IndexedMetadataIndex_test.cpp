@@ -268,13 +268,17 @@ TEST_F(IndexedMetadataIndexTest, FindsTextThatTheIndexerHasLookedInto) {
   EXPECT_THAT(source_->lookedIntoAs, ElementsAre(0));
 }
 
-TEST_F(IndexedMetadataIndexTest, WalksForTextThatTermsCannotTell) {
+TEST_F(IndexedMetadataIndexTest, FindsPatternsWithinWordsWithoutAWalk) {
   tree_.file("words.txt", "The budget of 2024");
   buildIndexWithContents();
-  const auto query = executed("kMDItemTextContent == \"*dget\"");
-  EXPECT_THAT(names(*query), ElementsAre("words.txt"));
-  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause,
-            "the index finds words from their beginning, without * and ? in them");
+  std::filesystem::remove(tree_ / "words.txt");
+  for (const char* text : {"kMDItemTextContent == \"*dget\"", "** == \"b?dg*t 2?24\"cdt",
+                           "kMDItemTextContent == \"*he b*t of\""}) {
+    SCOPED_TRACE(text);
+    const auto query = executed(text);
+    EXPECT_THAT(names(*query), ElementsAre("words.txt"));
+    EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
+  }
 }
 
 TEST_F(IndexedMetadataIndexTest, CountsReadableFilesThatWereNotLookedIntoYet) {
