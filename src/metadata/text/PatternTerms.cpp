@@ -48,6 +48,17 @@ std::vector<std::string> literalsOf(const PatternWord& word) {
   return literals;
 }
 
+bool holds(std::string_view text, std::string_view literal) {
+  return text.find(literal) != std::string_view::npos;
+}
+
+/// What was marked, without its marks.
+std::string unmarked(std::string_view text) {
+  std::string units(text);
+  std::erase_if(units, [](char unit) { return unit == kPieceMark || unit == kWordMark; });
+  return units;
+}
+
 /// A term's text as TextPattern takes it.
 query::SegmentedText segmented(std::string_view text) {
   query::SegmentedText result;
@@ -78,10 +89,10 @@ PatternTerms::PatternTerms(const PatternWord& word, PlaceInPhrase place)
 
 bool PatternTerms::matches(const KnownTerm& term) const {
   if (static_cast<TermKind>(term.term.front()) == TermKind::kCompound) {
-    const query::SegmentedText content = contentOfCompound(term.text);
-    return content.units.find(longestLiteral_) != std::string::npos && compounds_.matches(content);
+    return holds(unmarked(term.text), longestLiteral_) &&
+           compounds_.matches(contentOfCompound(term.text));
   }
-  if (term.text.find(longestLiteral_) == std::string_view::npos) return false;
+  if (!holds(term.text, longestLiteral_)) return false;
   return pieces_.needsSegments() ? pieces_.matches(segmented(term.text))
                                  : pieces_.matches(term.text);
 }
