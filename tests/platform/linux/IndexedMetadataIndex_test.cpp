@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <ctime>
 #include <filesystem>
@@ -279,6 +280,24 @@ TEST_F(IndexedMetadataIndexTest, FindsPatternsWithinWordsWithoutAWalk) {
     EXPECT_THAT(names(*query), ElementsAre("words.txt"));
     EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
   }
+}
+
+TEST_F(IndexedMetadataIndexTest, FindsTypedWordsInTagsAndComments) {
+  const std::pair<const char*, const char*> given[] = {{"old.txt", "user.xdg.tags"},
+                                                       {"sub/new.pdf", "user.xdg.comment"},
+                                                       {"sub/secret.txt", "user.xdg.tags"}};
+  for (const auto& [name, attribute] : given) {
+    const std::string_view value = "Very urgent";
+    ASSERT_EQ(::setxattr((tree_ / name).c_str(), attribute, value.data(), value.size(), 0), 0);
+  }
+  buildIndexWithContents();
+  identity_->uid = kStranger;
+  const auto none = [](const std::string& /*name*/) { return std::vector<std::string>(); };
+  const auto typed = index_.MDQueryStringFromTyped("urgent", {none, none}, /*readsFiles=*/true);
+  ASSERT_TRUE(typed);
+  const auto query = executed(typed->query);
+  EXPECT_THAT(names(*query), ElementsAre("new.pdf", "old.txt")) << "and not secret.txt";
+  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
 }
 
 TEST_F(IndexedMetadataIndexTest, CountsReadableFilesThatWereNotLookedIntoYet) {
