@@ -23,6 +23,11 @@ struct DecodedCodePoint {
 /// surrogates and values past U+10FFFF are invalid.
 DecodedCodePoint decodeCodePoint(std::string_view text);
 
+/// Whether a code point begins with the byte, of valid UTF-8.
+constexpr bool beginsCodePoint(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
 /// Appends `codePoint` to `text` as UTF-8; a surrogate or a value past U+10FFFF as U+FFFD.
 void appendCodePoint(std::string& text, char32_t codePoint);
 

@@ -14,7 +14,7 @@ void addSearchCommand(CLI::App& app, int& status) {
       "search", "Find files by words, or by a query in the metadata query language");
   command
       ->add_option("words", options->words,
-                   "Words that the name or the text must hold, or a query such as\n"
+                   "Words that the name, text, tags or comment must hold, or a query such as\n"
                    "'kMDItemFSName == \"*.pdf\"c && kMDItemFSSize > 1000000'")
       ->required();
   command->add_option("--user", options->user, "Search on behalf of this user (root only)")

@@ -3,10 +3,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
-#include <utility>
 
 #include "metadata/text/ContentTokenizer.h"
 #include "metadata/text/TextIndex.h"
@@ -14,10 +12,10 @@
 namespace vt {
 namespace {
 
-constexpr int kNewestVersion = 2;
+constexpr int kNewestVersion = 3;
 constexpr std::int64_t kApplication = 0x56'54'43'61;  // "VTCa"
 
-std::string firstVersion() {
+std::string schema() {
   return fmt::format(R"(
     CREATE TABLE content(
       number INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -31,7 +29,9 @@ std::string firstVersion() {
       failure INTEGER,
       reason TEXT,
       path BLOB,
+      attributes_changed INTEGER NOT NULL DEFAULT 0,
       UNIQUE(device, inode));
+    CREATE TABLE attributes_seen(segment INTEGER PRIMARY KEY);
     CREATE TABLE attribute_name(
       id INTEGER PRIMARY KEY,
       name TEXT NOT NULL UNIQUE);
@@ -53,15 +53,6 @@ std::string firstVersion() {
                      TextIndex::schema());
 }
 
-// Files have attributes beside their content, too. Those of before are looked at with the next run.
-constexpr const char* kSecondVersion = R"(
-    ALTER TABLE content ADD COLUMN attributes_changed INTEGER NOT NULL DEFAULT 0;
-    CREATE TABLE attributes_seen(segment INTEGER PRIMARY KEY);
-  )";
-
-/// What brings a catalogue of each version, from 0 on, which is an empty file, to the next.
-std::array<std::string, kNewestVersion> migrations() { return {firstVersion(), kSecondVersion}; }
-
 struct Marks {
   std::int64_t application = 0;
   std::int64_t version = 0;
@@ -78,6 +69,11 @@ Result<Marks, StoreError> marksOf(const Database& database) {
   return Marks{*application, *version, *objects};
 }
 
+// The terms of texts are others in each version, so those of before are of no use.
+bool isForeign(const Marks& marks) {
+  return marks.application != kApplication || marks.version != kNewestVersion;
+}
+
 StoreError foreign(const Database& database, const Marks& marks) {
   return {StoreError::Kind::kOtherKind,
           marks.application == kApplication
@@ -86,14 +82,11 @@ StoreError foreign(const Database& database, const Marks& marks) {
               : fmt::format("{} is no catalogue of an index", database.path())};
 }
 
-StoreFailure migrate(const Database& database, std::int64_t version) {
-  const auto steps = migrations();
+StoreFailure make(const Database& database) {
   Transaction transaction(database);
-  for (auto at = static_cast<std::size_t>(version); at < steps.size(); ++at) {
-    if (StoreFailure failure = database.execute(steps[at].c_str())) return failure;
-  }
+  if (StoreFailure failure = database.execute(schema().c_str())) return failure;
   const std::string marks = fmt::format("PRAGMA application_id = {}; PRAGMA user_version = {}",
-                                        kApplication, steps.size());
+                                        kApplication, kNewestVersion);
   if (StoreFailure failure = database.execute(marks.c_str())) return failure;
   return transaction.commit();
 }
@@ -117,13 +110,10 @@ Result<Database, StoreError> openCatalogueForWriting(const std::string& indexFol
   if (StoreFailure failure = addContentTokenizer(*database)) return *std::move(failure);
   const Result<Marks, StoreError> marks = marksOf(*database);
   if (!marks) return marks.error();
-  const bool isNew = marks->objects == 0 && marks->version == 0;
-  if (!isNew && (marks->application != kApplication || marks->version < 1 ||
-                 marks->version > newestCatalogueVersion())) {
+  if (marks->objects == 0 && marks->version == 0) {
+    if (StoreFailure failure = make(*database)) return *std::move(failure);
+  } else if (isForeign(*marks)) {
     return foreign(*database, *marks);
-  }
-  if (isNew || marks->version < newestCatalogueVersion()) {
-    if (StoreFailure failure = migrate(*database, marks->version)) return *std::move(failure);
   }
   return database;
 }
@@ -134,7 +124,7 @@ Result<Database, StoreError> openCatalogueForReading(const std::string& indexFol
   if (StoreFailure failure = addContentTokenizer(*database)) return *std::move(failure);
   const Result<Marks, StoreError> marks = marksOf(*database);
   if (!marks) return marks.error();
-  if (marks->application != kApplication || marks->version != newestCatalogueVersion()) {
+  if (isForeign(*marks)) {
     return foreign(*database, *marks);
   }
   return database;

@@ -10,8 +10,6 @@ struct QueryContents {
   bool asksForText = false;
   /// Names and statuses do not tell all that it asks for: text or attributes that stand in files.
   bool asksForContents = false;
-  /// Terms of a text index tell whether a text matches; else only the texts do.
-  bool canBeToldByTerms = true;
 };
 
 QueryContents contentsAskedBy(const query::Query& query, const query::AttributeSchema& schema);

@@ -152,11 +152,10 @@ TermCompiler::Step TermCompiler::textStep(const Term& term,
     return contentStep(term, query::kTextContent,
                        [](const IndexedContents& contents) { return contents.withText(); });
   }
-  std::optional<ContentQuery> question =
-      contentQueryOf(patternOf(comparison.value), comparison.modifiers);
-  if (!question || question->all.empty()) return noRow();
+  ContentQuery question = contentQueryOf(patternOf(comparison.value), comparison.modifiers);
+  if (question.all.empty()) return noRow();
   return contentStep(term, query::kTextContent,
-                     [question = *std::move(question)](const IndexedContents& contents) {
+                     [question = std::move(question)](const IndexedContents& contents) {
                        return contents.withWords(question);
                      });
 }

@@ -11,8 +11,10 @@ std::vector<PatternWord> patternWords(const std::vector<PatternCharacter>& patte
   std::vector<PatternWord> words;
   PatternWord word;
   const auto endWord = [&] {
-    const bool asksForSomething =
-        std::ranges::any_of(word, [](const auto& c) { return c.kind != Kind::kAnyRun; });
+    const bool asksForSomething = std::ranges::any_of(word, [](const PatternCharacter& c) {
+      return c.kind == Kind::kAnyCharacter ||
+             (c.kind == Kind::kLiteral && classOf(c.literal) != CharacterClass::kMark);
+    });
     if (asksForSomething) words.push_back(word);
     word.clear();
   };

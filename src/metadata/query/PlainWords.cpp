@@ -1,15 +1,23 @@
 #include "metadata/query/PlainWords.h"
 
+#include <array>
 #include <cstddef>
 #include <utility>
 #include <vector>
 
 #include "metadata/query/QueryLexer.h"
 #include "metadata/query/QueryParser.h"
+#include "metadata/query/QuerySemantics.h"
 #include "metadata/query/SearchTerms.h"
 
 namespace vt::query {
 namespace {
+
+// Where words begin with what is looked for, besides names. Few files have tags and comments, so
+// that asking for these costs nothing beside the text; titles and authors, which most documents
+// have, would cost more than it.
+constexpr auto kWordsBeside =
+    std::to_array<std::string_view>({kTextContent, "kMDItemUserTags", "kMDItemFinderComment"});
 
 /// Parenthesised when it is a choice among others that must hold too.
 std::string joined(const std::vector<std::string>& words, WordsIn in) {
@@ -39,7 +47,9 @@ std::string conditionForWord(std::string_view word, WordsIn in) {
   const std::string pattern = escapedPattern(word);
   std::string condition = "kMDItemFSName == \"*" + pattern + "*\"cd";
   if (in == WordsIn::kNamesAndText) {
-    condition += " || kMDItemTextContent == \"" + pattern + "*\"cdw";
+    for (const std::string_view attribute : kWordsBeside) {
+      condition.append(" || ").append(attribute).append(" == \"" + pattern + "*\"cdw");
+    }
   }
   return condition;
 }
@@ -49,7 +59,7 @@ std::optional<std::string> queryFromWords(std::string_view words, WordsIn in) {
   for (const SearchTerm& term : searchTermsIn(words)) {
     for (std::string& word : term.words()) found.push_back(std::move(word));
   }
-  const std::size_t termsOfWord = in == WordsIn::kNamesAndText ? 2 : 1;
+  const std::size_t termsOfWord = in == WordsIn::kNamesAndText ? 1 + kWordsBeside.size() : 1;
   if (found.empty() || found.size() > kMaximumTerms / termsOfWord) return std::nullopt;
   std::string query = joined(found, in);
   if (query.size() > kMaximumQueryBytes) return std::nullopt;

@@ -9,11 +9,12 @@ namespace vt::query {
 /// Where ordinary words are looked for.
 enum class WordsIn {
   kNames,         ///< in the names of files alone
-  kNamesAndText,  ///< in the text content too
+  kNamesAndText,  ///< in the text content, the tags and the comment that people gave, too
 };
 
 /// The query that finds files by ordinary words: every word must stand somewhere in the name, case
-/// and marks ignored, or, where text is looked at, begin a word of the text content.
+/// and marks ignored, or, where text is looked at, begin a word of the text content, of a tag or of
+/// the comment.
 ///
 /// Words are parted by blanks; double quotes hold several words together as a phrase, a quote that
 /// is not closed reaches to the end. Every other character is taken literally. Any bytes give a

@@ -81,9 +81,18 @@ class Segmenter {
     appendFolded(character, folding_, text_.units);
     // One that folds to nothing leaves its properties to the next.
     if (text_.properties.size() == text_.units.size()) return;
+    const std::size_t begin = text_.properties.size();
     text_.properties.push_back(pending_);
     text_.properties.resize(text_.units.size(), 0);
+    if (collapsesSeparators_) markCharactersFrom(begin + 1);
     pending_ = 0;
+  }
+
+  /// What is kept of a content tells nothing of how many letters one had been, so each counts.
+  void markCharactersFrom(std::size_t at) {
+    for (; at < text_.units.size(); ++at) {
+      if (beginsCodePoint(text_.units[at])) text_.properties[at] |= position::kCharacter;
+    }
   }
 
   const Folding folding_;

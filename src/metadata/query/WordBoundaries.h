@@ -51,8 +51,9 @@ SegmentedText segmentText(std::string_view utf8, Folding folding);
 inline constexpr std::size_t kMostWordsByCase = 8;
 
 /// Like segmentText() with both foldings, but each run of separators is a single blank, so that
-/// words that follow each other are one blank apart; and letters that only their case divides are
-/// at most kMostWordsByCase words, the last of them as long as it may be.
+/// words that follow each other are one blank apart; letters that only their case divides are at
+/// most kMostWordsByCase words, the last of them as long as it may be; and each letter that one
+/// folds to is a character, so that ß is two.
 SegmentedText segmentContent(std::string_view utf8);
 
 }  // namespace vt::query

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "foundation/TextFolding.h"
-#include "metadata/query/PatternWords.h"
 #include "metadata/query/Query.h"
 #include "metadata/text/ContentTerms.h"
 
@@ -25,7 +24,6 @@ std::optional<Wanted> wantedOf(const std::vector<query::PatternWord>& words) {
   for (const query::PatternWord& word : words) {
     if (wanted.isOpenAtEnd) return std::nullopt;
     if (!wanted.text.empty()) wanted.text += ' ';
-    const std::size_t begin = wanted.text.size();
     for (const query::PatternCharacter& character : word) {
       if (character.kind == Kind::kAnyRun) {
         wanted.isOpenAtEnd = true;
@@ -35,7 +33,6 @@ std::optional<Wanted> wantedOf(const std::vector<query::PatternWord>& words) {
         return std::nullopt;
       }
     }
-    if (wanted.text.size() == begin) return std::nullopt;  // nothing but marks
   }
   return wanted;
 }
@@ -81,6 +78,7 @@ std::vector<TermKind> kindsAt(const std::vector<ContentPiece>& pieces, std::size
   return kinds;
 }
 
+/// Nothing when a piece is to be completed of which a term has but the beginning.
 std::optional<Phrases> phrasesFor(const Wanted& wanted) {
   const std::vector<ContentPiece> pieces = piecesOf(wanted.text);
   const auto textOf = [&](std::size_t first, std::size_t last) {
@@ -116,7 +114,7 @@ std::optional<Phrases> phrasesFor(const Wanted& wanted) {
 
 }  // namespace
 
-std::optional<ContentQuery> contentQueryOf(std::string_view pattern, std::uint8_t modifiers) {
+ContentQuery contentQueryOf(std::string_view pattern, std::uint8_t modifiers) {
   const std::vector<query::PatternWord> words =
       query::patternWords(query::patternCharacters(pattern));
   std::vector<std::vector<query::PatternWord>> elements;
@@ -126,11 +124,14 @@ std::optional<ContentQuery> contentQueryOf(std::string_view pattern, std::uint8_
     elements.push_back(words);
   }
   ContentQuery result;
-  for (const std::vector<query::PatternWord>& element : elements) {
+  for (std::vector<query::PatternWord>& element : elements) {
     const std::optional<Wanted> wanted = wantedOf(element);
     std::optional<Phrases> phrases = wanted ? phrasesFor(*wanted) : std::nullopt;
-    if (!phrases) return std::nullopt;
-    result.all.push_back(*std::move(phrases));
+    if (phrases) {
+      result.all.push_back({*std::move(phrases), {}});
+    } else {
+      result.all.push_back({{}, std::move(element)});
+    }
   }
   return result;
 }

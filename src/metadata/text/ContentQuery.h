@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "metadata/query/PatternWords.h"
 
 namespace vt {
 
@@ -16,15 +17,21 @@ struct TermPhrase {
   friend bool operator==(const TermPhrase&, const TermPhrase&) = default;
 };
 
+/// What a content has to hold: one of several phrases or, when `pattern` is not empty, words that
+/// follow each other and match these, as whatever terms the index has.
+struct ContentElement {
+  std::vector<TermPhrase> phrases;
+  std::vector<query::PatternWord> pattern;
+};
+
 /// A text operand as a question to a text index: which contents it matches, to the letter.
 struct ContentQuery {
-  /// Of each element a content has to hold at least one phrase. Without elements none matches.
-  std::vector<std::vector<TermPhrase>> all;
+  /// A content has to hold each element. Without elements none matches.
+  std::vector<ContentElement> all;
 };
 
 /// The question that a TextOperand::pattern with its modifiers is when text content is compared
-/// with it. Nothing when terms can't tell: when a `*` or `?` stands elsewhere than at the end of a
-/// word that nothing follows, or a piece of more than kLongestTermText bytes is to be completed.
-std::optional<ContentQuery> contentQueryOf(std::string_view pattern, std::uint8_t modifiers);
+/// with it.
+ContentQuery contentQueryOf(std::string_view pattern, std::uint8_t modifiers);
 
 }  // namespace vt

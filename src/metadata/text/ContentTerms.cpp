@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "foundation/UTF8.h"
 #include "metadata/store/FileWriter.h"
 
@@ -9,6 +11,7 @@ namespace vt {
 namespace {
 
 using query::CharacterClass;
+namespace position = query::position;
 
 // No character of a word is below it.
 constexpr char kBeforeChecksum = '\x1F';
@@ -20,8 +23,7 @@ class PieceTerms {
       : units_(content.units) {
     bounds_[0] = piece.begin;
     for (std::size_t at = piece.begin + 1; at < piece.end; ++at) {
-      if ((content.properties[at] & query::position::kBoundary) != 0 &&
-          words_ < query::kMostWordsByCase) {
+      if ((content.properties[at] & position::kBoundary) != 0 && words_ < query::kMostWordsByCase) {
         bounds_[words_++] = at;
       }
     }
@@ -30,13 +32,13 @@ class PieceTerms {
   }
 
   /// Hands out each run of words, the whole piece first.
-  bool forEach(FunctionRef<bool(std::string_view term, bool isFirst)> take) {
-    if (!take(term(0, words_), /*isFirst=*/true)) return false;
+  bool forEach(FunctionRef<bool(const ContentTerm& term)> take) {
+    if (!take(term(0, words_))) return false;
     if (words_ == 1) return true;
     for (std::size_t first = 0; first < words_; ++first) {
       for (std::size_t last = first + 1; last <= words_; ++last) {
         const bool isWhole = first == 0 && last == words_;
-        if (!isWhole && !take(term(first, last), /*isFirst=*/false)) return false;
+        if (!isWhole && !take(term(first, last))) return false;
       }
     }
     return true;
@@ -49,8 +51,9 @@ class PieceTerms {
     return isJoined_ ? TermKind::kJoinedStart : TermKind::kStart;
   }
 
-  std::string_view term(std::size_t first, std::size_t last) {
+  ContentTerm term(std::size_t first, std::size_t last) {
     const std::string_view text = units_.substr(bounds_[first], bounds_[last] - bounds_[first]);
+    const bool isWhole = first == 0 && last == words_;
     const TermKind kind = kindOf(first, last);
     if (text.size() > kLongestTermText) {
       term_ = contentTerm(kind, text);
@@ -58,7 +61,7 @@ class PieceTerms {
       term_ = static_cast<char>(kind);  // into the storage of the one before
       term_ += text;
     }
-    return term_;
+    return {term_, text, /*isAtNewPlace=*/isWhole};
   }
 
   std::string_view units_;
@@ -66,6 +69,38 @@ class PieceTerms {
   std::size_t words_ = 1;
   bool isJoined_ = false;
   std::string term_;
+};
+
+/// What stands between two separators, with its marks.
+class CompoundText {
+ public:
+  /// Reads on from its first piece. False when it is no compound.
+  bool read(const query::SegmentedText& content, const ContentPiece& first) {
+    const std::string_view units = content.units;
+    const bool isOnePiece = first.end == units.size() || units[first.end] == ' ';
+    if (isOnePiece && first.end - first.begin <= kLongestTermText) return false;
+    marked_.clear();
+    ContentPiece piece = first;
+    while (true) {
+      append(content, piece);
+      if (piece.end == units.size() || units[piece.end] == ' ') return true;
+      marked_ += kPieceMark;
+      piece = pieceAt(units, piece.end, /*isJoined=*/true);
+    }
+  }
+  std::string_view marked() const { return marked_; }
+
+ private:
+  void append(const query::SegmentedText& content, const ContentPiece& piece) {
+    for (std::size_t at = piece.begin; at < piece.end; ++at) {
+      if (at > piece.begin && (content.properties[at] & position::kBoundary) != 0) {
+        marked_ += kWordMark;
+      }
+      marked_ += content.units[at];
+    }
+  }
+
+  std::string marked_;
 };
 
 }  // namespace
@@ -96,10 +131,41 @@ ContentPiece pieceAt(std::string_view units, std::size_t begin, bool isJoined) {
   return piece;
 }
 
+query::SegmentedText contentOfCompound(std::string_view marked) {
+  constexpr std::uint8_t kSeparator =
+      position::kCharacter | position::kBoundary | position::kSeparator;
+  query::SegmentedText content;
+  content.units.reserve(marked.size() + 2);
+  content.properties.reserve(marked.size() + 3);
+  const auto append = [&](char unit, std::uint8_t properties) {
+    content.units += unit;
+    content.properties.push_back(properties);
+  };
+  append(' ', kSeparator);
+  std::uint8_t boundary = position::kBoundary;
+  for (const char unit : marked) {
+    if (unit == kPieceMark || unit == kWordMark) {
+      boundary = position::kBoundary;
+      continue;
+    }
+    append(unit, beginsCodePoint(unit) ? position::kCharacter | boundary : 0);
+    boundary = 0;
+  }
+  append(' ', kSeparator);
+  content.properties.push_back(position::kCharacter | position::kBoundary);
+  return content;
+}
+
+std::size_t piecesOfCompound(std::string_view marked) {
+  return 1 + static_cast<std::size_t>(std::ranges::count(marked, kPieceMark));
+}
+
 bool forEachTerm(const query::SegmentedText& content,
-                 FunctionRef<bool(std::string_view term, bool isFirst)> take) {
+                 FunctionRef<bool(const ContentTerm& term)> take) {
   const std::string_view units = content.units;
   ContentPiece before;
+  CompoundText compound;
+  std::string term;
   for (std::size_t at = 0; at < units.size();) {
     if (units[at] == ' ') {
       ++at;
@@ -107,13 +173,16 @@ bool forEachTerm(const query::SegmentedText& content,
     }
     const ContentPiece piece = pieceAt(units, at, at > 0 && units[at - 1] != ' ');
     // At the place of the first of the two, whose terms were the last to be handed out.
-    if (piece.isIdeograph && piece.isJoined && before.isIdeograph &&
-        !take(contentTerm(TermKind::kIdeographPair,
-                          units.substr(before.begin, piece.end - before.begin)),
-              /*isFirst=*/false)) {
-      return false;
+    if (piece.isIdeograph && piece.isJoined && before.isIdeograph) {
+      const std::string_view pair = units.substr(before.begin, piece.end - before.begin);
+      term = contentTerm(TermKind::kIdeographPair, pair);
+      if (!take({term, pair, /*isAtNewPlace=*/false})) return false;
     }
     if (!PieceTerms(content, piece).forEach(take)) return false;
+    if (!piece.isJoined && compound.read(content, piece)) {
+      term = contentTerm(TermKind::kCompound, compound.marked());
+      if (!take({term, compound.marked(), /*isAtNewPlace=*/false})) return false;
+    }
     before = piece;
     at = piece.end;
   }

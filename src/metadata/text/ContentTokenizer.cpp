@@ -1,11 +1,8 @@
 #include "metadata/text/ContentTokenizer.h"
 
-#include <new>
 #include <string_view>
 
 #include "metadata/database/SQLite.h"
-#include "metadata/query/WordBoundaries.h"
-#include "metadata/text/ContentTerms.h"
 
 namespace vt {
 namespace {
@@ -13,23 +10,21 @@ namespace {
 using TakeToken = int (*)(void* context, int flags, const char* token, int bytes, int begin,
                           int end);
 
-int takeTerms(std::string_view text, void* context, TakeToken take) {
-  int code = SQLITE_OK;
-  // Offsets in the text would be for showing what was found in it, which is not kept.
-  forEachTerm(query::segmentContent(text), [&](std::string_view term, bool isFirst) {
-    code = take(context, isFirst ? 0 : FTS5_TOKEN_COLOCATED, term.data(),
-                static_cast<int>(term.size()), 0, 0);
-    return code == SQLITE_OK;
-  });
-  return code;
-}
+// Before a term at a place of its own, and before one at the place of the term before it. Neither
+// is in a term.
+constexpr char kNewPlace = ' ';
+constexpr char kSamePlace = '\t';
 
-int takePhrase(std::string_view phrase, void* context, TakeToken take) {
-  while (!phrase.empty()) {
-    const std::string_view term = phrase.substr(0, phrase.find(' '));
-    const int code = take(context, 0, term.data(), static_cast<int>(term.size()), 0, 0);
+int takeTerms(std::string_view terms, void* context, TakeToken take) {
+  while (!terms.empty()) {
+    const bool isColocated = terms.front() == kSamePlace;
+    if (isColocated || terms.front() == kNewPlace) terms.remove_prefix(1);
+    const std::string_view term = terms.substr(0, terms.find_first_of("\t "));
+    // Offsets in the text would be for showing what was found in it, which is not kept.
+    const int code = take(context, isColocated ? FTS5_TOKEN_COLOCATED : 0, term.data(),
+                          static_cast<int>(term.size()), 0, 0);
     if (code != SQLITE_OK) return code;
-    phrase.remove_prefix(term.size() < phrase.size() ? term.size() + 1 : term.size());
+    terms.remove_prefix(term.size());
   }
   return SQLITE_OK;
 }
@@ -44,18 +39,25 @@ int makeTokenizer(void* /*context*/, const char** /*arguments*/, int /*count*/,
 
 void dropTokenizer(Fts5Tokenizer* /*tokenizer*/) {}
 
-int tokenize(Fts5Tokenizer* /*tokenizer*/, void* context, int flags, const char* bytes, int count,
-             TakeToken take) {
-  const std::string_view text(count > 0 ? bytes : "", static_cast<std::size_t>(count));
-  try {
-    return (flags & FTS5_TOKENIZE_QUERY) != 0 ? takePhrase(text, context, take)
-                                              : takeTerms(text, context, take);
-  } catch (const std::bad_alloc&) {
-    return SQLITE_NOMEM;  // no exception may pass through SQLite
-  }
+int tokenize(Fts5Tokenizer* /*tokenizer*/, void* context, int /*flags*/, const char* bytes,
+             int count, TakeToken take) {
+  return takeTerms({count > 0 ? bytes : "", static_cast<std::size_t>(count)}, context, take);
 }
 
 }  // namespace
+
+std::string tokenText(const query::SegmentedText& content,
+                      FunctionRef<void(const ContentTerm& term)> see) {
+  std::string text;
+  text.reserve(2 * content.units.size());
+  forEachTerm(content, [&](const ContentTerm& term) {
+    text += term.isAtNewPlace ? kNewPlace : kSamePlace;
+    text += term.term;
+    see(term);
+    return true;
+  });
+  return text;
+}
 
 StoreFailure addContentTokenizer(const Database& database) {
   sqlite3_stmt* statement = nullptr;

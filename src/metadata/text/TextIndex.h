@@ -2,13 +2,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "foundation/Result.h"
 #include "metadata/database/Database.h"
 #include "metadata/store/Bitmap.h"
 #include "metadata/text/ContentQuery.h"
+#include "metadata/text/PatternTerms.h"
+#include "metadata/text/Vocabulary.h"
 
 namespace vt {
 
@@ -17,10 +21,10 @@ namespace vt {
 /// another document, and who no longer wants one leaves it out of what is found.
 class TextIndex {
  public:
-  /// The statement that makes the table.
-  static std::string_view schema();
+  /// The statements that make its tables.
+  static std::string schema();
 
-  /// Of a database with the table and the tokenizer; borrows it.
+  /// Of a database with the tables and the tokenizer; borrows it.
   static Result<TextIndex, StoreError> of(const Database& database);
 
   /// Adds a document. `number` is above those of all others; `text` is UTF-8.
@@ -36,14 +40,27 @@ class TextIndex {
   StoreFailure check() const;
 
  private:
-  TextIndex(const Database& database, Statement adding, Statement finding)
-      : database_(&database), adding_(std::move(adding)), finding_(std::move(finding)) {}
+  TextIndex(const Database& database, Vocabulary vocabulary)
+      : database_(&database), vocabulary_(std::move(vocabulary)) {}
 
+  /// A term that a word of a pattern may be, and how many places it takes.
+  struct FoundTerm {
+    std::string term;
+    std::size_t length;
+  };
+
+  // What is found is added to `found`.
+  StoreFailure findElement(const ContentElement& element, Bitmap& found);
   StoreFailure findPhrase(const TermPhrase& phrase, Bitmap& found);
+  StoreFailure findPattern(const std::vector<query::PatternWord>& words, Bitmap& found);
+  Result<std::vector<FoundTerm>, StoreError> termsOf(const query::PatternWord& word,
+                                                     PlaceInPhrase place);
 
   const Database* database_;
+  Vocabulary vocabulary_;
   Statement adding_;
   Statement finding_;
+  Statement findingPlaces_;
 };
 
 }  // namespace vt

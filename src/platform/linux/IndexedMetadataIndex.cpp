@@ -101,9 +101,6 @@ std::optional<std::string> IndexedMetadataIndex::answerFromIndex(IndexedQuery& q
   if (!index) return source_->whyNotAt(now);
   const query::EvaluationContext context{now, query::Calendar()};
   const QueryContents asked = contentsAskedBy(live.parsed, live_->schema());
-  if (!asked.canBeToldByTerms) {
-    return "the index finds words from their beginning, without * and ? in them";
-  }
   SearchScopes scopes = findSearchScopes(live.scopes, judge);
   std::vector<IndexedScope> indexed;
   for (SearchScope& scope : scopes.usable) {

@@ -43,9 +43,10 @@ TEST(CatalogueFile, IsOpenedAgainAsItWasLeft) {
   EXPECT_EQ(valueOrThrow(folder.reader()->counts()).contents, 3U);
 }
 
-TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfALaterVersion) {
-  for (const char* change : {"PRAGMA application_id = 1", "PRAGMA user_version = 99",
-                             "PRAGMA user_version = 0", "PRAGMA user_version = -1"}) {
+TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfAnotherVersion) {
+  for (const char* change :
+       {"PRAGMA application_id = 1", "PRAGMA user_version = 99", "PRAGMA user_version = 2",
+        "PRAGMA user_version = 0", "PRAGMA user_version = -1"}) {
     SCOPED_TRACE(change);
     const CatalogueInFolder folder;
     folder.writer();
@@ -57,28 +58,6 @@ TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfALaterVersion) {
     ASSERT_FALSE(reader);
     EXPECT_EQ(reader.error().kind, Kind::kOtherKind) << reader.error().reason;
   }
-}
-
-TEST(CatalogueFile, IsBroughtUpToThisVersionWithAllThatIsInIt) {
-  const CatalogueInFolder folder;
-  {
-    const auto writer = folder.writer();
-    ContentRecord record = CatalogueInFolder::recordOf(1);
-    record.version.attributesChanged = 5;
-    valueOrThrow(writer->add(record, textAlone("word")));
-    throwIf(writer->commit());
-  }
-  throwIf(valueOrThrow(Database::openForWriting(folder.file()))
-              .execute("ALTER TABLE content DROP COLUMN attributes_changed;"
-                       "DROP TABLE attributes_seen; PRAGMA user_version = 1"));
-  const auto early = CatalogueReader::open(folder.path());
-  ASSERT_FALSE(early);
-  EXPECT_EQ(early.error().kind, Kind::kOtherKind);
-  std::vector<ContentRecord> found;
-  throwIf(folder.writer()->forEach([&](const ContentRecord& record) { found.push_back(record); }));
-  ASSERT_EQ(found.size(), 1U);
-  EXPECT_EQ(found[0].version, (ContentVersion{1'000'000, 10, 0}));
-  EXPECT_EQ(valueOrThrow(folder.reader()->withWords(*contentQueryOf("word", 0), 2)).count(), 1U);
 }
 
 TEST(CatalogueFile, IsDamagedWhenItIsNoDatabase) {

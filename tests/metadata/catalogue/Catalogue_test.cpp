@@ -105,7 +105,7 @@ TEST_F(Catalogue, FindsWordsAndAttributes) {
   const auto reader = folder_.reader();
   const ContentNumber end = valueOrThrow(reader->end());
   EXPECT_EQ(end, 3U);
-  EXPECT_EQ(numbersOf(reader->withWords(*contentQueryOf("budget", 0), end)), Numbers{1});
+  EXPECT_EQ(numbersOf(reader->withWords(contentQueryOf("budget", 0), end)), Numbers{1});
   EXPECT_EQ(numbersOf(reader->withAttribute(
                 "kMDItemPixelWidth", end,
                 [](const Value& value) { return value.integerValue() > 1000; })),
@@ -169,7 +169,7 @@ TEST_F(Catalogue, LosesWhatWasNotCommitted) {
   add(2, textAlone("lost"));
   writer_ = nullptr;
   EXPECT_EQ(valueOrThrow(folder_.reader()->counts()).contents, 1U);
-  EXPECT_EQ(numbersOf(folder_.reader()->withWords(*contentQueryOf("lost", 0), 10)), Numbers{});
+  EXPECT_EQ(numbersOf(folder_.reader()->withWords(contentQueryOf("lost", 0), 10)), Numbers{});
 }
 
 TEST_F(Catalogue, ShowsAReaderOneMomentUntilItLooksAnew) {
@@ -178,7 +178,7 @@ TEST_F(Catalogue, ShowsAReaderOneMomentUntilItLooksAnew) {
   const auto reader = folder_.reader();
   add(2, textAlone("word"));
   throwIf(writer_->commit());
-  const ContentQuery word = *contentQueryOf("word", 0);
+  const ContentQuery word = contentQueryOf("word", 0);
   EXPECT_EQ(numbersOf(reader->withWords(word, 10)), Numbers{1});
   throwIf(reader->lookAnew());
   EXPECT_EQ(numbersOf(reader->withWords(word, 10)), (Numbers{1, 2}));

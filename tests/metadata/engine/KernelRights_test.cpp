@@ -1,9 +1,11 @@
 #include <fcntl.h>
+#include <fmt/format.h>
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <iostream>
@@ -11,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "metadata/engine/FoundPaths.h"
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/RandomFiles.h"
 #include "metadata/indexing/IndexedTree.h"
@@ -102,6 +105,42 @@ TEST(KernelRights, AreTheEngines) {
   EXPECT_GT(allowed, verdicts / 10);
   EXPECT_LT(allowed, verdicts * 9 / 10);
   std::cout << verdicts << " verdicts, " << allowed << " allowed, seed " << kSeed << "\n";
+}
+
+class KernelRightsOfText : public FoundPaths {};
+
+TEST_F(KernelRightsOfText, AreTheEnginesForEachShapeOfQuestion) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become other users";
+  constexpr auto kShapes = std::to_array<const char*>(
+      {"budget", "bud*", "*dget", "*udge*", "b*et", "b?dget", "?*", "*", "repo*ng *", "*port b*t",
+       "budget report", "*9", "pl*9", "2024b*", "日*語", "pl?n* x*"});
+  RandomFiles files(kSeed, 400);
+  const IndexedTree index(files.path(), types_, &extractors_);
+  std::size_t hidden = 0;
+  for (const char* shape : kShapes) {
+    for (const char* form :
+         {"kMDItemTextContent == \"{}\"", "kMDItemTextContent != \"{}\"", "** == \"{}\"cdt"}) {
+      const std::string text = fmt::format(fmt::runtime(form), shape);
+      SCOPED_TRACE(text);
+      const auto query = query::parseQuery(text, schema_);
+      const auto pathsFor = [&](const Credentials& who) {
+        return indexHits(index.path(), *query, AccessJudge(who), {files.path()});
+      };
+      const std::vector<std::string> all = pathsFor(Credentials(0, 0, {}));
+      const Credentials who(RandomFiles::kFirstUid + files.pick(RandomFiles::kUsers),
+                            RandomFiles::kFirstGid, {});
+      const std::string kernel = verdictsOfTheKernel(all, who);
+      ASSERT_EQ(kernel.size(), all.size());
+      std::vector<std::string> readable;
+      for (std::size_t i = 0; i < all.size(); ++i) {
+        if (kernel[i] == '1') readable.push_back(all[i]);
+      }
+      EXPECT_EQ(pathsFor(who), readable);
+      EXPECT_FALSE(all.empty());
+      hidden += all.size() - readable.size();
+    }
+  }
+  EXPECT_GT(hidden, 1000U);
 }
 
 }  // namespace

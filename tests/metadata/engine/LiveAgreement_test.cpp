@@ -36,7 +36,6 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
   std::size_t hits = 0;
   std::size_t emptyAnswers = 0;
   std::size_t aboutText = 0;
-  std::size_t leftToWalks = 0;
   std::size_t done = 0;
   for (std::uint32_t tree = 0; done < pairs; ++tree) {
     RandomFiles files(kSeed + tree, kFilesOfATree);
@@ -46,10 +45,6 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
       const auto query = query::parseQuery(text, schema_);
       ASSERT_TRUE(query) << text << ": " << describeQueryError(query.error());
       const QueryContents asked = contentsAskedBy(*query, schema_);
-      if (!asked.canBeToldByTerms) {
-        ++leftToWalks;
-        continue;
-      }
       aboutText += asked.asksForText ? 1 : 0;
       const std::uint32_t uid =
           files.pick(5) == 0 ? 0 : RandomFiles::kFirstUid + files.pick(RandomFiles::kUsers);
@@ -74,10 +69,8 @@ TEST_F(LiveAgreement, IsCompleteOverRandomTreesQueriesUsersAndScopes) {
   EXPECT_GT(hits, 10 * pairs);
   EXPECT_LT(emptyAnswers, pairs * 2 / 3);
   EXPECT_GT(aboutText, pairs / 6);
-  EXPECT_LT(leftToWalks, pairs / 10);
   std::cout << pairs << " pairs, " << hits << " hits, " << emptyAnswers << " empty answers, "
-            << aboutText << " about text, " << leftToWalks << " left to walks, seed " << kSeed
-            << "\n";
+            << aboutText << " about text, seed " << kSeed << "\n";
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <random>
 #include <string>
 
+#include "foundation/UTF8.h"
+
 namespace vt {
 
 /// Queries about the files that RandomFiles makes and what is in them.
@@ -88,7 +90,13 @@ class RandomQuery {
     std::string text = oneOf(kPieces);
     if (pick(4) == 0) text += " " + oneOf(kPieces);
     if (pick(3) == 0) text += '*';
-    if (pick(25) == 0) text.insert(0, "*");
+    if (pick(3) > 0) return '"' + text + '"' + oneOf(kModifiers);
+    for (std::uint32_t left = pick(3); left > 0; --left) {
+      // Before a character, not in it.
+      std::uint32_t at = pick(static_cast<std::uint32_t>(text.size()));
+      while (at > 0 && !beginsCodePoint(text[at])) --at;
+      text.insert(at, pick(3) == 0 ? "?" : "*");
+    }
     return '"' + text + '"' + oneOf(kModifiers);
   }
 

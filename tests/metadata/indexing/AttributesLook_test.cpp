@@ -77,7 +77,7 @@ class AttributesLookTest : public testing::Test {
     const auto reader = valueOrThrow(CatalogueReader::open(index_->path()));
     throwIf(reader->lookAnew());
     const Bitmap found =
-        valueOrThrow(reader->withWords(*contentQueryOf(words, 0), valueOrThrow(reader->end())));
+        valueOrThrow(reader->withWords(contentQueryOf(words, 0), valueOrThrow(reader->end())));
     std::size_t count = 0;
     forEachRow(*reader, [&](std::string_view, ContentNumber content) {
       if (content < found.size() && found.contains(content)) ++count;

@@ -92,7 +92,7 @@ class ContentIndexing : public testing::Test {
         valueOrThrow(reader->rowsOf(generation.segment->identity(), segment.rowCount()));
     if (!rows) throw std::runtime_error("nothing is said of the rows");
     const ContentNumber end = valueOrThrow(reader->end());
-    const Bitmap found = valueOrThrow(reader->withWords(*contentQueryOf(words, 0), end));
+    const Bitmap found = valueOrThrow(reader->withWords(contentQueryOf(words, 0), end));
     std::vector<std::string> names;
     for (std::size_t row = 0; row < rows->size(); ++row) {
       const ContentNumber content = (*rows)[row];

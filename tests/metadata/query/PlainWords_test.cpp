@@ -8,22 +8,22 @@
 
 namespace vt::query {
 
-TEST(PlainWords, BecomeAQueryForNameAndText) {
+TEST(PlainWords, BecomeAQueryForNameTextAndWhatPeopleGave) {
   struct Case {
     std::string_view words;
-    std::string_view query;
+    std::string query;
   };
   const Case cases[] = {
-      {"budget", "kMDItemFSName == \"*budget*\"cd || kMDItemTextContent == \"budget*\"cdw"},
-      {" annual\treport\n",
-       "(kMDItemFSName == \"*annual*\"cd || kMDItemTextContent == \"annual*\"cdw) && "
-       "(kMDItemFSName == \"*report*\"cd || kMDItemTextContent == \"report*\"cdw)"},
-      {"\"annual report\"",
-       "kMDItemFSName == \"*annual report*\"cd || kMDItemTextContent == \"annual report*\"cdw"},
-      {"\"annual report",
-       "kMDItemFSName == \"*annual report*\"cd || kMDItemTextContent == \"annual report*\"cdw"},
+      {"budget",
+       "kMDItemFSName == \"*budget*\"cd || kMDItemTextContent == \"budget*\"cdw || "
+       "kMDItemUserTags == \"budget*\"cdw || kMDItemFinderComment == \"budget*\"cdw"},
+      {" annual\treport\n", "(" + conditionForWord("annual", WordsIn::kNamesAndText) + ") && (" +
+                                conditionForWord("report", WordsIn::kNamesAndText) + ")"},
+      {"\"annual report\"", conditionForWord("annual report", WordsIn::kNamesAndText)},
+      {"\"annual report", conditionForWord("annual report", WordsIn::kNamesAndText)},
       {"a*?\\'b",
-       "kMDItemFSName == \"*a\\*\\?\\\\'b*\"cd || kMDItemTextContent == \"a\\*\\?\\\\'b*\"cdw"},
+       "kMDItemFSName == \"*a\\*\\?\\\\'b*\"cd || kMDItemTextContent == \"a\\*\\?\\\\'b*\"cdw || "
+       "kMDItemUserTags == \"a\\*\\?\\\\'b*\"cdw || kMDItemFinderComment == \"a\\*\\?\\\\'b*\"cdw"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.words);
@@ -45,7 +45,7 @@ TEST(PlainWords, AreNoQueryWhenThereAreNone) {
   EXPECT_FALSE(queryFromWords(std::string(40000, 'a')));  // too long for a query
 }
 
-TEST(PlainWords, FindFilesByNameOrText) {
+TEST(PlainWords, FindFilesByNameTextTagOrComment) {
   struct Case {
     std::string_view words;
     std::string_view item;
@@ -60,6 +60,10 @@ TEST(PlainWords, FindFilesByNameOrText) {
       {"get", "kMDItemFSName=budgets", true},
       {"\"a b\"", "kMDItemFSName=xa by", true},
       {"\"a b\"", "kMDItemFSName=b a", false},
+      {"urgent", "kMDItemUserTags=Very urgent", true},
+      {"gent", "kMDItemUserTags=Very urgent", false},
+      {"very", "kMDItemFinderComment=Very urgent", true},
+      {"very", "kMDItemTitle=Very urgent", false},
       {"*", "kMDItemFSName=a", false},
       {"*", "kMDItemFSName=a*", true},
   };

@@ -69,8 +69,7 @@ TEST(TypedQuery, AsksForTextWhereThatIsWanted) {
   const auto query = translated("plan size:0", WordsIn::kNamesAndText);
   ASSERT_TRUE(query);
   EXPECT_EQ(*query,
-            "(kMDItemFSName == \"*plan*\"cd || kMDItemTextContent == \"plan*\"cdw) && "
-            "kMDItemFSSize == 0");
+            "(" + conditionForWord("plan", WordsIn::kNamesAndText) + ") && kMDItemFSSize == 0");
 }
 
 TEST(TypedQuery, TellsWhatIsWrongAndWhere) {

@@ -77,4 +77,13 @@ TEST(WordBoundaries, MarkWhereCharactersBegin) {
   EXPECT_NE(text.properties[3] & position::kCharacter, 0);
 }
 
+TEST(WordBoundaries, OfContentMarkEachLetterThatIsCompared) {
+  const SegmentedText text = segmentContent("ßж");
+  ASSERT_EQ(text.units, "ssж");
+  for (const std::size_t at : {0, 1, 2, 4}) {
+    EXPECT_NE(text.properties[at] & position::kCharacter, 0) << at;
+  }
+  EXPECT_EQ(text.properties[3] & position::kCharacter, 0);  // the second byte of ж
+}
+
 }  // namespace vt::query

@@ -1,5 +1,6 @@
 #include "metadata/text/ContentQuery.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "metadata/query/Query.h"
@@ -10,11 +11,10 @@ namespace {
 
 /// Elements parted by " & ", their phrases by "|", terms by blanks.
 std::string printed(std::string_view pattern, std::uint8_t modifiers = 0) {
-  const std::optional<ContentQuery> question = contentQueryOf(pattern, modifiers);
-  if (!question) return "unknown";
   std::string text;
-  for (const auto& phrases : question->all) {
+  for (const auto& [phrases, words] : contentQueryOf(pattern, modifiers).all) {
     if (!text.empty()) text += " & ";
+    if (!words.empty()) text += fmt::format("pattern of {}", words.size());
     for (const TermPhrase& phrase : phrases) {
       if (&phrase != phrases.data()) text += '|';
       for (const std::string& term : phrase.terms) {
@@ -58,13 +58,20 @@ TEST(ContentQuery, AsksForEachWordByItselfWhenTheirOrderIsFree) {
   EXPECT_EQ(printed("9 10*", query::modifier::kTokens), "a9|b9 & a10*|b10*");
 }
 
-TEST(ContentQuery, IsNoneWhenTermsCannotTell) {
-  for (const char* pattern : {"*get", "b*t", "b?t", "bud* 2024", "?", "a \u0301 b"}) {
+TEST(ContentQuery, IsAPatternWhereAWildcardIsNotAtTheEnd) {
+  for (const char* pattern : {"*get", "b*t", "b?t", "?", "bud*\u0301"}) {
     SCOPED_TRACE(pattern);
-    EXPECT_EQ(printed(pattern), "unknown");
+    EXPECT_EQ(printed(pattern), "pattern of 1");
   }
-  EXPECT_EQ(printed(std::string(kLongestTermText + 1, 'x') + "*"), "unknown");
-  EXPECT_NE(printed(std::string(kLongestTermText + 1, 'x')), "unknown");
+  EXPECT_EQ(printed("bud* 2024"), "pattern of 2");
+  EXPECT_EQ(printed("9 *10", query::modifier::kTokens), "a9|b9 & pattern of 1");
+  EXPECT_EQ(printed(std::string(kLongestTermText + 1, 'x') + "*"), "pattern of 1");
+  EXPECT_FALSE(printed(std::string(kLongestTermText + 1, 'x')).starts_with("pattern"));
+}
+
+TEST(ContentQuery, PassesOverWordsOfMarksAlone) {
+  EXPECT_EQ(printed("9 \u0301 10"), printed("9 10"));
+  EXPECT_EQ(printed("9 \u0301*"), printed("9"));
 }
 
 }  // namespace

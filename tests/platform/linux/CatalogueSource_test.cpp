@@ -16,7 +16,7 @@ class CatalogueSourceTest : public testing::Test {
   int countOf(const char* word) {
     const auto contents = source_.contentsOf(*indexed_.index());
     if (!contents) return -1;
-    const auto count = static_cast<int>((*contents)->withWords(*contentQueryOf(word, 0)).count());
+    const auto count = static_cast<int>((*contents)->withWords(contentQueryOf(word, 0)).count());
     (*contents)->lookAway();
     return count;
   }

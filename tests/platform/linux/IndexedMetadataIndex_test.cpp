@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <ctime>
 #include <filesystem>
@@ -268,13 +269,35 @@ TEST_F(IndexedMetadataIndexTest, FindsTextThatTheIndexerHasLookedInto) {
   EXPECT_THAT(source_->lookedIntoAs, ElementsAre(0));
 }
 
-TEST_F(IndexedMetadataIndexTest, WalksForTextThatTermsCannotTell) {
+TEST_F(IndexedMetadataIndexTest, FindsPatternsWithinWordsWithoutAWalk) {
   tree_.file("words.txt", "The budget of 2024");
   buildIndexWithContents();
-  const auto query = executed("kMDItemTextContent == \"*dget\"");
-  EXPECT_THAT(names(*query), ElementsAre("words.txt"));
-  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause,
-            "the index finds words from their beginning, without * and ? in them");
+  std::filesystem::remove(tree_ / "words.txt");
+  for (const char* text : {"kMDItemTextContent == \"*dget\"", "** == \"b?dg*t 2?24\"cdt",
+                           "kMDItemTextContent == \"*he b*t of\""}) {
+    SCOPED_TRACE(text);
+    const auto query = executed(text);
+    EXPECT_THAT(names(*query), ElementsAre("words.txt"));
+    EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
+  }
+}
+
+TEST_F(IndexedMetadataIndexTest, FindsTypedWordsInTagsAndComments) {
+  const std::pair<const char*, const char*> given[] = {{"old.txt", "user.xdg.tags"},
+                                                       {"sub/new.pdf", "user.xdg.comment"},
+                                                       {"sub/secret.txt", "user.xdg.tags"}};
+  for (const auto& [name, attribute] : given) {
+    const std::string_view value = "Very urgent";
+    ASSERT_EQ(::setxattr((tree_ / name).c_str(), attribute, value.data(), value.size(), 0), 0);
+  }
+  buildIndexWithContents();
+  identity_->uid = kStranger;
+  const auto none = [](const std::string& /*name*/) { return std::vector<std::string>(); };
+  const auto typed = index_.MDQueryStringFromTyped("urgent", {none, none}, /*readsFiles=*/true);
+  ASSERT_TRUE(typed);
+  const auto query = executed(typed->query);
+  EXPECT_THAT(names(*query), ElementsAre("new.pdf", "old.txt")) << "and not secret.txt";
+  EXPECT_EQ(index_.MDQueryCopyNotes(*query).walkedBecause, "");
 }
 
 TEST_F(IndexedMetadataIndexTest, CountsReadableFilesThatWereNotLookedIntoYet) {

@@ -1,0 +1,77 @@
+#include "metadata/text/Vocabulary.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace vt {
+namespace {
+
+// Of two terms with one place the later takes it, and the other one is added in vain when it comes
+// again. So many leave room for what a language's texts consist of.
+constexpr std::size_t kPlaces = std::size_t{1} << 16;
+
+bool isWhole(const ContentTerm& term) { return term.text.size() <= kLongestTermText; }
+
+}  // namespace
+
+std::string_view Vocabulary::schema() {
+  return "CREATE TABLE word(term TEXT PRIMARY KEY, whole TEXT) WITHOUT ROWID";
+}
+
+Result<Vocabulary, StoreError> Vocabulary::of(const Database& database) {
+  Statement adding;
+  Statement finding;
+  StoreFailure refusal = database.prepareAll({
+      {&adding, "INSERT OR IGNORE INTO word(term, whole) VALUES(?, ?)"},
+      {&finding, "SELECT term, whole FROM word WHERE term >= ? AND term < ?"},
+  });
+  if (refusal) return *std::move(refusal);
+  return Vocabulary(std::move(adding), std::move(finding));
+}
+
+Vocabulary::Vocabulary(Statement adding, Statement finding)
+    : adding_(std::move(adding)), finding_(std::move(finding)) {}
+
+void Vocabulary::note(const ContentTerm& term) {
+  const TermKind kind = term.kind();
+  if (kind == TermKind::kIdeographPair) return;
+  if (!isWhole(term) && kind != TermKind::kCompound) return;
+  if (kept_.empty()) kept_.resize(kPlaces);
+  std::string& place = kept_[std::hash<std::string_view>()(term.term) % kPlaces];
+  if (place == term.term) return;
+  place = term.term;
+  new_.push_back({place, isWhole(term) ? std::string() : std::string(term.text)});
+}
+
+StoreFailure Vocabulary::keep() {
+  // In the order of the table, whose pages are then each looked for once.
+  std::ranges::sort(new_, {}, &NewTerm::term);
+  for (const NewTerm& added : new_) {
+    adding_.restart().bind(1, added.term);
+    if (added.text.empty()) {
+      adding_.bindNull(2);
+    } else {
+      adding_.bind(2, added.text);
+    }
+    if (StoreFailure failure = adding_.run()) return failure;
+  }
+  new_.clear();
+  return std::nullopt;
+}
+
+StoreFailure Vocabulary::forEach(std::string_view prefix,
+                                 FunctionRef<void(const KnownTerm& term)> visit) {
+  std::string end(prefix);
+  ++end.back();  // no byte of UTF-8 is the last one
+  finding_.restart().bind(1, prefix).bind(2, end);
+  while (finding_.next()) {
+    const std::string_view term = finding_.bytes(0);
+    // Damage may have left anything there.
+    if (term.size() < 2) continue;
+    visit({term, finding_.isNull(1) ? term.substr(1) : finding_.bytes(1)});
+  }
+  return finding_.finish();
+}
+
+}  // namespace vt
