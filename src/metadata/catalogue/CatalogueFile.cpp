@@ -3,9 +3,15 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
+#include <span>
+#include <string>
+#include <utility>
 
+#include "metadata/database/PageChecksums.h"
 #include "metadata/text/ContentTokenizer.h"
 #include "metadata/text/TextIndex.h"
 
@@ -15,8 +21,18 @@ namespace {
 constexpr int kNewestVersion = 3;
 constexpr std::int64_t kApplication = 0x56'54'43'61;  // "VTCa"
 
+/// The text index, empty.
+std::string textSchema() {
+  return TextIndex::schema() + R"(;
+    -- Pages of that table as large as those of the file take.
+    INSERT INTO text(text, rank) VALUES('pgsz', 8100);
+    -- What so many bytes of terms take is gathered in memory before it is written.
+    INSERT INTO text(text, rank) VALUES('hashsize', 16777216);
+  )";
+}
+
 std::string schema() {
-  return fmt::format(R"(
+  return R"(
     CREATE TABLE content(
       number INTEGER PRIMARY KEY AUTOINCREMENT,
       device INTEGER NOT NULL,
@@ -44,19 +60,36 @@ std::string schema() {
     CREATE TABLE segment_rows(
       segment INTEGER PRIMARY KEY,
       contents BLOB NOT NULL);
-    {};
-    -- Pages of that table as large as those of the file take.
-    INSERT INTO text(text, rank) VALUES('pgsz', 8100);
-    -- What so many bytes of terms take is gathered in memory before it is written.
-    INSERT INTO text(text, rank) VALUES('hashsize', 16777216);
-  )",
-                     TextIndex::schema());
+  )" + textSchema();
+}
+
+// Files have attributes beside their content, too. Those of before are looked at with the next run.
+constexpr const char* kSecondVersion = R"(
+    ALTER TABLE content ADD COLUMN attributes_changed INTEGER NOT NULL DEFAULT 0;
+    CREATE TABLE attributes_seen(segment INTEGER PRIMARY KEY);
+  )";
+
+/// The terms of texts are others. Files with text are looked into again, as no extractor has
+/// version 0; all others keep what was found in them.
+std::string thirdVersion() {
+  return "DROP TABLE text;"
+         "UPDATE content SET extractor_version = 0 WHERE has_text = 1;" +
+         textSchema();
+}
+
+/// What brings a catalogue of each version, from 1 on, to the next.
+std::array<std::string, kNewestVersion - 1> migrations() {
+  return {kSecondVersion, thirdVersion()};
 }
 
 struct Marks {
   std::int64_t application = 0;
   std::int64_t version = 0;
   std::int64_t objects = 0;  // tables and the like
+
+  bool isForeign() const {
+    return application != kApplication || version < 1 || version > kNewestVersion;
+  }
 };
 
 Result<Marks, StoreError> marksOf(const Database& database) {
@@ -69,11 +102,6 @@ Result<Marks, StoreError> marksOf(const Database& database) {
   return Marks{*application, *version, *objects};
 }
 
-// The terms of texts are others in each version, so those of before are of no use.
-bool isForeign(const Marks& marks) {
-  return marks.application != kApplication || marks.version != kNewestVersion;
-}
-
 StoreError foreign(const Database& database, const Marks& marks) {
   return {StoreError::Kind::kOtherKind,
           marks.application == kApplication
@@ -82,13 +110,35 @@ StoreError foreign(const Database& database, const Marks& marks) {
               : fmt::format("{} is no catalogue of an index", database.path())};
 }
 
-StoreFailure make(const Database& database) {
+/// In one transaction, that it is a catalogue of this version included.
+StoreFailure execute(const Database& database, std::span<const std::string> steps) {
   Transaction transaction(database);
-  if (StoreFailure failure = database.execute(schema().c_str())) return failure;
+  for (const std::string& step : steps) {
+    if (StoreFailure failure = database.execute(step.c_str())) return failure;
+  }
   const std::string marks = fmt::format("PRAGMA application_id = {}; PRAGMA user_version = {}",
                                         kApplication, kNewestVersion);
   if (StoreFailure failure = database.execute(marks.c_str())) return failure;
   return transaction.commit();
+}
+
+StoreFailure make(const Database& database) {
+  const std::array<std::string, 1> whole{schema()};
+  return execute(database, whole);
+}
+
+StoreFailure migrate(const Database& database, std::int64_t version) {
+  // Before version 3 pages had no checksums. Killed in between, it is done again.
+  if (StoreFailure failure = database.execute("VACUUM")) return failure;
+  const auto steps = migrations();
+  return execute(database, std::span(steps).subspan(static_cast<std::size_t>(version) - 1));
+}
+
+/// Damage, when pages of a catalogue of this version have no checksums.
+StoreFailure lackOfChecksums(const Database& database) {
+  const Result<bool, StoreError> has = database.hasChecksums();
+  if (!has) return has.error();
+  return *has ? StoreFailure() : damageError(database.path(), "its pages have no checksums");
 }
 
 std::string pathIn(const std::string& indexFolder) { return indexFolder + "/" + kCatalogueName; }
@@ -100,34 +150,44 @@ int newestCatalogueVersion() { return kNewestVersion; }
 Result<Database, StoreError> openCatalogueForWriting(const std::string& indexFolder) {
   Result<Database, StoreError> database = Database::openForWriting(pathIn(indexFolder));
   if (!database) return database.error();
+  const Result<Marks, StoreError> marks = marksOf(*database);
+  if (!marks) return marks.error();
+  const bool isNew = marks->objects == 0 && marks->version == 0;
+  if (!isNew && marks->isForeign()) return foreign(*database, *marks);
+  StoreFailure failure =
+      marks->version == kNewestVersion ? lackOfChecksums(*database) : database->keepChecksums();
+  if (failure) return *std::move(failure);
   // Each commit is on the disk when it is done: an index names contents by their numbers, which
   // must not be given again after a loss of power.
   for (const char* setting :
        {"PRAGMA page_size = 8192", "PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL",
         "PRAGMA cache_size = -16384", "PRAGMA journal_size_limit = 67108864"}) {
-    if (StoreFailure failure = database->execute(setting)) return *std::move(failure);
+    failure = database->execute(setting);
+    if (failure) return *std::move(failure);
   }
-  if (StoreFailure failure = addContentTokenizer(*database)) return *std::move(failure);
-  const Result<Marks, StoreError> marks = marksOf(*database);
-  if (!marks) return marks.error();
-  if (marks->objects == 0 && marks->version == 0) {
-    if (StoreFailure failure = make(*database)) return *std::move(failure);
-  } else if (isForeign(*marks)) {
-    return foreign(*database, *marks);
+  failure = addContentTokenizer(*database);
+  if (!failure && isNew) failure = make(*database);
+  if (!failure && !isNew && marks->version < kNewestVersion) {
+    failure = migrate(*database, marks->version);
   }
+  if (failure) return *std::move(failure);
   return database;
 }
 
 Result<Database, StoreError> openCatalogueForReading(const std::string& indexFolder) {
   Result<Database, StoreError> database = Database::openForReading(pathIn(indexFolder));
   if (!database) return database.error();
-  if (StoreFailure failure = addContentTokenizer(*database)) return *std::move(failure);
   const Result<Marks, StoreError> marks = marksOf(*database);
   if (!marks) return marks.error();
-  if (isForeign(*marks)) {
-    return foreign(*database, *marks);
-  }
+  if (marks->isForeign() || marks->version != kNewestVersion) return foreign(*database, *marks);
+  StoreFailure failure = lackOfChecksums(*database);
+  if (!failure) failure = addContentTokenizer(*database);
+  if (failure) return *std::move(failure);
   return database;
+}
+
+StoreFailure checkCataloguePages(const std::string& indexFolder) {
+  return checkPages(pathIn(indexFolder));
 }
 
 StoreFailure removeCatalogue(const std::string& indexFolder) {

@@ -17,6 +17,9 @@ Result<Database, StoreError> openCatalogueForWriting(const std::string& indexFol
 /// Opens it to be read, as many as like to. kOtherKind also for an earlier version.
 Result<Database, StoreError> openCatalogueForReading(const std::string& indexFolder);
 
+/// Reads every page of the catalogue's file. kDamaged when one is not what was written.
+StoreFailure checkCataloguePages(const std::string& indexFolder);
+
 /// Takes the catalogue away, so that the next writer makes it anew. Who reads it goes on with what
 /// there was.
 StoreFailure removeCatalogue(const std::string& indexFolder);

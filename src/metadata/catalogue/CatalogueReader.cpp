@@ -5,6 +5,7 @@
 
 #include "metadata/catalogue/AttributeBytes.h"
 #include "metadata/catalogue/CatalogueFile.h"
+#include "metadata/database/PageChecksums.h"
 
 namespace vt {
 namespace {
@@ -211,6 +212,7 @@ Result<std::vector<ContentRecord>, StoreError> CatalogueReader::failures(std::si
 }
 
 StoreFailure CatalogueReader::check() {
+  if (StoreFailure failure = checkPages(database_->path())) return failure;
   Result<Statement, StoreError> asked = database_->prepare("PRAGMA integrity_check(1)");
   if (!asked) return asked.error();
   if (!asked->next()) return asked->finish();

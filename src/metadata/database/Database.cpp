@@ -186,11 +186,22 @@ StoreError Database::lastError() const {
 }
 
 StoreFailure Database::keepChecksums() const {
-  int bytes = kPageChecksumBytes;
+  const auto before = reserveBytes(kPageChecksumBytes);
+  return before ? StoreFailure() : before.error();
+}
+
+Result<bool, StoreError> Database::hasChecksums() const {
+  constexpr int kAsItIs = -1;
+  const auto bytes = reserveBytes(kAsItIs);
+  if (!bytes) return bytes.error();
+  return *bytes == kPageChecksumBytes;
+}
+
+Result<int, StoreError> Database::reserveBytes(int bytes) const {
   const int code =
       sqlite().sqlite3_file_control(handle(), "main", SQLITE_FCNTL_RESERVE_BYTES, &bytes);
-  if (code == SQLITE_OK) return std::nullopt;
-  return databaseError(code, sqlite().sqlite3_errstr(code), *path_);
+  if (code != SQLITE_OK) return databaseError(code, sqlite().sqlite3_errstr(code), *path_);
+  return bytes;
 }
 
 StoreFailure Database::execute(const char* statements) const {

@@ -75,6 +75,8 @@ class Database {
   /// Has each page end in its checksum, if it is called before the first one is written; else from
   /// the next VACUUM on. Who opens such a database checks them.
   StoreFailure keepChecksums() const;
+  /// Whether each page ends in its checksum.
+  Result<bool, StoreError> hasChecksums() const;
 
   /// Runs one or several statements that give no rows.
   StoreFailure execute(const char* statements) const;
@@ -92,6 +94,8 @@ class Database {
   };
 
   static Result<Database, StoreError> open(const std::string& path, int flags);
+  /// Asks for bytes at the end of each page; how many there are, or were asked for, before.
+  Result<int, StoreError> reserveBytes(int bytes) const;
   StoreError lastError() const;
 
   // On the heap, since statements hold on to it while a database is moved.

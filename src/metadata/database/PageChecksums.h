@@ -14,9 +14,9 @@ const char* checksummedFiles();
 /// database is written, or before one is written anew by VACUUM.
 inline constexpr int kPageChecksumBytes = 8;
 
-/// Reads all pages in the file of a database, also those that nothing refers to. kDamaged when one
-/// is not what was written, or has no checksum. What is in the log only is not looked at; others
-/// may write meanwhile.
+/// Reads all pages in the file of a database with checksums, also those that nothing refers to.
+/// kDamaged when one is not what was written. What is in the log only is not looked at; others may
+/// write meanwhile.
 StoreFailure checkPages(const std::string& path);
 
 }  // namespace vt

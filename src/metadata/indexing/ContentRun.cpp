@@ -31,6 +31,7 @@ StoreFailure ContentRun::open(std::span<const SegmentIdentity> earlier) {
   Result<std::unique_ptr<CatalogueWriter>, StoreError> opened =
       CatalogueWriter::open(folder_.path());
   if (!opened) return opened.error();
+  if (StoreFailure failure = checkCataloguePages(folder_.path())) return failure;
   const Result<bool, StoreError> isMostlyForgotten = (*opened)->isMostlyForgotten();
   if (!isMostlyForgotten) return isMostlyForgotten.error();
   if (*isMostlyForgotten) {

@@ -59,17 +59,18 @@ TEST(CatalogueDamage, OfAnyByteGivesAnErrorOrWrongAnswersAtWorst) {
       damaged[random() % damaged.size()] = static_cast<char>(random());
     }
     if (random() % 4 == 0) damaged.resize(random() % damaged.size());
+    if (damaged == sound) continue;
     const CatalogueInFolder folder;
     writeFile(folder.file(), damaged);
     const auto reader = CatalogueReader::open(folder.path());
     if (reader) {
       askAll(**reader);
-      if ((*reader)->check()) ++refused;
+      EXPECT_TRUE((*reader)->check()) << "what has changed is not what was written";
     } else {
       ++refused;
     }
   }
-  EXPECT_GT(refused, kRounds / 4);
+  EXPECT_LT(refused, kRounds);
 }
 
 TEST(CatalogueDamage, IsNotedByTheCheck) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "metadata/catalogue/CatalogueInFolder.h"
+#include "metadata/text/ContentTokenizer.h"
 #include "support/ReadFile.h"
 
 namespace vt {
@@ -43,10 +44,9 @@ TEST(CatalogueFile, IsOpenedAgainAsItWasLeft) {
   EXPECT_EQ(valueOrThrow(folder.reader()->counts()).contents, 3U);
 }
 
-TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfAnotherVersion) {
-  for (const char* change :
-       {"PRAGMA application_id = 1", "PRAGMA user_version = 99", "PRAGMA user_version = 2",
-        "PRAGMA user_version = 0", "PRAGMA user_version = -1"}) {
+TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfALaterVersion) {
+  for (const char* change : {"PRAGMA application_id = 1", "PRAGMA user_version = 99",
+                             "PRAGMA user_version = 0", "PRAGMA user_version = -1"}) {
     SCOPED_TRACE(change);
     const CatalogueInFolder folder;
     folder.writer();
@@ -57,6 +57,57 @@ TEST(CatalogueFile, IsRefusedWhenItIsAnotherProgramsOrOfAnotherVersion) {
     const auto reader = CatalogueReader::open(folder.path());
     ASSERT_FALSE(reader);
     EXPECT_EQ(reader.error().kind, Kind::kOtherKind) << reader.error().reason;
+  }
+}
+
+// Makes the catalogue one of that earlier version, but for the checksums that it did not have.
+void makeEarlier(const std::string& file, int version) {
+  const Database database = valueOrThrow(Database::openForWriting(file));
+  throwIf(addContentTokenizer(database));
+  throwIf(
+      database.execute("DROP TABLE text_place; DROP TABLE word; DROP TABLE text;"
+                       "CREATE VIRTUAL TABLE text USING fts5(words, content='', columnsize=0,"
+                       "  detail=full, tokenize='vistaro');"
+                       "PRAGMA user_version = 2"));
+  if (version > 1) return;
+  throwIf(
+      database.execute("ALTER TABLE content DROP COLUMN attributes_changed;"
+                       "DROP TABLE attributes_seen; PRAGMA user_version = 1"));
+}
+
+TEST(CatalogueFile, IsBroughtUpToThisVersionWithAllButItsTexts) {
+  for (const int version : {1, 2}) {
+    SCOPED_TRACE(version);
+    const CatalogueInFolder folder;
+    {
+      const auto writer = folder.writer();
+      Extraction picture;
+      picture.attributes["kMDItemPixelWidth"] = std::int64_t{640};
+      ContentRecord record = CatalogueInFolder::recordOf(1);
+      record.version.attributesChanged = 5;
+      valueOrThrow(writer->add(record, picture));
+      valueOrThrow(writer->add(CatalogueInFolder::recordOf(2), textAlone("word")));
+      throwIf(writer->commit());
+    }
+    makeEarlier(folder.file(), version);
+    const auto early = CatalogueReader::open(folder.path());
+    ASSERT_FALSE(early);
+    EXPECT_EQ(early.error().kind, Kind::kOtherKind);
+
+    std::vector<ContentRecord> found;
+    const auto writer = folder.writer();
+    throwIf(writer->forEach([&](const ContentRecord& record) { found.push_back(record); }));
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0].extractorVersion, CatalogueInFolder::recordOf(1).extractorVersion);
+    EXPECT_EQ(found[0].version, (ContentVersion{1'000'000, 10, version == 1 ? 0 : 5}));
+    EXPECT_EQ(found[1].extractorVersion, 0U) << "to be looked into again";
+    const auto words = [&] {
+      return valueOrThrow(folder.reader()->withWords(contentQueryOf("word", 0), 9)).count();
+    };
+    EXPECT_EQ(words(), 0U);
+    valueOrThrow(writer->add(CatalogueInFolder::recordOf(2), textAlone("word")));
+    throwIf(writer->commit());
+    EXPECT_EQ(words(), 1U);
   }
 }
 
