@@ -19,6 +19,12 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{1} << 30;
 
+constexpr char kEmptyDocument[] =
+    "%PDF-1.4\n"
+    "1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+    "2 0 obj<</Type/Pages/Kids[]/Count 0>>endobj\n"
+    "trailer<</Root 1 0 R>>\n";
+
 /// The bytes of an open file, mapped while this object lives. One that is cut short meanwhile ends
 /// the process, and so the looking into it.
 class MappedBytes {
@@ -91,13 +97,19 @@ void readPages(const poppler::document& document, BoundedText& text, FoundAttrib
 
 }  // namespace
 
+PdfExtractor::PdfExtractor(const ContentTypes& types) : types_(types, {"com.adobe.pdf"}) {
+  // What poppler thinks of a file is nobody's to read.
+  poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
+  keptOpen_.reset(poppler::document::load_from_raw_data(kEmptyDocument, sizeof kEmptyDocument - 1));
+}
+
+PdfExtractor::~PdfExtractor() = default;
+
 Result<Extraction, ExtractionFailure> PdfExtractor::extract(int file, ContentTypeId /*type*/) {
   using Kind = ExtractionFailure::Kind;
   const MappedBytes bytes(file);
   if (bytes.size() > kMostBytes) return ExtractionFailure{Kind::kTooLarge, "it exceeds 1 GiB"};
   if (!bytes.start()) return ExtractionFailure{Kind::kMalformed, "it is no PDF document"};
-  // What poppler thinks of a file is nobody's to read.
-  poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
   const std::unique_ptr<poppler::document> document(
       poppler::document::load_from_raw_data(bytes.start(), static_cast<int>(bytes.size())));
   if (!document) return ExtractionFailure{Kind::kMalformed, "it is no PDF document"};
@@ -112,6 +124,12 @@ Result<Extraction, ExtractionFailure> PdfExtractor::extract(int file, ContentTyp
   readPages(*document, text, attributes);
   extraction.text = text.take();
   return extraction;
+}
+
+std::vector<std::unique_ptr<Extractor>> pdfExtractors(const ContentTypes& types) {
+  std::vector<std::unique_ptr<Extractor>> extractors;
+  extractors.push_back(std::make_unique<PdfExtractor>(types));
+  return extractors;
 }
 
 }  // namespace vt
