@@ -79,7 +79,7 @@ void readProperties(const poppler::document& document, FoundAttributes& attribut
 
 void readPages(const poppler::document& document, BoundedText& text, FoundAttributes& attributes) {
   const int count = document.pages();
-  if (count > 0) attributes.setInteger("kMDItemNumberOfPages", count);
+  if (count > 0) attributes.setNumber("kMDItemNumberOfPages", count);
   for (int number = 0; number < count && !text.isFull() && !isProcessorTimeShort(); ++number) {
     const std::unique_ptr<poppler::page> page(document.create_page(number));
     if (!page) continue;
@@ -87,8 +87,8 @@ void readPages(const poppler::document& document, BoundedText& text, FoundAttrib
       const poppler::rectf box = page->page_rect(poppler::crop_box);
       const bool isTurned = page->orientation() == poppler::page::landscape ||
                             page->orientation() == poppler::page::seascape;
-      attributes.setReal("kMDItemPageWidth", isTurned ? box.height() : box.width());
-      attributes.setReal("kMDItemPageHeight", isTurned ? box.width() : box.height());
+      attributes.setNumber("kMDItemPageWidth", isTurned ? box.height() : box.width());
+      attributes.setNumber("kMDItemPageHeight", isTurned ? box.width() : box.height());
     }
     text.append(utf8(page->text(poppler::rectf(), poppler::page::non_raw_non_physical_layout)));
     text.newLine();

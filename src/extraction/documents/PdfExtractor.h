@@ -22,7 +22,7 @@ class PdfExtractor final : public Extractor {
   ~PdfExtractor() override;
 
   std::string_view name() const override { return "pdf"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

@@ -11,7 +11,7 @@ class XmlExtractor final : public Extractor {
   explicit XmlExtractor(const ContentTypes& types) : types_(types, {"public.xml"}) {}
 
   std::string_view name() const override { return "xml"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 
