@@ -11,7 +11,9 @@ constexpr std::uint32_t kRoot = 0;
 // Of every Linux: the owner of what belongs to an account that is not known here.
 constexpr std::uint32_t kNobody = 65534;
 
-constexpr std::uint32_t kPermissions = 07777;
+// To read and to write. To run a file is another matter, and the owner may allow himself anything.
+constexpr std::uint32_t kAll = 6;
+constexpr std::uint32_t kOthersPermissions = kAll << 3 | kAll;
 constexpr std::uint32_t kEverybodyMayListAndSearch = 0555;
 
 /// No group, in the place of one that may do what everybody may.
@@ -26,7 +28,7 @@ bool isRestricting(const AccessClass& folder) {
 /// The group as far as it counts.
 std::uint32_t groupOf(const AccessClass& file) {
   const std::uint32_t mode = file.ownership.mode;
-  const bool countsForNothing = !file.acl.list && ((mode >> 3 ^ mode) & 07) == 0;
+  const bool countsForNothing = !file.acl.list && ((mode >> 3 ^ mode) & kAll) == 0;
   return countsForNothing ? kAnyGroup : file.ownership.gid;
 }
 
@@ -43,8 +45,9 @@ FileOrigins::FileOrigins(const SegmentColumns& columns) : columns_(columns) {
     } else if (file.acl.list) {
       classes_.push_back(next++);
     } else {
-      const auto key = std::tuple(ownership.uid, vt::groupOf(file), ownership.mode & kPermissions);
-      const auto [known, isNew] = withoutList.try_emplace(key, next);
+      const std::uint32_t mode = ownership.mode & kOthersPermissions;
+      const auto [known, isNew] =
+          withoutList.try_emplace({ownership.uid, vt::groupOf(file), mode}, next);
       if (isNew) ++next;
       classes_.push_back(known->second);
     }
@@ -53,16 +56,16 @@ FileOrigins::FileOrigins(const SegmentColumns& columns) : columns_(columns) {
   std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> ways;
   std::uint32_t nextWay = kUnknown + 1;
   const std::uint32_t freeWay = nextWay++;
-  folders_.reserve(columns.folderCount());
+  ways_.reserve(columns.folderCount());
   for (std::uint32_t folder = 0; folder < columns.folderCount(); ++folder) {
     const std::uint32_t parent = columns.parents[folder];
     const std::uint32_t number = columns.classOfFolder(folder);
     const AccessClass& access = columns.classes[number];
-    const std::uint32_t above = parent < folder ? folders_[parent] : freeWay;
+    const std::uint32_t above = parent < folder ? ways_[parent] : freeWay;
     if (above == kUnknown || !access.acl.isKnown) {
-      folders_.push_back(kUnknown);
+      ways_.push_back(kUnknown);
     } else if (!isRestricting(access)) {
-      folders_.push_back(above);
+      ways_.push_back(above);
     } else {
       const auto [known, isNew] = ways.try_emplace({above, number}, nextWay);
       if (isNew) {
@@ -70,7 +73,7 @@ FileOrigins::FileOrigins(const SegmentColumns& columns) : columns_(columns) {
         ways.try_emplace({nextWay, number}, nextWay);
         ++nextWay;
       }
-      folders_.push_back(known->second);
+      ways_.push_back(known->second);
     }
   }
 }
@@ -78,7 +81,7 @@ FileOrigins::FileOrigins(const SegmentColumns& columns) : columns_(columns) {
 FileOrigins::Group FileOrigins::groupOf(std::uint32_t row) const {
   if (columns_.classes.empty()) return kOwnGroup;
   const std::uint32_t file = classes_[columns_.classOf(row)];
-  const std::uint32_t way = folders_[columns_.folderOf(row)];
+  const std::uint32_t way = ways_[columns_.folderOf(row)];
   if (file == kUnknown || way == kUnknown) return kOwnGroup;
   return Group{file} << 32 | way;
 }

@@ -15,11 +15,12 @@ namespace vt {
 /// Tells which files of a segment may be looked into by one process: see FileOrigin.
 ///
 /// Two files are of one origin when all of this is the same:
-///  - the owner, who could have made both;
-///  - the mode and the access control list, and the group where those let it do anything but what
-///    they let everybody: so the same people could have changed them, and may read them;
-///  - the restricting folders above them: those that do not let everybody list and search them, by
-///    owner, group, mode and list;
+///  - the owner, who could have made both, and may give himself any right to them;
+///  - what others may read and change: by the mode and the access control list, and by the group
+///    where those let it do anything but what they let everybody;
+///  - where others may read or change them at all, the restricting folders above them: those that
+///  do
+///    not let everybody list and search them, by owner, group, mode and list;
 ///  - the file system.
 ///
 /// A file has an origin of its own, which it shares with no other, when it is root's or nobody's,
@@ -43,8 +44,8 @@ class FileOrigins {
   static constexpr std::uint32_t kUnknown = 0;
 
   const SegmentColumns& columns_;
-  std::vector<std::uint32_t> classes_;  // what sort of files each class is; kUnknown
-  std::vector<std::uint32_t> folders_;  // which restricting folders lead to each folder; kUnknown
+  std::vector<std::uint32_t> classes_;  // by what files of each let whom do; kUnknown
+  std::vector<std::uint32_t> ways_;     // by folder: through which restricting ones; kUnknown
   std::map<std::pair<Group, std::uint64_t>, FileOrigin> origins_;  // by group and device
 };
 

@@ -107,6 +107,11 @@ TEST(FileOrigins, AreOneWhereTheSamePeopleMayReadAndChange) {
   withGroupsThatMayDoWhatAllMay.one = classOf(2001, 3001, kFile | 0644);
   withGroupsThatMayDoWhatAllMay.other = classOf(2001, 3002, kFile | 0644);
   EXPECT_TRUE(withGroupsThatMayDoWhatAllMay.areOfOne());
+
+  TwoFiles thatTheOwnerMayRunOrNotWrite;
+  thatTheOwnerMayRunOrNotWrite.one = classOf(2001, 3001, kFile | 0750);
+  thatTheOwnerMayRunOrNotWrite.other = classOf(2001, 3001, kFile | 0440);
+  EXPECT_TRUE(thatTheOwnerMayRunOrNotWrite.areOfOne());
 }
 
 TEST(FileOrigins, DifferWithOwnerGroupModeAndList) {
