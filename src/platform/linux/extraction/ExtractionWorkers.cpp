@@ -105,13 +105,17 @@ std::optional<ExtractionWorkers::Ticket> ExtractionWorkers::begin(int file, cons
                                                                   ContentTypeId type,
                                                                   FileOrigin origin) {
   Slot* best = nullptr;
+  std::ptrdiff_t fewest = kHandedAtOnce;
   for (Slot& slot : slots_) {
-    if (slot.program != place.program || slot.looks.size() >= kHandedAtOnce) continue;
-    if (origin != kOwnOrigin && slot.lastOrigin == origin) {
-      best = &slot;  // its process goes on
-      break;
+    // What has come of a file is kept until it is asked for; its worker need not wait for that.
+    if (slot.program != place.program || slot.looks.size() >= WorkerProcess::kMostKept) continue;
+    const std::ptrdiff_t open = std::ranges::count_if(slot.looks, &Look::isOpen);
+    const bool goesOn = origin != kOwnOrigin && slot.lastOrigin == origin;
+    if (open < fewest || (goesOn && open < kHandedAtOnce)) {
+      best = &slot;
+      fewest = open;
     }
-    if (!best || slot.looks.size() < best->looks.size()) best = &slot;
+    if (best == &slot && goesOn) break;
   }
   if (!best || heldBytes() > kMostHeldBytes) return std::nullopt;
   best->looks.emplace_back();

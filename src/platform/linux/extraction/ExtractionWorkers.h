@@ -30,8 +30,8 @@ class ExtractionWorkers {
  public:
   /// Processes of each program.
   static constexpr std::size_t kAtOnce = 2;
-  /// Files that each of them is handed at once: it looks into one, and need not wait for the next.
-  static constexpr std::size_t kHandedAtOnce = 2;
+  /// Files that each of them has at once: it looks into one, and need not wait for the next.
+  static constexpr int kHandedAtOnce = 2;
 
   /// An extractor of one of the programs.
   struct Place {

@@ -67,12 +67,12 @@ std::optional<WorkerProcess::Asked> WorkerProcess::ask(int input,
                                                        const worker::WorkerRequest& request) {
   // What was not asked for is out of the way; and no more are unanswered than are kept.
   takeAnswersThatHaveCome();
-  while (asked_ - answered_ >= kMostOwed && takeAnswer(Clock::now() + kAnswerLimit)) {
+  while (asked_ - answered_ >= kMostKept && takeAnswer(Clock::now() + kAnswerLimit)) {
   }
   std::optional<Pipe> pipe = makePipe();
   // Whoever looked into the file before left it wherever it stopped to read.
   const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
-  if (!isUsable_ || asked_ - answered_ >= kMostOwed || !pipe || !isAtStart) return std::nullopt;
+  if (!isUsable_ || asked_ - answered_ >= kMostKept || !pipe || !isAtStart) return std::nullopt;
   {
     const FileDescriptor childs = std::move(pipe->write);  // only the worker may hold it open
     isUsable_ = worker::sendRequest(socket_.get(), request, input, childs.get());
@@ -93,7 +93,7 @@ bool WorkerProcess::hasEnded(std::uint64_t number) {
 
 bool WorkerProcess::takeAnswer(Clock::time_point deadline) {
   const auto answer = receive<worker::WorkerAnswer>(socket_.get(), deadline);
-  if (answer) answers_[answered_++ % kMostOwed] = *answer;
+  if (answer) answers_[answered_++ % kMostKept] = *answer;
   return answer.has_value();
 }
 
@@ -105,7 +105,8 @@ worker::WorkerAnswer WorkerProcess::awaitEnd(std::uint64_t number, Clock::time_p
     const bool hasEnded = Clock::now() < deadline;
     return {hasEnded ? worker::WorkerEnd::kNotTried : worker::WorkerEnd::kTimedOut};
   }
-  return answers_[number % kMostOwed];
+  if (answered_ - number > kMostKept) return {worker::WorkerEnd::kNotTried};  // it is forgotten
+  return answers_[number % kMostKept];
 }
 
 }  // namespace vt

@@ -48,7 +48,7 @@ class WorkerProcess {
   /// was asked for before. Nothing when the worker is not usable.
   std::optional<Asked> ask(int input, const worker::WorkerRequest& request);
 
-  /// How looking into the file of that request ended, which must be one of the last kMostOwed. When
+  /// How looking into the file of that request ended, which must be one of the last kMostKept. When
   /// nothing is heard of it until `deadline`, the worker is no longer usable.
   worker::WorkerAnswer awaitEnd(std::uint64_t number,
                                 std::chrono::steady_clock::time_point deadline);
@@ -56,8 +56,8 @@ class WorkerProcess {
   /// Whether awaitEnd() need not wait.
   bool hasEnded(std::uint64_t number);
 
-  /// So many requests may be unanswered.
-  static constexpr std::size_t kMostOwed = 8;
+  /// Of so many requests it is known how they ended, or is still to be heard.
+  static constexpr std::size_t kMostKept = 16;
 
  private:
   WorkerProcess(std::unique_ptr<ChildProcess> process, FileDescriptor socket, std::uint32_t walls)
@@ -72,7 +72,7 @@ class WorkerProcess {
   bool isUsable_ = true;
   std::uint64_t asked_ = 0;     // requests, which have the numbers from 0 on
   std::uint64_t answered_ = 0;  // of them
-  std::array<worker::WorkerAnswer, kMostOwed> answers_;  // the last ones, by number
+  std::array<worker::WorkerAnswer, kMostKept> answers_;  // the last ones, by number
 };
 
 }  // namespace vt
