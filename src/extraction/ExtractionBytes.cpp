@@ -17,6 +17,9 @@ namespace {
 
 using query::AttributeType;
 
+// Of why nothing was found: people read it.
+constexpr std::size_t kMostReason = 512;
+
 constexpr char kFailure = 'F';
 constexpr char kWithoutText = 'N';
 constexpr char kWithText = 'T';
@@ -49,7 +52,9 @@ std::optional<ExtractionFailure> failureIn(ByteReader bytes) {
   if (!kind) return std::nullopt;
   for (const Kind known : {Kind::kUnreadable, Kind::kMalformed, Kind::kTooLarge, Kind::kTimedOut}) {
     if (*kind == static_cast<std::uint8_t>(known)) {
-      return ExtractionFailure{known, tidiedText(bytes.rest().substr(0, 512))};
+      // Not cut within a character.
+      const std::string_view reason = bytes.rest().substr(0, kMostReason);
+      return ExtractionFailure{known, tidiedText(reason.substr(0, validUTF8Length(reason)))};
     }
   }
   return std::nullopt;

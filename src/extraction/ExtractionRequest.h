@@ -20,10 +20,13 @@ struct ExtractionRequest {
   ExtractionJob job = ExtractionJob::kDescribe;
   std::uint32_t extractor = 0;  ///< its place among those that were described
   std::uint32_t type = 0;       ///< by its place in the table of content types
+  worker::FileOrigin origin = worker::kOwnOrigin;
 };
 
 inline worker::WorkerRequest workerRequest(const ExtractionRequest& request) {
-  return {static_cast<std::uint32_t>(request.job), {request.extractor, request.type, 0}};
+  return {static_cast<std::uint32_t>(request.job),
+          {request.extractor, request.type, 0},
+          request.origin};
 }
 
 }  // namespace vt

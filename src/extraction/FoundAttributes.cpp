@@ -2,50 +2,67 @@
 
 #include <algorithm>
 #include <cmath>
-#include <string>
+#include <cstdint>
 #include <utility>
 
 #include "foundation/Array.h"
+#include "foundation/TextDecoding.h"
 #include "foundation/UTF8.h"
 
 namespace vt {
 namespace {
 
+// What a double counts without gaps.
+constexpr double kMostExactInteger = 9007199254740992.0;
+
 bool isBlank(char byte) { return static_cast<unsigned char>(byte) <= 0x20 || byte == 0x7F; }
 
 }  // namespace
 
+std::string asUtf8(std::string_view text) {
+  if (isValidUTF8(text)) return std::string(text);
+  // With something behind it, or a last letter would be taken for half a character.
+  std::string decoded = decodePlainText(std::string(text) + ' ');
+  decoded.pop_back();
+  return decoded;
+}
+
 std::string tidiedText(std::string_view text) {
   std::string tidied;
-  for (const char byte : text) {
-    if (tidied.size() >= kMostAttributeText) break;
+  for (const char byte : asUtf8(text)) {
+    if (tidied.size() > kMostAttributeText) break;
     if (!isBlank(byte)) {
       tidied += byte;
     } else if (!tidied.empty() && tidied.back() != ' ') {
       tidied += ' ';
     }
   }
-  // What a bound has cut within a character is left out; other bytes that are no text are replaced.
-  if (tidied.size() >= kMostAttributeText) {
-    const std::size_t valid = validUTF8Length(tidied);
-    if (tidied.size() - valid < 4) tidied.resize(valid);
+  if (tidied.size() > kMostAttributeText) {
+    tidied.resize(kMostAttributeText);
+    tidied.resize(validUTF8Length(tidied));
   }
   if (!tidied.empty() && tidied.back() == ' ') tidied.pop_back();
-  return displayText(tidied);
-}
-
-void FoundAttributes::set(std::string_view name, Value value) {
-  extraction_.attributes.emplace(std::string(name), std::move(value));
+  return tidied;
 }
 
 void FoundAttributes::setText(std::string_view name, std::string_view text) {
+  if (has(name)) return;
   std::string tidied = tidiedText(text);
-  if (!tidied.empty()) set(name, std::move(tidied));
+  if (!tidied.empty()) values_.emplace(name, std::move(tidied));
 }
 
 void FoundAttributes::addText(std::string_view name, std::string_view text) {
-  std::string tidied = tidiedText(text);
-  if (!tidied.empty()) addValue(name, std::move(tidied));
+  Value value = tidiedText(text);
+  if (value.get<std::string>()->empty()) return;
+  const auto found = values_.find(std::string(name));
+  if (found == values_.end()) {
+    values_.emplace(name, Array::make({std::move(value)}));
+    return;
+  }
+  const std::shared_ptr<Array> list = found->second.array();
+  const bool isKnown =
+      !list || std::ranges::find(list->elements(), value) != list->elements().end();
+  if (!isKnown && list->size() < kMostAttributeValues) list->append(std::move(value));
 }
 
 void FoundAttributes::addTexts(std::string_view name, std::string_view text,
@@ -57,27 +74,18 @@ void FoundAttributes::addTexts(std::string_view name, std::string_view text,
   }
 }
 
-void FoundAttributes::addValue(std::string_view name, const Value& value) {
-  Value& values =
-      extraction_.attributes.try_emplace(std::string(name), Array::make()).first->second;
-  const std::shared_ptr<Array> array = values.array();
-  if (!array || array->size() >= kMostAttributeValues ||
-      std::ranges::find(array->elements(), value) != array->elements().end()) {
-    return;
-  }
-  array->append(value);
+void FoundAttributes::setNumber(std::string_view name, double number) {
+  if (has(name) || !std::isfinite(number)) return;
+  const bool isInteger = std::trunc(number) == number && std::abs(number) <= kMostExactInteger;
+  values_.emplace(name, isInteger ? Value(static_cast<std::int64_t>(number)) : Value(number));
 }
 
-void FoundAttributes::setInteger(std::string_view name, std::int64_t number) { set(name, number); }
-
-void FoundAttributes::setReal(std::string_view name, double number) {
-  if (std::isfinite(number)) set(name, number);
+void FoundAttributes::setBoolean(std::string_view name, bool boolean) {
+  if (!has(name)) values_.emplace(name, boolean);
 }
-
-void FoundAttributes::setBoolean(std::string_view name, bool value) { set(name, value); }
 
 void FoundAttributes::setDate(std::string_view name, const std::optional<Date>& date) {
-  if (date) set(name, *date);
+  if (date && !has(name)) values_.emplace(name, *date);
 }
 
 }  // namespace vt

@@ -1,49 +1,53 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
+#include <map>
 #include <optional>
+#include <string>
 #include <string_view>
-#include <vector>
 
 #include "foundation/Date.h"
+#include "foundation/Value.h"
 #include "metadata/extract/Extractor.h"
 
 namespace vt {
 
-/// The longest text of one attribute, and how many values one with several may have: what is beyond
-/// is left out.
-inline constexpr std::size_t kMostAttributeText = 4096;
-inline constexpr std::size_t kMostAttributeValues = 256;
+/// The longest text of one attribute, in bytes, and how many values one with several may have: what
+/// is beyond is left out. Longer ones are no titles or comments but somebody's data.
+inline constexpr std::size_t kMostAttributeText = std::size_t{32} << 10;
+inline constexpr std::size_t kMostAttributeValues = 1000;
 
-/// Writes attributes into an Extraction, leaving out those that are empty.
+/// Gathers the attributes of one file, each in the shape that the schema gives it. What several
+/// places of a file tell is told by the place that is asked first: a later value is passed over,
+/// but for lists, which grow.
 class FoundAttributes {
  public:
   /// Borrows `extraction`.
-  explicit FoundAttributes(Extraction& extraction) : extraction_(extraction) {}
+  explicit FoundAttributes(Extraction& extraction) : values_(extraction.attributes) {}
 
-  /// UTF-8 or not: what is none is replaced. White space around it is left out and counts as one
-  /// blank within. The first text set stays.
+  /// As tidiedText() gives it; passed over when nothing is left.
   void setText(std::string_view name, std::string_view text);
-  /// Adds to the values of an attribute that has several, unless it is among them.
+  /// Adds to a list of texts, likewise; none comes in twice.
   void addText(std::string_view name, std::string_view text);
   /// Adds each part of `text` between any of `separators`.
   void addTexts(std::string_view name, std::string_view text, std::string_view separators);
-  /// The first one set stays.
-  void setInteger(std::string_view name, std::int64_t number);
-  void setReal(std::string_view name, double number);
-  void setBoolean(std::string_view name, bool value);
+  /// An integer when it is one. Passed over when it is not finite.
+  void setNumber(std::string_view name, double number);
+  void setBoolean(std::string_view name, bool boolean);
   void setDate(std::string_view name, const std::optional<Date>& date);
-  /// Adds to the values of an attribute that has several numbers or dates.
-  void addValue(std::string_view name, const Value& value);
+
+  bool has(std::string_view name) const { return values_.contains(std::string(name)); }
 
  private:
-  void set(std::string_view name, Value value);
-
-  Extraction& extraction_;
+  std::map<std::string, Value>& values_;
 };
 
-/// `text` with one blank for each run of white space and control characters, none around it, and of
-/// a bounded length.
+/// `text` as UTF-8. What is not that, as in old tags and heads, is in the character set that
+/// decodePlainText() takes it for.
+std::string asUtf8(std::string_view text);
+
+/// asUtf8() with one blank for each run of white space and control characters, none around
+/// it, and of no more than kMostAttributeText.
 std::string tidiedText(std::string_view text);
 
 }  // namespace vt

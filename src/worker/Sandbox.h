@@ -16,6 +16,9 @@ bool raiseLandlock();
 /// kills the process, or fails where libraries are known to try it.
 bool raiseSeccompForWorker();
 
+/// The only descriptor that messages can be received through once DecoderFilter is in force.
+inline constexpr int kChildSocket = 0;
+
 /// Limits what one decoding may take of memory, processor and threads. Nothing can be written to
 /// any file.
 bool limitResources();

@@ -6,6 +6,7 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -194,6 +195,8 @@ std::optional<DecoderFilter> DecoderFilter::make() {
   filter.allowWhere(SCMP_SYS(tgkill), {0, SCMP_CMP_EQ, kOwnNumber, 0});
   // What it may ask of its limits: nothing but what they are.
   filter.allowWhere(SCMP_SYS(prlimit64), {2, SCMP_CMP_EQ, 0, 0});
+  // The next file comes through it.
+  filter.allowWhere(SCMP_SYS(recvmsg), {0, SCMP_CMP_EQ, kChildSocket, 0});
   std::vector<sock_filter> program = filter.program();
   if (std::ranges::count_if(program, comparesWithOwnNumber) != 1) return std::nullopt;
   return DecoderFilter(std::move(program));
@@ -213,7 +216,9 @@ bool raiseSeccompForWorker() {
   filter.allow({SCMP_SYS(fork), SCMP_SYS(wait4), SCMP_SYS(waitid), SCMP_SYS(pidfd_open),
                 SCMP_SYS(kill), SCMP_SYS(tgkill), SCMP_SYS(recvmsg), SCMP_SYS(sendmsg),
                 SCMP_SYS(recvfrom), SCMP_SYS(sendto), SCMP_SYS(prlimit64), SCMP_SYS(setrlimit),
-                SCMP_SYS(seccomp)});
+                SCMP_SYS(seccomp), SCMP_SYS(dup2)});
+  // Two ends that lead to each other alone.
+  filter.allowWhere(SCMP_SYS(socketpair), {0, SCMP_CMP_EQ, AF_UNIX, 0});
   // fork() of glibc; a new namespace is no process that decodes.
   const scmp_datum_t others = ~static_cast<scmp_datum_t>(0xff | CLONE_CHILD_CLEARTID |
                                                          CLONE_CHILD_SETTID | CLONE_PARENT_SETTID);

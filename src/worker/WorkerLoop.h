@@ -16,9 +16,12 @@ enum class TaskEnd : int {
   kNotWritten = 3,   ///< nobody takes the output
 };
 
-/// What the child for one file does: looks into `input`, which is open for reading and at its
+/// What the child does with one file: looks into `input`, which is open for reading and at its
 /// beginning, and writes what it finds to `output`. Both are borrowed.
 using Task = std::function<TaskEnd(int input, int output)>;
+
+/// Gives the task for a request, once what it needs is loaded; an empty one when there is none.
+using PrepareTask = std::function<Task(const WorkerRequest&)>;
 
 /// What each child may do.
 struct ChildRules {
@@ -27,12 +30,12 @@ struct ChildRules {
   bool mustBeConfined = true;              ///< and else does nothing
 };
 
-/// Answers the requests that come over the socket `socket` until it is closed, each in a child
-/// process of its own that is limited and can do nothing but look into its file.
+/// Answers the requests that come over the socket `socket` until it is closed, in a child process
+/// that is limited and can do nothing but look into its file. It goes on with the next one when
+/// both are of one origin; else that has another child.
 ///
-/// `prepare` is called in this process before the child is made, to load what its task needs, so
-/// that it is loaded once; it gives the task, or an empty one when there is none for the request.
-void serveRequests(int socket, const ChildRules& rules,
-                   const std::function<Task(const WorkerRequest&)>& prepare);
+/// `prepare` is called in this process before a child is made, to load what its task needs, so that
+/// it is loaded once; and in a child that goes on.
+void serveRequests(int socket, const ChildRules& rules, const PrepareTask& prepare);
 
 }  // namespace vt::worker

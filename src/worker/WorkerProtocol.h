@@ -10,8 +10,8 @@
 // The worker's standard input is a socket that keeps messages apart. The worker first sends a
 // WorkerGreeting. Each WorkerRequest comes with two descriptors: the file, open for reading, and
 // the writing end of a pipe. Into the pipe goes whatever is found, and it is closed; a WorkerAnswer
-// comes over the socket once the process that looked into the file is gone, and the worker can be
-// asked again. The worker ends when the socket is closed.
+// comes over the socket once nobody looks into the file any more. Requests are answered one by one,
+// in their order. The worker ends when the socket is closed.
 
 namespace vt::worker {
 
@@ -26,13 +26,21 @@ struct WorkerGreeting {
   std::uint32_t walls = 0;
 };
 
+/// Files with the same number may be looked into by one process, one after the other, since the
+/// same people could have changed them and the same may read them.
+using FileOrigin = std::uint64_t;
+
+/// Of a file that is to have a process of its own.
+inline constexpr FileOrigin kOwnOrigin = 0;
+
 /// What is to be done with a file; the numbers mean what each worker says.
 struct WorkerRequest {
   std::uint32_t job = 0;
   std::array<std::uint32_t, 3> arguments{};
+  FileOrigin origin = kOwnOrigin;
 };
 
-/// How the process that looked into one file ended.
+/// How the looking into one file ended.
 enum class WorkerEnd : std::uint32_t {
   kMade,      ///< what was asked for is in the pipe
   kNone,      ///< the file has none to give
@@ -43,6 +51,8 @@ enum class WorkerEnd : std::uint32_t {
 
 struct WorkerAnswer {
   WorkerEnd end = WorkerEnd::kNone;
+  /// Whether the process had looked into others before: then those may be to blame for its end.
+  bool wasShared = false;
 };
 
 /// What one file may take: by the clock, of a processor, of address space.

@@ -2,8 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "foundation/Array.h"
-#include "foundation/UTF8.h"
 
 namespace vt {
 namespace {
@@ -22,11 +23,25 @@ TEST_F(FoundAttributesTest, TidyText) {
     std::string tidied;
   };
   const Case cases[] = {
-      {"  a\r\n\tb ", "a b"}, {"", ""}, {" \n", ""}, {"a\xFF", "a\uFFFD"}, {"a\x01z", "a z"},
+      {"  a\r\n\tb ", "a b"},
+      {"", ""},
+      {" \n", ""},
+      {"a\x01z", "a z"},
+      {std::string("one\0two\0\0", 9), "one two"},
+      {"na\u00EFve", "na\u00EFve"},
+      {"caf\xE9", "caf\u00E9"},
+      {"na\xEFve caf\xC3\xA9", "na\u00EFve caf\u00C3\u00A9"},
   };
   for (const Case& c : cases) EXPECT_EQ(tidiedText(c.text), c.tidied);
-  const std::string cut = tidiedText(std::string(kMostAttributeText - 1, 'x') + "éé");
-  EXPECT_EQ(cut, std::string(kMostAttributeText - 1, 'x')) << "not within a character";
+}
+
+TEST_F(FoundAttributesTest, BoundTextWithoutCuttingACharacter) {
+  const std::string most(kMostAttributeText - 1, 'x');
+  EXPECT_EQ(tidiedText(most + "xx"), most + "x");
+  EXPECT_EQ(tidiedText(most + "\u00E9\u00E9"), most);
+  EXPECT_EQ(tidiedText("x" + std::string(kMostAttributeText, '\xE9')).size(),
+            kMostAttributeText - 1);
+  EXPECT_EQ(tidiedText(most + "   x"), most);
 }
 
 TEST_F(FoundAttributesTest, KeepTheFirstTextAndNoEmptyOne) {
@@ -35,6 +50,18 @@ TEST_F(FoundAttributesTest, KeepTheFirstTextAndNoEmptyOne) {
   attributes_.setText("kMDItemTitle", "one");
   attributes_.setText("kMDItemTitle", "two");
   EXPECT_EQ(at("kMDItemTitle"), Value("one"));
+  attributes_.setNumber("kMDItemFNumber", 2.8);
+  attributes_.setNumber("kMDItemFNumber", 4);
+  EXPECT_EQ(at("kMDItemFNumber"), Value(2.8));
+  EXPECT_TRUE(attributes_.has("kMDItemFNumber"));
+  EXPECT_FALSE(attributes_.has("kMDItemSpeed"));
+}
+
+TEST_F(FoundAttributesTest, TellIntegersFromOtherNumbers) {
+  attributes_.setNumber("kMDItemPageWidth", 612.0);
+  EXPECT_EQ(at("kMDItemPageWidth").kind(), Value(std::int64_t{612}).kind());
+  attributes_.setNumber("kMDItemPageHeight", 1e300);
+  EXPECT_EQ(at("kMDItemPageHeight"), Value(1e300));
 }
 
 TEST_F(FoundAttributesTest, GatherEachValueOnce) {
@@ -51,7 +78,8 @@ TEST_F(FoundAttributesTest, HaveNoMoreValuesThanABound) {
 }
 
 TEST_F(FoundAttributesTest, LeaveOutNumbersThatAreNone) {
-  attributes_.setReal("kMDItemPageWidth", 0.0 / 0.0);
+  attributes_.setNumber("kMDItemPageWidth", std::nan(""));
+  attributes_.setNumber("kMDItemAltitude", HUGE_VAL);
   attributes_.setDate("kMDItemDueDate", std::nullopt);
   EXPECT_TRUE(extraction_.attributes.empty());
 }

@@ -28,7 +28,7 @@ std::optional<Image> misbehave(const DecodeJob& job) {
     return Image{job.width * 2, job.height * 2, std::string(16UL * job.width * job.height, 'x')};
   }
   if (deed == "garbage") {
-    vt::writeGarbage(job.descriptor);
+    vt::writeToPipe(job.descriptor, "garbage");
     return verdict(false);
   }
   const std::optional<bool> gotItsWay = vt::tryMisdeed(misdeed, job.descriptor);

@@ -16,8 +16,7 @@ Misdeed misdeedIn(int input);
 /// deed that it does not know; some do not come back. `input` is the file.
 std::optional<bool> tryMisdeed(const Misdeed& misdeed, int input);
 
-/// Writes nonsense to the pipe that the answer goes to, which is the highest descriptor of the
-/// process.
-void writeGarbage(int input);
+/// Writes to the pipe that the answer goes to, which is the highest descriptor of the process.
+void writeToPipe(int input, const std::string& bytes);
 
 }  // namespace vt

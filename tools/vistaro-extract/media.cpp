@@ -1,12 +1,8 @@
-// Looks into mail, pictures, sound and archives for the indexer, which starts it and speaks to it
-// over a socket.
+// Looks into sound and archives for the indexer, which starts it and speaks to it over a socket.
 
-#include "extraction/documents/DocumentExtractors.h"
 #include "extraction/media/MediaExtractors.h"
 #include "extraction/worker/ExtractionTask.h"
 
 int main(int argc, char** argv) {
-  return vt::worker::runExtractionWorker(argc, argv, [](const vt::ContentTypes& types) {
-    return vt::mediaExtractors(types, vt::textOfHtml);
-  });
+  return vt::worker::runExtractionWorker(argc, argv, vt::mediaExtractors);
 }

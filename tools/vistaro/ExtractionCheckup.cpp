@@ -58,7 +58,8 @@ std::vector<Diagnosis> checkExtraction() {
       lackingFormats(*types, linuxExtractors(*types, workers));
   if (lacking.size() == std::size(kFormats)) {
     return {{Finding::kNote,
-             "documents: vistaro-extract is missing or cannot be started: only the words of plain "
+             "documents: none of the programs vistaro-extract-… can be started: only the words of "
+             "plain "
              "text are indexed"}};
   }
   std::vector<Diagnosis> found;

@@ -14,9 +14,6 @@
 #include "extraction/documents/EpubExtractor.h"
 #endif
 #endif
-#ifdef VT_WITH_PDF
-#include "extraction/documents/PdfExtractor.h"
-#endif
 
 namespace vt {
 
@@ -24,9 +21,6 @@ std::vector<std::unique_ptr<Extractor>> documentExtractors(const ContentTypes& t
   std::vector<std::unique_ptr<Extractor>> extractors;
 #ifdef VT_WITH_HTML
   extractors.push_back(std::make_unique<HtmlExtractor>(types));
-#endif
-#ifdef VT_WITH_PDF
-  extractors.push_back(std::make_unique<PdfExtractor>(types));
 #endif
 #ifdef VT_WITH_PACKAGES
   extractors.push_back(std::make_unique<OpenXmlExtractor>(types));

@@ -10,7 +10,7 @@
 
 namespace vt {
 
-/// The extractors of documents that this build has. Borrows `types`.
+/// The extractors of documents that this build has, but for PDF. Borrows `types`.
 std::vector<std::unique_ptr<Extractor>> documentExtractors(const ContentTypes& types);
 
 /// The text of a page of HTML, both in UTF-8; "" when this build cannot read it.

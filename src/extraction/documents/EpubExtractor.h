@@ -11,7 +11,7 @@ class EpubExtractor final : public Extractor {
   explicit EpubExtractor(const ContentTypes& types) : types_(types, {"org.idpf.epub-container"}) {}
 
   std::string_view name() const override { return "epub"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

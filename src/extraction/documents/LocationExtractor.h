@@ -12,7 +12,7 @@ class LocationExtractor final : public Extractor {
       : types_(types, {"com.apple.internet-location", "com.microsoft.internet-shortcut"}) {}
 
   std::string_view name() const override { return "location"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

@@ -14,7 +14,7 @@ class OpenDocumentExtractor final : public Extractor {
                 "org.openoffice.presentation", "org.openoffice.graphics"}) {}
 
   std::string_view name() const override { return "opendocument"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

@@ -27,7 +27,7 @@ void OpenDocumentHandler::start(std::string_view name, const XmlAttributes& attr
     const std::string_view pages = attributes.find("page-count");
     std::int64_t count = 0;
     std::from_chars(pages.data(), pages.data() + pages.size(), count);
-    if (count > 0) attributes_.setInteger("kMDItemNumberOfPages", count);
+    if (count > 0) attributes_.setNumber("kMDItemNumberOfPages", count);
   } else if (notRead_ > 0 || isNotRead(name)) {
     ++notRead_;
   } else if (name == "p" || name == "h") {

@@ -12,7 +12,7 @@ class OpenXmlExtractor final : public Extractor {
       : types_(types, {"org.openxmlformats.openxml"}) {}
 
   std::string_view name() const override { return "openxml"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

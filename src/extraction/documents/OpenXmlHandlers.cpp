@@ -58,7 +58,7 @@ void OpenXmlProperties::leaf(std::string_view name, std::string_view text) {
   } else if (name == "Pages" || name == "Slides") {
     std::int64_t count = 0;
     std::from_chars(text.data(), text.data() + text.size(), count);
-    if (count > 0) attributes_.setInteger("kMDItemNumberOfPages", count);
+    if (count > 0) attributes_.setNumber("kMDItemNumberOfPages", count);
   }
 }
 

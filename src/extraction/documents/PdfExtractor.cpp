@@ -19,6 +19,12 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{1} << 30;
 
+constexpr char kEmptyDocument[] =
+    "%PDF-1.4\n"
+    "1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+    "2 0 obj<</Type/Pages/Kids[]/Count 0>>endobj\n"
+    "trailer<</Root 1 0 R>>\n";
+
 /// The bytes of an open file, mapped while this object lives. One that is cut short meanwhile ends
 /// the process, and so the looking into it.
 class MappedBytes {
@@ -73,7 +79,7 @@ void readProperties(const poppler::document& document, FoundAttributes& attribut
 
 void readPages(const poppler::document& document, BoundedText& text, FoundAttributes& attributes) {
   const int count = document.pages();
-  if (count > 0) attributes.setInteger("kMDItemNumberOfPages", count);
+  if (count > 0) attributes.setNumber("kMDItemNumberOfPages", count);
   for (int number = 0; number < count && !text.isFull() && !isProcessorTimeShort(); ++number) {
     const std::unique_ptr<poppler::page> page(document.create_page(number));
     if (!page) continue;
@@ -81,8 +87,8 @@ void readPages(const poppler::document& document, BoundedText& text, FoundAttrib
       const poppler::rectf box = page->page_rect(poppler::crop_box);
       const bool isTurned = page->orientation() == poppler::page::landscape ||
                             page->orientation() == poppler::page::seascape;
-      attributes.setReal("kMDItemPageWidth", isTurned ? box.height() : box.width());
-      attributes.setReal("kMDItemPageHeight", isTurned ? box.width() : box.height());
+      attributes.setNumber("kMDItemPageWidth", isTurned ? box.height() : box.width());
+      attributes.setNumber("kMDItemPageHeight", isTurned ? box.width() : box.height());
     }
     text.append(utf8(page->text(poppler::rectf(), poppler::page::non_raw_non_physical_layout)));
     text.newLine();
@@ -91,13 +97,19 @@ void readPages(const poppler::document& document, BoundedText& text, FoundAttrib
 
 }  // namespace
 
+PdfExtractor::PdfExtractor(const ContentTypes& types) : types_(types, {"com.adobe.pdf"}) {
+  // What poppler thinks of a file is nobody's to read.
+  poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
+  keptOpen_.reset(poppler::document::load_from_raw_data(kEmptyDocument, sizeof kEmptyDocument - 1));
+}
+
+PdfExtractor::~PdfExtractor() = default;
+
 Result<Extraction, ExtractionFailure> PdfExtractor::extract(int file, ContentTypeId /*type*/) {
   using Kind = ExtractionFailure::Kind;
   const MappedBytes bytes(file);
   if (bytes.size() > kMostBytes) return ExtractionFailure{Kind::kTooLarge, "it exceeds 1 GiB"};
   if (!bytes.start()) return ExtractionFailure{Kind::kMalformed, "it is no PDF document"};
-  // What poppler thinks of a file is nobody's to read.
-  poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
   const std::unique_ptr<poppler::document> document(
       poppler::document::load_from_raw_data(bytes.start(), static_cast<int>(bytes.size())));
   if (!document) return ExtractionFailure{Kind::kMalformed, "it is no PDF document"};
@@ -112,6 +124,12 @@ Result<Extraction, ExtractionFailure> PdfExtractor::extract(int file, ContentTyp
   readPages(*document, text, attributes);
   extraction.text = text.take();
   return extraction;
+}
+
+std::vector<std::unique_ptr<Extractor>> pdfExtractors(const ContentTypes& types) {
+  std::vector<std::unique_ptr<Extractor>> extractors;
+  extractors.push_back(std::make_unique<PdfExtractor>(types));
+  return extractors;
 }
 
 }  // namespace vt

@@ -11,7 +11,7 @@ class RtfExtractor final : public Extractor {
   explicit RtfExtractor(const ContentTypes& types) : types_(types, {"public.rtf"}) {}
 
   std::string_view name() const override { return "rtf"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

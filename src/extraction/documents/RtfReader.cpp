@@ -182,7 +182,7 @@ void RtfReader::control(RtfTokens& tokens, const RtfToken& token) {
     flush();
     group().isHidden = token.parameter != 0;
   } else if (word == "nofpages") {
-    if (parameter > 0) attributes_.setInteger("kMDItemNumberOfPages", parameter);
+    if (parameter > 0) attributes_.setNumber("kMDItemNumberOfPages", parameter);
   } else if (group().destination == Destination::kCreated) {
     if (word == "yr") created_.year = parameter;
     if (word == "mo") created_.month = parameter;

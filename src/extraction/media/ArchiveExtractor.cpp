@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <string>
 
-#include "extraction/media/MediaAttributes.h"
+#include "extraction/FoundAttributes.h"
 
 namespace vt {
 namespace {
@@ -114,7 +114,7 @@ void support(archive* reader, bool mayHoldOneFile) {
 std::string nameOf(archive_entry* entry) {
   const char* name = archive_entry_pathname_utf8(entry);
   if (name == nullptr) name = archive_entry_pathname(entry);
-  return name == nullptr ? std::string() : attributeText(name);
+  return name == nullptr ? std::string() : tidiedText(name);
 }
 
 /// Gathers names until the end, an error or a bound; answers how reading ended.

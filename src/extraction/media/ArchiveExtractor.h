@@ -22,7 +22,7 @@ class ArchiveExtractor final : public Extractor {
   explicit ArchiveExtractor(const ContentTypes& types, double mostSeconds = kMostSeconds);
 
   std::string_view name() const override { return "archive"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "extraction/media/MediaAttributes.h"
+#include "extraction/FoundAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -56,7 +56,7 @@ class CameraFields {
 
   std::string text(const char* key) const {
     const Exiv2::Exifdatum* const found = field(key);
-    return found == nullptr ? std::string() : attributeText(found->toString());
+    return found == nullptr ? std::string() : tidiedText(found->toString());
   }
 
   /// The text of a field that begins with the name of its encoding.
@@ -82,14 +82,14 @@ class CameraFields {
 };
 
 void tellNumber(const CameraFields& fields, const char* key, const char* attribute,
-                MediaAttributes& found) {
+                FoundAttributes& found) {
   if (const std::optional<double> number = fields.number(key)) found.setNumber(attribute, *number);
 }
 
 template <std::size_t kCount>
 void tellNamed(const CameraFields& fields, const char* key,
                const std::array<std::string_view, kCount>& names, const char* attribute,
-               MediaAttributes& found) {
+               FoundAttributes& found) {
   const std::optional<double> number = fields.number(key);
   if (number && *number >= 0 && *number < kCount) {
     found.setText(attribute, names[static_cast<std::size_t>(*number)]);
@@ -110,7 +110,7 @@ std::string timeText(double seconds) {
   return fmt::format("{:g}", seconds);
 }
 
-void tellResolution(const CameraFields& fields, MediaAttributes& found) {
+void tellResolution(const CameraFields& fields, FoundAttributes& found) {
   constexpr double kInches = 2;
   constexpr double kCentimetres = 3;
   const double unit = fields.number("Exif.Image.ResolutionUnit").value_or(kInches);
@@ -123,14 +123,14 @@ void tellResolution(const CameraFields& fields, MediaAttributes& found) {
 }
 
 /// How the samples of a TIFF file make colours.
-void tellColours(const CameraFields& fields, MediaAttributes& found) {
+void tellColours(const CameraFields& fields, FoundAttributes& found) {
   constexpr std::array<std::string_view, 9> kSpaces = {"Gray", "Gray", "RGB", "RGB", "",
                                                        "CMYK", "RGB",  "",    "Lab"};
   tellNamed(fields, "Exif.Image.PhotometricInterpretation", kSpaces, "kMDItemColorSpace", found);
   tellNumber(fields, "Exif.Image.BitsPerSample", "kMDItemBitsPerSample", found);
 }
 
-void tellExposure(const CameraFields& fields, MediaAttributes& found) {
+void tellExposure(const CameraFields& fields, FoundAttributes& found) {
   if (const std::optional<double> seconds = fields.number("Exif.Photo.ExposureTime")) {
     found.setNumber("kMDItemExposureTimeSeconds", *seconds);
     found.setText("kMDItemExposureTimeString", timeText(*seconds));
@@ -155,7 +155,7 @@ void tellExposure(const CameraFields& fields, MediaAttributes& found) {
 
 /// Degrees, to the south and west below 0, of three ratios: degrees, minutes, seconds.
 void tellAngle(const CameraFields& fields, const char* key, const char* reference, double most,
-               const char* attribute, MediaAttributes& found) {
+               const char* attribute, FoundAttributes& found) {
   const std::optional<double> degrees = fields.number(key, 0);
   if (!degrees) return;
   const std::string side = fields.text(reference);
@@ -166,7 +166,7 @@ void tellAngle(const CameraFields& fields, const char* key, const char* referenc
   found.setNumber(attribute, angle);
 }
 
-void tellTimeOfPlace(const CameraFields& fields, MediaAttributes& found) {
+void tellTimeOfPlace(const CameraFields& fields, FoundAttributes& found) {
   const std::string day = fields.text("Exif.GPSInfo.GPSDateStamp");
   found.setText("kMDItemGPSDateStamp", day);
   const auto hours = fields.number("Exif.GPSInfo.GPSTimeStamp", 0);
@@ -180,7 +180,7 @@ void tellTimeOfPlace(const CameraFields& fields, MediaAttributes& found) {
   found.setDate("kMDItemTimestamp", *date + std::chrono::round<Date::duration>(time));
 }
 
-void tellPlace(const CameraFields& fields, MediaAttributes& found) {
+void tellPlace(const CameraFields& fields, FoundAttributes& found) {
   tellAngle(fields, "Exif.GPSInfo.GPSLatitude", "Exif.GPSInfo.GPSLatitudeRef", 90,
             "kMDItemLatitude", found);
   tellAngle(fields, "Exif.GPSInfo.GPSLongitude", "Exif.GPSInfo.GPSLongitudeRef", 180,
@@ -217,7 +217,7 @@ void tellPlace(const CameraFields& fields, MediaAttributes& found) {
 
 }  // namespace
 
-void tellCamera(const Exiv2::ExifData& exif, MediaAttributes& found) {
+void tellCamera(const Exiv2::ExifData& exif, FoundAttributes& found) {
   const CameraFields fields(exif);
   found.setText("kMDItemAcquisitionMake", fields.text("Exif.Image.Make"));
   found.setText("kMDItemAcquisitionModel", fields.text("Exif.Image.Model"));

@@ -6,9 +6,9 @@ class ExifData;
 
 namespace vt {
 
-class MediaAttributes;
+class FoundAttributes;
 
 /// Tells what a camera has written into a picture about itself, the exposure and the place.
-void tellCamera(const Exiv2::ExifData& exif, MediaAttributes& found);
+void tellCamera(const Exiv2::ExifData& exif, FoundAttributes& found);
 
 }  // namespace vt

@@ -5,7 +5,7 @@
 #include <exiv2/exiv2.hpp>
 #include <string>
 
-#include "extraction/media/MediaAttributes.h"
+#include "extraction/FoundAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -108,7 +108,7 @@ class Captions {
   const Exiv2::Image& image_;
 };
 
-void tellDates(const Captions& captions, MediaAttributes& found) {
+void tellDates(const Captions& captions, FoundAttributes& found) {
   const auto exifDate = [&](const char* date, const char* fraction, const char* zone) {
     const std::string digits = captions.textAt(fraction);
     return captions.textAt(date) + (digits.empty() ? "" : "." + digits) + captions.textAt(zone);
@@ -128,7 +128,7 @@ void tellDates(const Captions& captions, MediaAttributes& found) {
 }
 
 /// Stars from 0 to 5; -1, which says that a picture is rejected, counts as none.
-void tellRating(const Captions& captions, MediaAttributes& found) {
+void tellRating(const Captions& captions, FoundAttributes& found) {
   for (const char* key : {"Xmp.xmp.Rating", "Exif.Image.Rating"}) {
     const std::string text = captions.textAt(key);
     if (text.empty()) continue;
@@ -142,7 +142,7 @@ void tellRating(const Captions& captions, MediaAttributes& found) {
 
 }  // namespace
 
-void tellCaptions(const Exiv2::Image& image, MediaAttributes& found) {
+void tellCaptions(const Exiv2::Image& image, FoundAttributes& found) {
   const Captions captions(image);
   for (const CaptionRow& row : kRows) {
     const bool isFromAll = std::string_view(row.attribute) == "kMDItemKeywords";

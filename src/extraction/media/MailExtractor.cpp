@@ -9,8 +9,8 @@
 #include <optional>
 #include <utility>
 
+#include "extraction/FoundAttributes.h"
 #include "extraction/media/MailMessage.h"
-#include "extraction/media/MediaAttributes.h"
 #include "foundation/UTF8.h"
 
 namespace vt {
@@ -85,7 +85,7 @@ Result<Extraction, ExtractionFailure> MailExtractor::extract(int file, ContentTy
   g_mime_parser_options_set_fallback_charsets(options.get(), fallbacks);
 
   Extraction extraction;
-  MediaAttributes found(extraction);
+  FoundAttributes found(extraction);
   extraction.text.emplace();
   bool isKnown = false;
   do {

@@ -21,7 +21,7 @@ class MailExtractor final : public Extractor {
   MailExtractor(const ContentTypes& types, HtmlText htmlText);
 
   std::string_view name() const override { return "mail"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "extraction/media/MediaAttributes.h"
+#include "extraction/FoundAttributes.h"
 #include "foundation/UTF8.h"
 
 namespace vt {
@@ -45,8 +45,8 @@ void gather(InternetAddressList* list, int depth, std::vector<Person>& people) {
       }
       continue;
     }
-    people.push_back({attributeText(orEmpty(internet_address_get_name(address))),
-                      attributeText(orEmpty(
+    people.push_back({tidiedText(orEmpty(internet_address_get_name(address))),
+                      tidiedText(orEmpty(
                           internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(address))))});
   }
 }
@@ -69,7 +69,7 @@ std::vector<Person> readersOf(GMimeMessage& message) {
 }
 
 std::string headerOf(GMimeMessage& message, const char* name) {
-  return attributeText(orEmpty(g_mime_object_get_header(GMIME_OBJECT(&message), name)));
+  return tidiedText(orEmpty(g_mime_object_get_header(GMIME_OBJECT(&message), name)));
 }
 
 std::string decodedBytes(GMimePart* part) {
@@ -90,7 +90,7 @@ std::string textOf(GMimeTextPart* part) {
     const std::string_view text = orEmpty(converted.get());
     if (!text.empty() && isValidUTF8(text)) return std::string(text);
   }
-  return utf8OrLatin1(decodedBytes(GMIME_PART(part)));
+  return asUtf8(decodedBytes(GMIME_PART(part)));
 }
 
 /// Whether the same is there as plain text.
@@ -122,7 +122,7 @@ void appendPart(GMimeObject* object, GMimeObject* parent, const HtmlText& htmlTe
   }
   if (!GMIME_IS_PART(object)) return;
   auto* const part = GMIME_PART(object);
-  const std::string name = attributeText(orEmpty(g_mime_part_get_filename(part)));
+  const std::string name = tidiedText(orEmpty(g_mime_part_get_filename(part)));
   const bool isText = GMIME_IS_TEXT_PART(object) && g_mime_part_get_content(part) != nullptr;
   GMimeContentType* const type = g_mime_object_get_content_type(object);
   if (isText && g_mime_content_type_is_type(type, "text", "html")) {
@@ -137,7 +137,7 @@ void appendPart(GMimeObject* object, GMimeObject* parent, const HtmlText& htmlTe
 
 }  // namespace
 
-void tellMessage(GMimeMessage& message, MediaAttributes& found) {
+void tellMessage(GMimeMessage& message, FoundAttributes& found) {
   const std::string_view subject = orEmpty(g_mime_message_get_subject(&message));
   found.setText("kMDItemTitle", subject);
   found.setText("kMDItemSubject", subject);
@@ -168,7 +168,7 @@ void tellMessage(GMimeMessage& message, MediaAttributes& found) {
 }
 
 void appendHead(GMimeMessage& message, std::string& text) {
-  appendLine(attributeText(orEmpty(g_mime_message_get_subject(&message))), text);
+  appendLine(tidiedText(orEmpty(g_mime_message_get_subject(&message))), text);
   for (const auto& people : {writersOf(message), readersOf(message)}) {
     for (const Person& person : people) {
       appendLine(person.name, text);

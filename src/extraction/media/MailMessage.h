@@ -9,10 +9,10 @@ typedef struct _GMimeMessage GMimeMessage;
 
 namespace vt {
 
-class MediaAttributes;
+class FoundAttributes;
 
 /// Tells what the head of a message says.
-void tellMessage(GMimeMessage& message, MediaAttributes& found);
+void tellMessage(GMimeMessage& message, FoundAttributes& found);
 
 /// Appends subject, writer and readers of a message, each in a line.
 void appendHead(GMimeMessage& message, std::string& text);

@@ -8,13 +8,20 @@
 
 namespace vt {
 
-/// Those for mail, pictures, sound and archives, as far as their libraries were there when
-/// this program was built. They read files of anyone's making with large libraries: for the
-/// worker's child alone. To be made before its walls stand, since locales and time zones are read.
-std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& types,
-                                                        HtmlText htmlText = {});
+// They read files of anyone's making with large libraries: for the worker's child alone. To be made
+// before its walls stand, since locales and time zones are read. All borrow `types`.
 
-/// The same for video, whose libraries are larger than all others.
+/// The one for mail.
+std::vector<std::unique_ptr<Extractor>> mailExtractors(const ContentTypes& types,
+                                                       HtmlText htmlText = {});
+
+/// The one for pictures.
+std::vector<std::unique_ptr<Extractor>> pictureExtractors(const ContentTypes& types);
+
+/// Those for sound and archives, as far as their libraries were there when this program was built.
+std::vector<std::unique_ptr<Extractor>> mediaExtractors(const ContentTypes& types);
+
+/// The one for video, whose libraries are larger than all others.
 std::vector<std::unique_ptr<Extractor>> videoExtractors(const ContentTypes& types);
 
 }  // namespace vt

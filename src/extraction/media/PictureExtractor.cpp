@@ -5,10 +5,10 @@
 #include <exiv2/exiv2.hpp>
 #include <utility>
 
+#include "extraction/FoundAttributes.h"
 #include "extraction/media/CameraAttributes.h"
 #include "extraction/media/CaptionAttributes.h"
 #include "extraction/media/MappedInput.h"
-#include "extraction/media/MediaAttributes.h"
 #include "extraction/media/PictureLayout.h"
 
 namespace vt {
@@ -23,7 +23,7 @@ ExtractionFailure malformed(const char* reason) {
 
 /// The size as the picture is seen: with the top where the camera had it.
 void tellSize(std::uint32_t width, std::uint32_t height, const Exiv2::ExifData& exif,
-              MediaAttributes& found) {
+              FoundAttributes& found) {
   if (width == 0 || height == 0) return;
   const auto orientation = exif.findKey(Exiv2::ExifKey("Exif.Image.Orientation"));
   if (orientation != exif.end() && orientation->count() == 1 &&
@@ -37,13 +37,13 @@ void tellSize(std::uint32_t width, std::uint32_t height, const Exiv2::ExifData& 
   found.setNumber("kMDItemOrientation", height > width ? 1 : 0);
 }
 
-void tellLayout(const PictureLayout& layout, MediaAttributes& found) {
+void tellLayout(const PictureLayout& layout, FoundAttributes& found) {
   found.setNumber("kMDItemBitsPerSample", layout.bitsPerSample);
   found.setText("kMDItemColorSpace", layout.colorSpace);
   if (layout.hasAlpha) found.setBoolean("kMDItemHasAlphaChannel", *layout.hasAlpha);
 }
 
-void tellProfile(Exiv2::Image& image, MediaAttributes& found) {
+void tellProfile(Exiv2::Image& image, FoundAttributes& found) {
   const Exiv2::DataBuf* const profile = image.iccProfile();
   if (!image.iccProfileDefined() || profile == nullptr || profile->pData_ == nullptr) return;
   const ColorProfile told =
@@ -93,7 +93,7 @@ Result<Extraction, ExtractionFailure> PictureExtractor::extract(int file, Conten
   }
   if (input->bytes().empty()) return malformed("it is empty");
   Extraction extraction;
-  MediaAttributes found(extraction);
+  FoundAttributes found(extraction);
   const std::optional<PictureLayout> layout = pictureLayoutOf(input->bytes());
   if (layout) tellLayout(*layout, found);
   try {

@@ -12,7 +12,7 @@ class PictureExtractor final : public Extractor {
   explicit PictureExtractor(const ContentTypes& types);
 
   std::string_view name() const override { return "picture"; }
-  std::uint32_t version() const override { return 1; }
+  std::uint32_t version() const override { return 2; }
   bool takes(ContentTypeId type) const override { return types_.contains(type); }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
 

@@ -19,7 +19,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "extraction/media/MediaAttributes.h"
+#include "extraction/FoundAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -67,14 +67,14 @@ TagLib::StringList textsOf(const TagLib::PropertyMap& tags, const char* name) {
 
 /// The number at the beginning of "3/12"; nothing when there is none above 0.
 void tellNumber(const TagLib::PropertyMap& tags, const char* tag, const char* attribute,
-                MediaAttributes& found) {
+                FoundAttributes& found) {
   for (const TagLib::String& text : textsOf(tags, tag)) {
     const double number = std::strtod(utf8(text).c_str(), nullptr);
     if (number > 0) found.setNumber(attribute, number);
   }
 }
 
-void tellTags(const TagLib::PropertyMap& tags, MediaAttributes& found) {
+void tellTags(const TagLib::PropertyMap& tags, FoundAttributes& found) {
   for (const TagRow& row : kRows) {
     for (const TagLib::String& text : textsOf(tags, row.tag)) {
       if (row.isList) {
@@ -123,7 +123,7 @@ const char* codecOf(const TagLib::File& file) {
   return "";
 }
 
-void tellSound(TagLib::File& file, MediaAttributes& found) {
+void tellSound(TagLib::File& file, FoundAttributes& found) {
   constexpr double kMillis = 1000;
   const TagLib::AudioProperties* const sound = file.audioProperties();
   if (sound == nullptr || sound->sampleRate() <= 0) return;
@@ -153,13 +153,13 @@ Result<Extraction, ExtractionFailure> SoundExtractor::extract(int file, ContentT
                              "it holds no sound that is known"};
   }
   Extraction extraction;
-  MediaAttributes found(extraction);
+  FoundAttributes found(extraction);
   const TagLib::PropertyMap tags = sound.file()->properties();
   tellTags(tags, found);
   tellSound(*sound.file(), found);
   extraction.text.emplace();
   for (const TagLib::String& lyrics : textsOf(tags, "LYRICS")) {
-    extraction.text->append(attributeText(utf8(lyrics))).append("\n");
+    extraction.text->append(tidiedText(utf8(lyrics))).append("\n");
   }
   return extraction;
 }

@@ -12,7 +12,7 @@ extern "C" {
 #include <utility>
 
 #include "av/AvInput.h"
-#include "extraction/media/MediaAttributes.h"
+#include "extraction/FoundAttributes.h"
 #include "extraction/media/WrittenDate.h"
 
 namespace vt {
@@ -86,7 +86,7 @@ std::string textOf(const AVDictionary* fields, const char* name) {
 }
 
 /// Degrees and metres of ISO 6709: "+52.5200+013.4050+034.000/".
-void tellPlace(const std::string& written, MediaAttributes& found) {
+void tellPlace(const std::string& written, FoundAttributes& found) {
   const char* at = written.c_str();
   char* end = nullptr;
   const double latitude = std::strtod(at, &end);
@@ -102,7 +102,7 @@ void tellPlace(const std::string& written, MediaAttributes& found) {
 }
 
 /// `genre` is where the field of that name goes, which is about music where there is only sound.
-void tellFields(const AVDictionary* fields, const char* genre, MediaAttributes& found) {
+void tellFields(const AVDictionary* fields, const char* genre, FoundAttributes& found) {
   found.setText(genre, textOf(fields, "genre"));
   for (const FieldRow& row : kRows) {
     const std::string text = textOf(fields, row.field);
@@ -139,7 +139,7 @@ bool isCover(const AVStream& stream) {
 }
 
 /// Of the first stream that has pixels, as it is seen: turned, and with square pixels.
-void tellPixels(const AVStream& stream, MediaAttributes& found) {
+void tellPixels(const AVStream& stream, FoundAttributes& found) {
   int width = stream.codecpar->width;
   int height = stream.codecpar->height;
   if (width <= 0 || height <= 0) return;
@@ -152,12 +152,12 @@ void tellPixels(const AVStream& stream, MediaAttributes& found) {
 
 /// Bits per second; a stream says nothing of it when it claims more than all together have.
 void tellBitRate(const char* attribute, std::int64_t bitRate, std::int64_t ofAll,
-                 MediaAttributes& found) {
+                 FoundAttributes& found) {
   if (bitRate <= 0 || (ofAll > 0 && bitRate > ofAll)) return;
   found.setNumber(attribute, static_cast<double>(bitRate));
 }
 
-void tellStream(const AVStream& stream, std::int64_t bitRateOfAll, MediaAttributes& found) {
+void tellStream(const AVStream& stream, std::int64_t bitRateOfAll, FoundAttributes& found) {
   const AVCodecParameters& stored = *stream.codecpar;
   switch (stored.codec_type) {
     case AVMEDIA_TYPE_VIDEO:
@@ -204,7 +204,7 @@ Result<Extraction, ExtractionFailure> VideoExtractor::extract(int file, ContentT
   }
   const AVFormatContext& format = *input->format();
   Extraction extraction;
-  MediaAttributes found(extraction);
+  FoundAttributes found(extraction);
   const std::span<AVStream* const> streams(format.streams, format.nb_streams);
   const bool hasPixels = std::ranges::any_of(streams, [](const AVStream* stream) {
     return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !isCover(*stream);

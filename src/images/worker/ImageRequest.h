@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 
 #include "images/ImageFormat.h"
@@ -17,11 +16,13 @@ struct ImageRequest {
 };
 
 inline WorkerRequest workerRequest(const ImageRequest& request) {
-  return std::bit_cast<WorkerRequest>(request);
+  return {static_cast<std::uint32_t>(request.format),
+          {request.width, request.height, request.iconMode}};
 }
 /// Of any numbers: the format need be none.
 inline ImageRequest imageRequest(const WorkerRequest& request) {
-  return std::bit_cast<ImageRequest>(request);
+  const auto& [width, height, iconMode] = request.arguments;
+  return {static_cast<ImageFormat>(request.job), width, height, iconMode};
 }
 
 struct PictureHeader {

@@ -22,7 +22,8 @@ std::unique_ptr<Extractor::Look> Extractor::doneLook(Result<Extraction, Extracti
   return std::make_unique<DoneLook>(std::move(found));
 }
 
-std::unique_ptr<Extractor::Look> Extractor::begin(int file, ContentTypeId type) {
+std::unique_ptr<Extractor::Look> Extractor::begin(int file, ContentTypeId type,
+                                                  FileOrigin /*origin*/) {
   return doneLook(extract(file, type));
 }
 

@@ -42,6 +42,13 @@ struct ExtractionFailure {
   bool isLasting() const { return kind != Kind::kUnreadable && kind != Kind::kUnavailable; }
 };
 
+/// Files with the same number may be looked into by one process, one after the other: whoever could
+/// have made one of them could have changed the other, and both may be read by the same people.
+using FileOrigin = std::uint64_t;
+
+/// Of a file that is to have a process of its own.
+inline constexpr FileOrigin kOwnOrigin = 0;
+
 /// Looks into files of certain types. Used by the indexer alone, one thread at a time.
 class Extractor {
  public:
@@ -73,7 +80,11 @@ class Extractor {
 
   /// Begins what extract() does, or does it; the file must stay open until it is finished or given
   /// up. Nullptr when others must be finished first; never so when none is under way.
-  virtual std::unique_ptr<Look> begin(int file, ContentTypeId type);
+  virtual std::unique_ptr<Look> begin(int file, ContentTypeId type, FileOrigin origin);
+
+  /// Whether it takes less when files of one origin come one after the other, and looks into them
+  /// while its caller does something else.
+  virtual bool isOtherProcess() const { return false; }
 
  protected:
   /// One that has found that.

@@ -20,7 +20,7 @@ namespace {
 constexpr std::chrono::seconds kBetweenCommits{3};
 constexpr std::chrono::milliseconds kBetweenReports{100};
 // So many that those who look into files always have a next one.
-constexpr std::size_t kMostLooks = 4;
+constexpr std::size_t kMostLooks = 32;
 
 bool hasSeveralNames(int file) {
   struct stat status{};
@@ -36,49 +36,72 @@ ContentIndexer::ContentIndexer(CatalogueWriter& catalogue, const Extractors& ext
       extractors_(extractors),
       segment_(segment),
       columns_(columns),
-      contents_(contents) {
+      contents_(contents),
+      origins_(columns) {
   for (const std::string_view identifier : columns.typeIdentifiers) {
     types_.push_back(types.find(identifier));
   }
 }
 
-std::vector<std::uint32_t> ContentIndexer::pendingRows() const {
-  std::vector<std::uint32_t> rows;
+void ContentIndexer::queuePendingRows() {
   for (std::uint32_t row = 0; row < contents_.size(); ++row) {
-    if (contents_[row] == kPendingContent) rows.push_back(row);
+    if (contents_[row] != kPendingContent) continue;
+    const Extractor* const extractor = extractorOf(row);
+    (extractor != nullptr && extractor->isOtherProcess() ? elsewhere_ : here_).rows.push_back(row);
   }
   // Stable: the newest first in each folder.
-  std::ranges::stable_sort(rows, {}, [&](std::uint32_t row) { return columns_.folderOf(row); });
-  return rows;
+  std::ranges::stable_sort(here_.rows, {},
+                           [&](std::uint32_t row) { return columns_.folderOf(row); });
+  std::ranges::stable_sort(elsewhere_.rows, {}, [&](std::uint32_t row) {
+    return std::pair(origins_.groupOf(row), columns_.folderOf(row));
+  });
+}
+
+Extractor* ContentIndexer::extractorOf(std::uint32_t row) const {
+  const std::optional<ContentTypeId> type = types_[columns_.typeOf(row)];
+  return type ? extractors_.forType(*type) : nullptr;
 }
 
 StoreFailure ContentIndexer::run(Progress progress) {
-  const std::vector<std::uint32_t> rows = pendingRows();
-  counts_.expected = rows.size();
+  queuePendingRows();
+  counts_.expected = here_.rows.size() + elsewhere_.rows.size();
   progress_ = &progress;
-  Clock::time_point committed = Clock::now();
-  reported_ = committed - kBetweenReports;
-  std::string folderPath;
-  Descriptor folder;
-  std::uint32_t openFolder = kNoFolder;
-  for (const std::uint32_t row : rows) {
-    report();
-    if (isEnded_) break;
-    if (Clock::now() - committed >= kBetweenCommits) {
-      if (StoreFailure failure = commit()) return failure;
-      committed = Clock::now();
-    }
-    const std::uint32_t in = columns_.folderOf(row);
-    if (in != openFolder) {
-      openFolder = in;
-      folderPath = folderPathOf(columns_, in);
-      folder = opener_.find(folderPath);
-    }
-    if (StoreFailure failure = lookInto(folder.get(), folderPath, row)) return failure;
-  }
-  if (StoreFailure failure = finishUntil(0)) return failure;
-  looks_.clear();  // those that were given up
+  committed_ = Clock::now();
+  reported_ = committed_ - kBetweenReports;
+  if (StoreFailure failure = work()) return failure;
+  // Those that were given up.
+  next_.reset();
+  looks_.clear();
   return commit();
+}
+
+StoreFailure ContentIndexer::work() {
+  for (;;) {
+    report();
+    if (isEnded_) return std::nullopt;
+    if (StoreFailure failure = commitWhenDue()) return failure;
+    while (!next_ && !elsewhere_.isEmpty()) next_ = openNext(elsewhere_);
+    if (next_ && looks_.size() < kMostLooks) {
+      const Result<bool, StoreError> hasBegun = begin(*next_);
+      if (!hasBegun) return hasBegun.error();
+      if (*hasBegun) {
+        next_.reset();
+        continue;
+      }
+    }
+    if (!looks_.empty() && looks_.front().found->isDone(std::chrono::milliseconds(0))) {
+      if (StoreFailure failure = finishFirst(std::chrono::milliseconds(0))) return failure;
+    } else if (!here_.isEmpty()) {
+      std::optional<Look> look = openNext(here_);
+      if (!look) continue;
+      const Result<bool, StoreError> hasBegun = begin(*look);
+      if (!hasBegun) return hasBegun.error();
+    } else if (!looks_.empty()) {
+      if (StoreFailure failure = finishFirst(kBetweenReports)) return failure;
+    } else if (!next_) {
+      return std::nullopt;
+    }
+  }
 }
 
 void ContentIndexer::report() {
@@ -88,66 +111,79 @@ void ContentIndexer::report() {
   isEnded_ = !(*progress_)(counts_);
 }
 
-StoreFailure ContentIndexer::lookInto(int folder, const std::string& folderPath,
-                                      std::uint32_t row) {
-  const std::string name(columns_.name(row));
+StoreFailure ContentIndexer::commitWhenDue() {
+  if (Clock::now() - committed_ < kBetweenCommits) return std::nullopt;
+  StoreFailure failure = commit();
+  committed_ = Clock::now();
+  return failure;
+}
+
+std::optional<ContentIndexer::Look> ContentIndexer::openNext(Queue& queue) {
+  Look look;
+  look.row = queue.rows[queue.next++];
+  const std::uint32_t in = columns_.folderOf(look.row);
+  if (in != queue.folder) {
+    queue.folder = in;
+    queue.folderPath = folderPathOf(columns_, in);
+    queue.open = opener_.find(queue.folderPath);
+  }
+  const std::string name(columns_.name(look.row));
   // Before opening, since opening alone can wake whatever is behind a device or a pipe.
   const std::optional<FileStatus> named =
-      folder < 0 ? std::nullopt : statusOf(folder, name.c_str());
-  Look look;
-  look.row = row;
-  if (named && named->isRegularFile()) look.file = openForReading(folder, name.c_str(), 0);
+      queue.open.isOpen() ? statusOf(queue.open.get(), name.c_str()) : std::nullopt;
+  if (named && named->isRegularFile()) {
+    look.file = openForReading(queue.open.get(), name.c_str(), 0);
+  }
   const std::optional<FileStatus> opened =
       look.file.isOpen() ? statusOf(look.file.get()) : std::optional<FileStatus>();
   if (!opened || !opened->isRegularFile()) {
     // The next crawl tells what has become of it.
-    contents_[row] = kWithoutContent;
+    contents_[look.row] = kWithoutContent;
     ++counts_.vanished;
     ++counts_.done;
     return std::nullopt;
   }
+  look.origin = origins_.originOf(look.row, *opened);
   look.record.identity = {opened->device, opened->inode};
   look.record.version = versionOf(*opened);
-  look.record.path = joinPath(folderPath, name);
-  return begin(std::move(look));
+  look.record.path = joinPath(queue.folderPath, name);
+  return look;
 }
 
-StoreFailure ContentIndexer::begin(Look look) {
+Result<bool, StoreError> ContentIndexer::begin(Look& look) {
   const bool isUnderWay = std::ranges::any_of(
       looks_, [&](const Look& each) { return each.record.identity == look.record.identity; });
-  if (StoreFailure failure = finishUntil(isUnderWay ? 0 : kMostLooks - 1)) return failure;
-  if (isEnded_) return std::nullopt;
+  if (isUnderWay) {
+    while (!looks_.empty() && !isEnded_) {
+      if (StoreFailure failure = finishFirst(kBetweenReports)) return *std::move(failure);
+      report();
+    }
+    if (isEnded_) return false;
+  }
   if (const auto known = linked_.find(look.record.identity); known != linked_.end()) {
     contents_[look.row] = known->second;
     ++counts_.done;
-    return std::nullopt;
+    return true;
   }
-  const std::optional<ContentTypeId> type = types_[columns_.typeOf(look.row)];
-  Extractor* const extractor = type ? extractors_.forType(*type) : nullptr;
-  if (extractor == nullptr) return std::nullopt;  // never so: it is pending, since one takes it
+  Extractor* const extractor = extractorOf(look.row);
+  if (extractor == nullptr) return true;  // never so: it is pending, since one takes it
   look.record.extractor = extractor->name();
   look.record.extractorVersion = extractor->version();
-  look.found = extractor->begin(look.file.get(), *type);
-  while (!look.found && !looks_.empty()) {
-    if (StoreFailure failure = finishUntil(looks_.size() - 1)) return failure;
-    if (isEnded_) return std::nullopt;
-    look.found = extractor->begin(look.file.get(), *type);
+  look.found = extractor->begin(look.file.get(), *types_[columns_.typeOf(look.row)], look.origin);
+  if (!look.found) return false;
+  if (extractor->isOtherProcess()) {
+    looks_.push_back(std::move(look));
+  } else if (StoreFailure failure = keep(std::move(look))) {
+    return *std::move(failure);
   }
-  if (look.found) looks_.push_back(std::move(look));
-  return std::nullopt;
+  return true;
 }
 
-StoreFailure ContentIndexer::finishUntil(std::size_t most) {
-  while (looks_.size() > most) {
-    while (!looks_.front().found->isDone(kBetweenReports)) {
-      report();
-      if (isEnded_) return std::nullopt;
-    }
-    Look look = std::move(looks_.front());
-    looks_.pop_front();
-    if (StoreFailure failure = keep(std::move(look))) return failure;
-  }
-  return std::nullopt;
+StoreFailure ContentIndexer::finishFirst(std::chrono::milliseconds patience) {
+  if (!looks_.front().found->isDone(patience)) return std::nullopt;
+  Look look = std::move(looks_.front());
+  looks_.pop_front();
+  return keep(std::move(look));
 }
 
 StoreFailure ContentIndexer::keep(Look look) {

@@ -14,6 +14,7 @@
 #include "metadata/catalogue/ContentRecord.h"
 #include "metadata/crawl/FolderOpener.h"
 #include "metadata/extract/Extractors.h"
+#include "metadata/indexing/FileOrigins.h"
 #include "metadata/live/Descriptor.h"
 #include "metadata/live/FileStatus.h"
 #include "metadata/store/SegmentColumns.h"
@@ -47,8 +48,9 @@ class ContentIndexer {
                  const ContentTypes& types, const SegmentIdentity& segment,
                  const SegmentColumns& columns, std::vector<ContentNumber>& contents);
 
-  /// Looks into the files, folder by folder, the newest of each first. What was done until it ended
-  /// or failed stays, but for the last seconds before a failure.
+  /// Looks into the files: while others look into theirs, those of one origin one after the other,
+  /// this process into its own; folder by folder, the newest of each first. What was done until it
+  /// ended or failed stays, but for the last seconds before a failure.
   StoreFailure run(Progress progress);
 
   const ContentCounts& counts() const { return counts_; }
@@ -56,20 +58,40 @@ class ContentIndexer {
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// A file that an extractor is looking into.
+  /// A file that an extractor is looking into, or will be.
   struct Look {
     std::uint32_t row = 0;
     ContentRecord record;
+    FileOrigin origin = kOwnOrigin;
     Descriptor file;
     std::unique_ptr<Extractor::Look> found;
   };
 
-  std::vector<std::uint32_t> pendingRows() const;
-  StoreFailure lookInto(int folder, const std::string& folderPath, std::uint32_t row);
-  StoreFailure begin(Look look);
-  /// Keeps what was found in the files under way until no more than `most` are.
-  StoreFailure finishUntil(std::size_t most);
+  /// Rows in the order in which they are looked into, those behind `next` still are.
+  struct Queue {
+    std::vector<std::uint32_t> rows;
+    std::size_t next = 0;
+    // The folder of the row before.
+    std::uint32_t folder = kNoFolder;
+    std::string folderPath;
+    Descriptor open;
+
+    bool isEmpty() const { return next == rows.size(); }
+  };
+
+  void queuePendingRows();
+  Extractor* extractorOf(std::uint32_t row) const;
+  /// Looks into files until all are done, or the run is ended.
+  StoreFailure work();
+  /// Opens the next file of the queue; nothing when it has gone.
+  std::optional<Look> openNext(Queue& queue);
+  /// Has its extractor begin. False when that must finish others first.
+  Result<bool, StoreError> begin(Look& look);
+  /// Waits for the file that is longest under way, no longer than `patience`, and keeps what was
+  /// found in it.
+  StoreFailure finishFirst(std::chrono::milliseconds patience);
   StoreFailure keep(Look look);
+  StoreFailure commitWhenDue();
   /// What is due some times a second, and while a file takes long. Sets isEnded_.
   void report();
   StoreFailure commit();
@@ -83,11 +105,16 @@ class ContentIndexer {
   FolderOpener opener_;
   // Files with several names that were looked into: one look is enough.
   std::unordered_map<ContentIdentity, ContentNumber, ContentIdentityHash> linked_;
-  std::deque<Look> looks_;  // the longest under way first
+  FileOrigins origins_;
+  Queue here_;                // files that are looked into by this process
+  Queue elsewhere_;           // and by others, meanwhile
+  std::deque<Look> looks_;    // of the latter, the longest under way first
+  std::optional<Look> next_;  // which waits for one of those
   ContentCounts counts_;
   // While run() is called.
   Progress* progress_ = nullptr;
   Clock::time_point reported_;
+  Clock::time_point committed_;
   bool isEnded_ = false;
 };
 

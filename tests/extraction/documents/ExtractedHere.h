@@ -2,12 +2,15 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "extraction/documents/DocumentExtractors.h"
+#include "extraction/documents/PdfExtractor.h"
 #include "foundation/Array.h"
 #include "metadata/live/Descriptor.h"
 #include "metadata/types/ShippedTypes.h"
@@ -35,7 +38,11 @@ class ExtractedHere {
 
  private:
   ContentTypes types_ = shippedTypes();
-  std::vector<std::unique_ptr<Extractor>> extractors_ = documentExtractors(types_);
+  std::vector<std::unique_ptr<Extractor>> extractors_ = [this] {
+    std::vector<std::unique_ptr<Extractor>> all = documentExtractors(types_);
+    std::ranges::move(pdfExtractors(types_), std::back_inserter(all));
+    return all;
+  }();
 };
 
 /// One value of an attribute, or its values with " | " between them; "" when there is none.

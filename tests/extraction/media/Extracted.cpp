@@ -54,9 +54,11 @@ std::string shown(const Value& value) {
 
 Result<Extraction, ExtractionFailure> extracted(const std::string& path) {
   static const auto extractors = [] {
-    auto all = mediaExtractors(types(),
-                               [](std::string_view html) { return "<" + std::string(html) + ">"; });
-    std::ranges::move(videoExtractors(types()), std::back_inserter(all));
+    auto all = mailExtractors(types(),
+                              [](std::string_view html) { return "<" + std::string(html) + ">"; });
+    for (const auto more : {pictureExtractors, mediaExtractors, videoExtractors}) {
+      std::ranges::move(more(types()), std::back_inserter(all));
+    }
     return all;
   }();
   const ContentTypeId type = types().typeOfFile(path.substr(path.rfind('/') + 1));

@@ -30,8 +30,9 @@ class CountingExtractor final : public Extractor {
     return plain_.extract(file, type);
   }
 
-  std::unique_ptr<Look> begin(int file, ContentTypeId type) override {
-    if (mostAtOnce == 0) return Extractor::begin(file, type);
+  bool isOtherProcess() const override { return mostAtOnce > 0; }
+  std::unique_ptr<Look> begin(int file, ContentTypeId type, FileOrigin origin) override {
+    if (mostAtOnce == 0) return Extractor::begin(file, type, origin);
     if (underWay == mostAtOnce) return nullptr;
     mostUnderWay = std::max(mostUnderWay, ++underWay);
     return std::make_unique<LookAside>(*this, file, type);

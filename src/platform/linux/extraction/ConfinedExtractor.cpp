@@ -29,16 +29,18 @@ class ConfinedLook final : public Extractor::Look {
 
 }  // namespace
 
-std::unique_ptr<Extractor::Look> ConfinedExtractor::begin(int file, ContentTypeId type) {
+std::unique_ptr<Extractor::Look> ConfinedExtractor::begin(int file, ContentTypeId type,
+                                                          FileOrigin origin) {
   // There are many empty files, and each that a worker looks into takes a process.
   struct stat status{};
   if (::fstat(file, &status) == 0 && status.st_size == 0) return doneLook(Extraction());
-  const std::optional<ExtractionWorkers::Ticket> ticket = workers_->begin(file, place_, type);
+  const std::optional<ExtractionWorkers::Ticket> ticket =
+      workers_->begin(file, place_, type, origin);
   return ticket ? std::make_unique<ConfinedLook>(workers_, *ticket) : nullptr;
 }
 
 Result<Extraction, ExtractionFailure> ConfinedExtractor::extract(int file, ContentTypeId type) {
-  const std::unique_ptr<Look> look = begin(file, type);
+  const std::unique_ptr<Look> look = begin(file, type, kOwnOrigin);
   if (look) return look->finish();
   return ExtractionFailure{ExtractionFailure::Kind::kUnavailable,
                            "other files were being looked into"};

@@ -24,7 +24,8 @@ class ConfinedExtractor final : public Extractor {
   std::uint32_t version() const override { return description_.version; }
   bool takes(ContentTypeId type) const override { return description_.types[type]; }
   Result<Extraction, ExtractionFailure> extract(int file, ContentTypeId type) override;
-  std::unique_ptr<Look> begin(int file, ContentTypeId type) override;
+  std::unique_ptr<Look> begin(int file, ContentTypeId type, FileOrigin origin) override;
+  bool isOtherProcess() const override { return true; }
 
  private:
   std::shared_ptr<ExtractionWorkers> workers_;

@@ -10,10 +10,12 @@
 namespace vt {
 
 std::vector<std::string> extractionPrograms() {
-  const std::string folder = VT_WORKER_PROGRAMS;
-  // Media first, since a picture may be XML.
-  return {folder + "/vistaro-extract-media", folder + "/vistaro-extract-video",
-          folder + "/vistaro-extract"};
+  std::vector<std::string> programs;
+  // Documents last, since a picture may be XML.
+  for (const char* kind : {"pictures", "mail", "media", "video", "pdf", "documents"}) {
+    programs.push_back(std::string(VT_WORKER_PROGRAMS "/vistaro-extract-") + kind);
+  }
+  return programs;
 }
 
 std::shared_ptr<ExtractionWorkers> extractionWorkers(const Resources& resources,

@@ -14,20 +14,21 @@ std::unique_ptr<ImageWorker> ImageWorker::start(const std::string& program,
 }
 
 MadePicture ImageWorker::make(int input, const worker::ImageRequest& request) {
-  std::optional<FileDescriptor> pipe = process_->ask(input, worker::workerRequest(request));
-  if (!pipe) return {std::nullopt, /*isFinal=*/false};
+  std::optional<WorkerProcess::Asked> asked = process_->ask(input, worker::workerRequest(request));
+  if (!asked) return {std::nullopt, /*isFinal=*/false};
   const auto deadline = std::chrono::steady_clock::now() + WorkerProcess::kAnswerLimit;
   const std::size_t limit = sizeof(worker::PictureHeader) +
                             std::size_t{request.width} * request.height * Image::kBytesPerPixel;
   {
-    IncomingBytes incoming(*std::move(pipe), limit);
+    IncomingBytes incoming(std::move(asked->pipe), limit);
     incoming.readToEnd(deadline);
     if (incoming.isWhole()) {
       // How the decoder ended is of no interest now, and is waited for when there is more to do.
       if (auto image = pictureIn(incoming.take(), request)) return {std::move(image)};
     }
   }  // a decoder that writes on meets a closed pipe
-  return {std::nullopt, process_->awaitEnd(deadline) != worker::WorkerEnd::kNotTried};
+  return {std::nullopt,
+          process_->awaitEnd(asked->number, deadline).end != worker::WorkerEnd::kNotTried};
 }
 
 }  // namespace vt

@@ -22,6 +22,8 @@ class IncomingBytes {
 
   /// Whether it ended in time, and was no more than the bound.
   bool isWhole() const { return isOver_ && isGood_; }
+  /// How many have come.
+  std::size_t size() const { return bytes_.size(); }
   /// What has come; to be taken once.
   std::string take() { return std::move(bytes_); }
 

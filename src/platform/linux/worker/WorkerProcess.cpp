@@ -3,13 +3,14 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <cstring>
 #include <vector>
 
 #include "platform/linux/Pipe.h"
 #include "platform/linux/worker/AwaitDescriptors.h"
 #include "platform/linux/worker/BubblewrapArguments.h"
+#include "worker/SendRequest.h"
 
 namespace vt {
 namespace {
@@ -31,24 +32,6 @@ std::optional<Message> receive(int socket, Clock::time_point deadline) {
   return message;
 }
 
-bool sendRequest(int socket, const worker::WorkerRequest& request, int input, int output) {
-  worker::WorkerRequest copy = request;
-  const std::array<int, 2> descriptors{input, output};
-  iovec part{&copy, sizeof copy};
-  alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptors)> control{};
-  msghdr message{};
-  message.msg_iov = &part;
-  message.msg_iovlen = 1;
-  message.msg_control = control.data();
-  message.msg_controllen = control.size();
-  cmsghdr* first = CMSG_FIRSTHDR(&message);
-  first->cmsg_level = SOL_SOCKET;
-  first->cmsg_type = SCM_RIGHTS;
-  first->cmsg_len = CMSG_LEN(sizeof descriptors);
-  std::memcpy(CMSG_DATA(first), descriptors.data(), sizeof descriptors);
-  return ::sendmsg(socket, &message, MSG_NOSIGNAL) == sizeof copy;
-}
-
 }  // namespace
 
 std::unique_ptr<WorkerProcess> WorkerProcess::start(const std::string& program,
@@ -60,7 +43,7 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(const std::string& program,
   {
     const FileDescriptor theirs(ends[1]);
     // It takes two descriptors as any request does; of this one nothing comes back.
-    if (first >= 0 && !sendRequest(ours.get(), {}, first, first)) return nullptr;
+    if (first >= 0 && !worker::sendRequest(ours.get(), {}, first, first)) return nullptr;
     const bool wrapped = confinement == WorkerConfinement::kBubblewrap;
     std::vector<std::string> arguments = {program};
     if (wrapped) arguments = bubblewrapArguments(program);
@@ -80,29 +63,50 @@ std::unique_ptr<WorkerProcess> WorkerProcess::start(const std::string& program,
       new WorkerProcess(std::move(process), std::move(ours), greeting->walls));
 }
 
-std::optional<FileDescriptor> WorkerProcess::ask(int input, const worker::WorkerRequest& request) {
-  if (owesAnswer_) awaitEnd(Clock::now() + kAnswerLimit);
+std::optional<WorkerProcess::Asked> WorkerProcess::ask(int input,
+                                                       const worker::WorkerRequest& request) {
+  // What was not asked for is out of the way; and no more are unanswered than are kept.
+  takeAnswersThatHaveCome();
+  while (asked_ - answered_ >= kMostKept && takeAnswer(Clock::now() + kAnswerLimit)) {
+  }
   std::optional<Pipe> pipe = makePipe();
   // Whoever looked into the file before left it wherever it stopped to read.
   const bool isAtStart = ::lseek(input, 0, SEEK_SET) == 0;
-  if (!isUsable_ || !pipe || !isAtStart) return std::nullopt;
+  if (!isUsable_ || asked_ - answered_ >= kMostKept || !pipe || !isAtStart) return std::nullopt;
   {
     const FileDescriptor childs = std::move(pipe->write);  // only the worker may hold it open
-    isUsable_ = sendRequest(socket_.get(), request, input, childs.get());
+    isUsable_ = worker::sendRequest(socket_.get(), request, input, childs.get());
   }
   if (!isUsable_) return std::nullopt;
-  owesAnswer_ = true;
-  return std::move(pipe->read);
+  return Asked{std::move(pipe->read), asked_++};
 }
 
-worker::WorkerEnd WorkerProcess::awaitEnd(Clock::time_point deadline) {
-  owesAnswer_ = false;
-  if (const auto answer = receive<worker::WorkerAnswer>(socket_.get(), deadline)) {
-    return answer->end;
+void WorkerProcess::takeAnswersThatHaveCome() {
+  while (answered_ < asked_ && takeAnswer(Clock::time_point::min())) {
   }
-  isUsable_ = false;
-  // A worker that ends does so for reasons of its own: only its children look at files.
-  return Clock::now() < deadline ? worker::WorkerEnd::kNotTried : worker::WorkerEnd::kTimedOut;
+}
+
+bool WorkerProcess::hasEnded(std::uint64_t number) {
+  takeAnswersThatHaveCome();
+  return number < answered_;
+}
+
+bool WorkerProcess::takeAnswer(Clock::time_point deadline) {
+  const auto answer = receive<worker::WorkerAnswer>(socket_.get(), deadline);
+  if (answer) answers_[answered_++ % kMostKept] = *answer;
+  return answer.has_value();
+}
+
+worker::WorkerAnswer WorkerProcess::awaitEnd(std::uint64_t number, Clock::time_point deadline) {
+  while (answered_ <= number) {
+    if (takeAnswer(deadline)) continue;
+    isUsable_ = false;
+    // A worker that ends does so for reasons of its own: only its children look at files.
+    const bool hasEnded = Clock::now() < deadline;
+    return {hasEnded ? worker::WorkerEnd::kNotTried : worker::WorkerEnd::kTimedOut};
+  }
+  if (answered_ - number > kMostKept) return {worker::WorkerEnd::kNotTried};  // it is forgotten
+  return answers_[number % kMostKept];
 }
 
 }  // namespace vt

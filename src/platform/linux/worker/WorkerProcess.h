@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -20,7 +22,7 @@ enum class WorkerConfinement {
   kOwnFilesOnly,  ///< behind whatever can be raised; it then looks into no file but our own
 };
 
-/// The process that looks into files, running while this object lives. One request at a time.
+/// The process that looks into files, running while this object lives.
 class WorkerProcess {
  public:
   /// A worker ends a file by itself after its own limit.
@@ -37,23 +39,40 @@ class WorkerProcess {
   /// False once it has ended, or did not keep to what was agreed. It must then be given up.
   bool isUsable() const { return isUsable_; }
 
-  /// Has it look into the open file `input`, from its start. Gives the end of the pipe that what it
-  /// finds comes through; nothing when the worker is not usable. Waits for the last file's end.
-  std::optional<FileDescriptor> ask(int input, const worker::WorkerRequest& request);
+  /// A file that it was asked to look into.
+  struct Asked {
+    FileDescriptor pipe;       ///< the end that what it finds comes through
+    std::uint64_t number = 0;  ///< of the request
+  };
+  /// Has it look into the open file `input`, from its start, once it has done so with those that it
+  /// was asked for before. Nothing when the worker is not usable.
+  std::optional<Asked> ask(int input, const worker::WorkerRequest& request);
 
-  /// How the last file ended, which is asked for once. When nothing is heard of it until
-  /// `deadline`, the worker is no longer usable.
-  worker::WorkerEnd awaitEnd(std::chrono::steady_clock::time_point deadline);
+  /// How looking into the file of that request ended, which must be one of the last kMostKept. When
+  /// nothing is heard of it until `deadline`, the worker is no longer usable.
+  worker::WorkerAnswer awaitEnd(std::uint64_t number,
+                                std::chrono::steady_clock::time_point deadline);
+
+  /// Whether awaitEnd() need not wait.
+  bool hasEnded(std::uint64_t number);
+
+  /// Of so many requests it is known how they ended, or is still to be heard.
+  static constexpr std::size_t kMostKept = 16;
 
  private:
   WorkerProcess(std::unique_ptr<ChildProcess> process, FileDescriptor socket, std::uint32_t walls)
       : process_(std::move(process)), socket_(std::move(socket)), walls_(walls) {}
+  void takeAnswersThatHaveCome();
+  /// Takes the next answer; false when none comes before `deadline`.
+  bool takeAnswer(std::chrono::steady_clock::time_point deadline);
 
   std::unique_ptr<ChildProcess> process_;
   FileDescriptor socket_;
   std::uint32_t walls_;
   bool isUsable_ = true;
-  bool owesAnswer_ = false;  // to the last request
+  std::uint64_t asked_ = 0;     // requests, which have the numbers from 0 on
+  std::uint64_t answered_ = 0;  // of them
+  std::array<worker::WorkerAnswer, kMostKept> answers_;  // the last ones, by number
 };
 
 }  // namespace vt

@@ -47,10 +47,15 @@ class HostileExtraction : public testing::Test {
     return extractor().extract(file(deed).get(), text_);
   }
   /// What was found: its text, or why none was.
-  std::string told(const std::string& deed) {
-    const auto found = tell(deed);
+  static std::string outcomeOf(Extractor::Look& look) {
+    const auto found = look.finish();
     return found ? found->text.value_or("no text") : "failed: " + found.error().reason;
   }
+  std::string toldOf(FileOrigin origin, const std::string& deed) {
+    const Descriptor told = file(deed);
+    return outcomeOf(*extractor().begin(told.get(), text_, origin));
+  }
+  std::string told(const std::string& deed) { return toldOf(kOwnOrigin, deed); }
 
   const ContentTypes types_ = shippedTypes();
   const ContentTypeId text_ = types_.typeOfFile("a.txt");
@@ -126,32 +131,103 @@ TEST_F(HostileExtraction, GivesTextThatIsText) {
 }
 
 TEST_F(HostileExtraction, FindsNothingInAnEmptyFile) {
-  const auto found = extractor().begin(file("").get(), text_)->finish();
+  const auto found = extractor().begin(file("").get(), text_, kOwnOrigin)->finish();
   ASSERT_TRUE(found);
   EXPECT_EQ(found->text, std::nullopt);
 }
 
-TEST_F(HostileExtraction, LooksIntoTwoFilesAtOnce) {
-  const Descriptor first = file("behave");
-  const Descriptor second = file("read /etc/ld.so.cache");
-  const Descriptor third = file("behave");
-  const auto one = extractor().begin(first.get(), text_);
-  const auto two = extractor().begin(second.get(), text_);
-  ASSERT_TRUE(one && two);
-  EXPECT_FALSE(extractor().begin(third.get(), text_)) << "both are at work";
-  EXPECT_EQ(*two->finish()->text, "got its way");
-  const auto three = extractor().begin(third.get(), text_);
-  ASSERT_TRUE(three);
-  EXPECT_EQ(*one->finish()->text, "refused");
-  EXPECT_EQ(*three->finish()->text, "refused");
+TEST_F(HostileExtraction, LooksIntoSeveralFilesAtOnce) {
+  constexpr std::size_t kMost = ExtractionWorkers::kAtOnce * ExtractionWorkers::kHandedAtOnce;
+  std::vector<Descriptor> files;
+  std::vector<std::unique_ptr<Extractor::Look>> looks;
+  for (std::size_t i = 0; i < kMost; ++i) {
+    files.push_back(file(i == 1 ? "read /etc/ld.so.cache" : "behave"));
+    looks.push_back(extractor().begin(files.back().get(), text_, kOwnOrigin));
+    ASSERT_TRUE(looks.back());
+  }
+  const Descriptor last = file("behave");
+  EXPECT_FALSE(extractor().begin(last.get(), text_, kOwnOrigin)) << "all have their files";
+  EXPECT_EQ(*looks[1]->finish()->text, "got its way");
+  const auto more = extractor().begin(last.get(), text_, kOwnOrigin);
+  ASSERT_TRUE(more);
+  for (const std::size_t i : {0, 2, 3}) EXPECT_EQ(*looks[i]->finish()->text, "refused");
+  EXPECT_EQ(*more->finish()->text, "refused");
+}
+
+TEST_F(HostileExtraction, SharesAProcessAmongFilesOfOneOriginAlone) {
+  // One after the other, so that all go to the worker whose last file was of their origin.
+  EXPECT_EQ(toldOf(1, "remember secret"), "secret");
+  EXPECT_EQ(toldOf(1, "recall"), "secret") << "else nothing is tested below";
+  EXPECT_EQ(toldOf(2, "recall"), "");
+  EXPECT_EQ(toldOf(kOwnOrigin, "remember mine"), "mine");
+  EXPECT_EQ(toldOf(kOwnOrigin, "recall"), "");
+  EXPECT_EQ(toldOf(1, "recall"), "") << "the process has ended with its origin";
+}
+
+TEST_F(HostileExtraction, BlamesTheFileAloneThatIsToBlame) {
+  start(testProgram("impatient_extractor"));
+  struct Case {
+    const char* deed;
+    const char* outcome;
+  };
+  const Case cases[] = {
+      {"crash", "failed: looking into it ended in a crash"},
+      {"wait", "failed: looking into it took too long"},
+      {"garbage", "failed: what was found in it makes no sense"},
+      {"answer-twice", "failed: what was found in it makes no sense"},
+      {"garbage-everywhere", "failed: "},
+      // What it holds open is closed at the end of a process of its own.
+      {"keep-open", "refused"},
+      {"after-others crash", "refused"},
+      {"after-others wait", "refused"},
+      {"after-others garbage", "refused"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.deed);
+    const char* const deeds[] = {"remember before", c.deed, "behave", "behave"};
+    const char* const outcomes[] = {"before", c.outcome, "refused", "refused"};
+    std::vector<Descriptor> files;
+    std::vector<std::unique_ptr<Extractor::Look>> looks;
+    for (std::size_t i = 0; i < std::size(deeds); ++i) {
+      // So each is handed over while the one before is looked into, to the same worker.
+      if (i >= 2) {
+        EXPECT_THAT(outcomeOf(*looks[i - 2]), testing::StartsWith(outcomes[i - 2]));
+      }
+      files.push_back(file(deeds[i]));
+      looks.push_back(extractor().begin(files.back().get(), text_, 1));
+      ASSERT_TRUE(looks.back());
+    }
+    EXPECT_EQ(outcomeOf(*looks[2]), outcomes[2]);
+    EXPECT_EQ(outcomeOf(*looks[3]), outcomes[3]);
+  }
+}
+
+TEST_F(HostileExtraction, DoesNotLookIntoTooManyFilesInOneProcess) {
+  EXPECT_EQ(toldOf(1, "remember first"), "first");
+  int files = 1;
+  while (toldOf(1, "recall") == "first") ASSERT_LT(++files, 1000);
+  EXPECT_EQ(files, 64);
+}
+
+TEST_F(HostileExtraction, CannotBreakOutOfASharedProcess) {
+  const std::string readable = folder_ / "readable";
+  writeFile(readable, "secret");
+  chmod(readable.c_str(), 0666);
+  for (const std::string& deed : refusedMisdeeds(readable, folder_ / "new")) {
+    SCOPED_TRACE(deed);
+    EXPECT_EQ(toldOf(1, "behave"), "refused");
+    EXPECT_THAT(toldOf(1, deed), testing::AnyOf("refused", testing::HasSubstr("ended in a crash")));
+  }
+  EXPECT_EQ(readFile(readable), "secret");
+  EXPECT_FALSE(std::filesystem::exists(folder_ / "new"));
 }
 
 TEST_F(HostileExtraction, LetsALongAnswerPassWhileAnotherFileIsWaitedFor) {
   start(testProgram("impatient_extractor"));
   const Descriptor slow = file("wait");
   const Descriptor large = file("some-text");
-  const auto one = extractor().begin(slow.get(), text_);
-  const auto two = extractor().begin(large.get(), text_);
+  const auto one = extractor().begin(slow.get(), text_, kOwnOrigin);
+  const auto two = extractor().begin(large.get(), text_, kOwnOrigin);
   ASSERT_TRUE(one && two);
   EXPECT_FALSE(one->isDone(std::chrono::milliseconds(1)));
   EXPECT_EQ(one->finish().error().kind, Kind::kTimedOut);
@@ -162,7 +238,7 @@ TEST_F(HostileExtraction, LetsALongAnswerPassWhileAnotherFileIsWaitedFor) {
 
 TEST_F(HostileExtraction, TakesTheNextFileWhenOneIsGivenUp) {
   const Descriptor slow = file("behave");
-  extractor().begin(slow.get(), text_).reset();
+  extractor().begin(slow.get(), text_, kOwnOrigin).reset();
   EXPECT_EQ(told("behave"), "refused");
 }
 
@@ -188,13 +264,14 @@ TEST(ExtractionWorkers, AreOfSeveralPrograms) {
   std::vector<Descriptor> files;
   std::vector<ExtractionWorkers::Ticket> tickets;
   for (const auto& each : described) {
-    for (std::size_t i = 0; i < ExtractionWorkers::kAtOnce; ++i) {
+    constexpr std::size_t kMost = ExtractionWorkers::kAtOnce * ExtractionWorkers::kHandedAtOnce;
+    for (std::size_t i = 0; i < kMost; ++i) {
       files.emplace_back(open((folder / "deed").c_str(), O_RDONLY | O_CLOEXEC));
-      const auto ticket = workers->begin(files.back().get(), each.place, text);
+      const auto ticket = workers->begin(files.back().get(), each.place, text, kOwnOrigin);
       ASSERT_TRUE(ticket);
       tickets.push_back(*ticket);
     }
-    EXPECT_FALSE(workers->begin(files.back().get(), each.place, text));
+    EXPECT_FALSE(workers->begin(files.back().get(), each.place, text, kOwnOrigin));
   }
   for (const auto ticket : tickets) EXPECT_EQ(*workers->finish(ticket)->text, "refused");
 }

@@ -1,12 +1,16 @@
 // An extraction worker that does with each text file what its first word says, to see that it
 // cannot. It finds the text "got its way" or "refused".
 
+#include <unistd.h>
+
 #include <chrono>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "extraction/BoundedText.h"
 #include "extraction/ConformingTypes.h"
+#include "extraction/ExtractionBytes.h"
 #include "extraction/worker/ExtractionTask.h"
 #include "foundation/Array.h"
 #include "support/Misdeeds.h"
@@ -28,10 +32,31 @@ class Misbehaver final : public Extractor {
     const std::string& deed = misdeed.deed;
     Extraction extraction;
     extraction.text = "refused";
+    const bool isAfterOthers = files_++ > 0;
+    if (deed == "remember") memory_ = misdeed.what;
+    if (deed == "remember" || deed == "recall") {
+      extraction.text = memory_;
+      return extraction;
+    }
+    if (deed == "after-others") return afterOthers(isAfterOthers, misdeed.what, file);
+    if (deed == "answer-twice") {
+      writeToPipe(file, extractionBytes(extraction));
+      return extraction;
+    }
+    if (deed == "keep-open") {
+      for (int descriptor = 3; descriptor < 16; ++descriptor) ::dup(descriptor);
+      return extraction;
+    }
     if (deed == "fail") return ExtractionFailure{Kind::kMalformed, "it is\nodd"};
     if (deed == "fail-as-crashed") return ExtractionFailure{Kind::kCrashed, "so it says"};
     if (deed == "garbage") {
-      writeGarbage(file);
+      writeToPipe(file, "garbage");
+      return extraction;
+    }
+    if (deed == "garbage-everywhere") {
+      for (int descriptor = 0; descriptor < 64; ++descriptor) {
+        static_cast<void>(::write(descriptor, "garbage", 7));
+      }
       return extraction;
     }
     if (deed == "lie") {
@@ -70,7 +95,19 @@ class Misbehaver final : public Extractor {
   }
 
  private:
+  /// Does harm only where the process has looked into other files.
+  static Result<Extraction, ExtractionFailure> afterOthers(bool isAfterOthers,
+                                                           const std::string& deed, int file) {
+    Extraction extraction;
+    extraction.text = "refused";
+    if (isAfterOthers && deed == "garbage") writeToPipe(file, "garbage");
+    if (isAfterOthers && deed != "garbage") tryMisdeed({deed, ""}, file);
+    return extraction;
+  }
+
   ConformingTypes types_;
+  int files_ = 0;       // of the process
+  std::string memory_;  // likewise
 };
 
 }  // namespace
