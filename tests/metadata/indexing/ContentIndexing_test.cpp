@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <map>
+#include <set>
 
 #include "metadata/catalogue/CatalogueInFolder.h"
 #include "metadata/extract/PlainTextExtractor.h"
@@ -32,6 +35,8 @@ class CountingExtractor final : public Extractor {
 
   bool isOtherProcess() const override { return mostAtOnce > 0; }
   std::unique_ptr<Look> begin(int file, ContentTypeId type, FileOrigin origin) override {
+    const FileStatus status = statusOf(file).value();
+    origins[{status.ownership.uid, status.ownership.mode & 0777}].insert(origin);
     if (mostAtOnce == 0) return Extractor::begin(file, type, origin);
     if (underWay == mostAtOnce) return nullptr;
     mostUnderWay = std::max(mostUnderWay, ++underWay);
@@ -43,6 +48,7 @@ class CountingExtractor final : public Extractor {
   int underWay = 0;
   int mostUnderWay = 0;
   bool isEverDone = true;
+  std::map<std::pair<std::uint32_t, std::uint32_t>, std::set<FileOrigin>> origins;  // by uid, mode
   std::uint32_t newVersion = 1;
   std::function<void()> before;
   std::optional<ExtractionFailure> failure;
@@ -113,6 +119,35 @@ class ContentIndexing : public testing::Test {
   std::optional<Extractors> extractors_;
   std::optional<IndexedTree> index_;
 };
+
+TEST_F(ContentIndexing, TellsWhichFilesMayShareAProcess) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs the superuser, who gives files to others";
+  struct Case {
+    const char* name;
+    uid_t owner;
+    mode_t mode;
+  };
+  const Case cases[] = {
+      {"one.txt", 2001, 0640},      {"two.txt", 2001, 0640},       {"private.txt", 2001, 0600},
+      {"public.txt", 2001, 0644},   {"another's.txt", 2002, 0640}, {"root's.txt", 0, 0640},
+      {"and more.txt", 2001, 0640},
+  };
+  for (const Case& c : cases) {
+    write(c.name, "text");
+    ASSERT_EQ(chown((files_ / c.name).c_str(), c.owner, 3001), 0);
+    ASSERT_EQ(chmod((files_ / c.name).c_str(), c.mode), 0);
+  }
+  extractor_->mostAtOnce = 2;
+  run();
+  std::set<FileOrigin> different;
+  for (const auto& [whose, origins] : extractor_->origins) {
+    SCOPED_TRACE(testing::Message() << whose.first << ' ' << std::oct << whose.second);
+    EXPECT_EQ(origins.size(), 1U);
+    EXPECT_EQ(origins.contains(kOwnOrigin), whose.first == 0);
+    different.insert(origins.begin(), origins.end());
+  }
+  EXPECT_EQ(different.size(), 5U);
+}
 
 TEST_F(ContentIndexing, FindsTheWordsOfTextFilesInAllFolders) {
   std::filesystem::create_directories(files_.path() / "deep/er");
