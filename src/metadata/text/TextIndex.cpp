@@ -10,8 +10,10 @@
 namespace vt {
 namespace {
 
-/// A document, and a place in it.
-using Place = std::pair<std::int64_t, std::int64_t>;
+/// A place in a document, its number above.
+using Place = std::uint64_t;
+
+Place placeOf(std::uint64_t document, std::uint64_t place) { return document << 32 | place; }
 
 bool isBelow(std::int64_t document, std::size_t end) {
   return document >= 0 && static_cast<std::size_t>(document) < end;
@@ -39,10 +41,10 @@ std::string TextIndex::schema() {
          std::string(Vocabulary::schema());
 }
 
-Result<TextIndex, StoreError> TextIndex::of(const Database& database) {
+Result<TextIndex, StoreError> TextIndex::of(const Database& database, std::size_t mostPlaces) {
   Result<Vocabulary, StoreError> vocabulary = Vocabulary::of(database);
   if (!vocabulary) return vocabulary.error();
-  TextIndex index(database, std::move(vocabulary).value());
+  TextIndex index(database, std::move(vocabulary).value(), mostPlaces);
   StoreFailure refusal = database.prepareAll({
       {&index.adding_, "INSERT INTO text(rowid, words) VALUES(?, ?)"},
       {&index.finding_, "SELECT rowid FROM text WHERE text MATCH ?"},
@@ -111,35 +113,62 @@ Result<std::vector<TextIndex::FoundTerm>, StoreError> TextIndex::termsOf(
 }
 
 StoreFailure TextIndex::findPattern(const std::vector<query::PatternWord>& words, Bitmap& found) {
-  std::vector<Place> open;  // where the next word has to be, in order
+  std::vector<std::vector<FoundTerm>> terms;
   for (std::size_t i = 0; i < words.size(); ++i) {
-    const PlaceInPhrase place{.isFirst = i == 0, .isLast = i + 1 == words.size()};
-    const Result<std::vector<FoundTerm>, StoreError> terms = termsOf(words[i], place);
-    if (!terms) return terms.error();
+    auto ofWord = termsOf(words[i], {.isFirst = i == 0, .isLast = i + 1 == words.size()});
+    if (!ofWord) return ofWord.error();
+    if (ofWord->empty()) return std::nullopt;
+    terms.push_back(std::move(ofWord).value());
+  }
+  if (terms.size() == 1) {
+    for (const FoundTerm& term : terms.front()) {
+      if (StoreFailure failure = findPhrase({{term.term}}, found)) return failure;
+    }
+    return std::nullopt;
+  }
+  std::size_t count = found.size();
+  for (std::size_t first = 0; first < found.size();) {
+    const Result<bool, StoreError> isDone =
+        findInOrder(terms, first, std::min(count, found.size() - first), found);
+    if (!isDone) return isDone.error();
+    if (*isDone) {
+      first += std::min(count, found.size() - first);
+    } else {
+      count = (count + 1) / 2;
+    }
+  }
+  return std::nullopt;
+}
+
+Result<bool, StoreError> TextIndex::findInOrder(const std::vector<std::vector<FoundTerm>>& words,
+                                                std::size_t first, std::size_t count,
+                                                Bitmap& found) {
+  std::vector<Place> open;  // where the next word has to be, in order
+  for (const std::vector<FoundTerm>& terms : words) {
+    const bool isFirst = &terms == &words.front();
+    const bool isLast = &terms == &words.back();
     std::vector<Place> next;
-    for (const FoundTerm& term : *terms) {
-      if (place.isFirst && place.isLast) {
-        if (StoreFailure failure = findPhrase({{term.term}}, found)) return failure;
-        continue;
-      }
+    for (const FoundTerm& term : terms) {
       findingPlaces_.restart().bind(1, term.term);
       while (findingPlaces_.next()) {
-        const Place at(findingPlaces_.number(0), findingPlaces_.number(1));
-        if (!isBelow(at.first, found.size())) continue;
-        if (!place.isFirst && !std::ranges::binary_search(open, at)) continue;
-        if (place.isLast) {
-          found.add(static_cast<std::size_t>(at.first));
+        const auto document = static_cast<std::uint64_t>(findingPlaces_.number(0));
+        if (document < first || document - first >= count) continue;
+        const auto at = placeOf(document, static_cast<std::uint64_t>(findingPlaces_.number(1)));
+        if (!isFirst && !std::ranges::binary_search(open, at)) continue;
+        if (isLast) {
+          found.add(static_cast<std::size_t>(document));
         } else {
-          next.emplace_back(at.first, at.second + static_cast<std::int64_t>(term.length));
+          next.push_back(at + term.length);
+          if (next.size() > mostPlaces_ && count > 1) return false;
         }
       }
-      if (StoreFailure failure = findingPlaces_.finish()) return failure;
+      if (StoreFailure failure = findingPlaces_.finish()) return *std::move(failure);
     }
     std::ranges::sort(next);
     open = std::move(next);
     if (open.empty()) break;
   }
-  return std::nullopt;
+  return true;
 }
 
 StoreFailure TextIndex::mergeAll() const {

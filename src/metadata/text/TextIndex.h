@@ -24,8 +24,13 @@ class TextIndex {
   /// The statements that make its tables.
   static std::string schema();
 
-  /// Of a database with the tables and the tokenizer; borrows it.
-  static Result<TextIndex, StoreError> of(const Database& database);
+  /// So many places of words are held at a time: 64 MiB.
+  static constexpr std::size_t kMostPlaces = std::size_t{8} << 20;
+
+  /// Of a database with the tables and the tokenizer; borrows it. With fewer places held at a time,
+  /// phrases with patterns take longer: documents are then looked at in several rounds.
+  static Result<TextIndex, StoreError> of(const Database& database,
+                                          std::size_t mostPlaces = kMostPlaces);
 
   /// Adds a document. `number` is above those of all others; `text` is UTF-8.
   StoreFailure add(std::uint32_t number, std::string_view text);
@@ -40,8 +45,8 @@ class TextIndex {
   StoreFailure check() const;
 
  private:
-  TextIndex(const Database& database, Vocabulary vocabulary)
-      : database_(&database), vocabulary_(std::move(vocabulary)) {}
+  TextIndex(const Database& database, Vocabulary vocabulary, std::size_t mostPlaces)
+      : database_(&database), mostPlaces_(mostPlaces), vocabulary_(std::move(vocabulary)) {}
 
   /// A term that a word of a pattern may be, and how many places it takes.
   struct FoundTerm {
@@ -53,10 +58,15 @@ class TextIndex {
   StoreFailure findElement(const ContentElement& element, Bitmap& found);
   StoreFailure findPhrase(const TermPhrase& phrase, Bitmap& found);
   StoreFailure findPattern(const std::vector<query::PatternWord>& words, Bitmap& found);
+  /// Among `count` documents from `first` on, those in which a term of each word follows one of the
+  /// word before. False when these have too many places to hold them.
+  Result<bool, StoreError> findInOrder(const std::vector<std::vector<FoundTerm>>& words,
+                                       std::size_t first, std::size_t count, Bitmap& found);
   Result<std::vector<FoundTerm>, StoreError> termsOf(const query::PatternWord& word,
                                                      PlaceInPhrase place);
 
   const Database* database_;
+  std::size_t mostPlaces_;
   Vocabulary vocabulary_;
   Statement adding_;
   Statement finding_;

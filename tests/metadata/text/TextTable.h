@@ -47,10 +47,13 @@ class TextTable {
     return std::move(database).value();
   }
   static TextIndex opened(const Database& database) {
-    Result<TextIndex, StoreError> index = TextIndex::of(database);
+    Result<TextIndex, StoreError> index = TextIndex::of(database, kMostPlaces);
     if (!index) throw std::runtime_error(index.error().reason);
     return std::move(index).value();
   }
+
+  // So few that phrases of patterns take several rounds.
+  static constexpr std::size_t kMostPlaces = 20;
 
   TemporaryFolder folder_;
   Database database_;
