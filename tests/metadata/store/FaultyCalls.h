@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <time.h>
 
+#include <atomic>
 #include <optional>
 
 #include "metadata/store/StoreCalls.h"
@@ -16,7 +17,7 @@ class FailingCalls final : public StoreCalls {
   std::optional<int> failsAt;
   int error = EIO;
   bool writesHalf = false;  ///< a write that fails has written half before
-  int calls = 0;
+  std::atomic<int> calls = 0;  // large segments are written by two threads
   const char* failed = "";
 
   int create(int folder, const char* name) override {
