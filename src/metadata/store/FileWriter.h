@@ -71,7 +71,7 @@ class FileWriter {
 
  private:
   // A system call and a round of the checksum for so many bytes cost next to nothing.
-  static constexpr std::size_t kBufferBytes = std::size_t{1} << 21;
+  static constexpr std::size_t kBufferBytes = std::size_t{1} << 18;
   // Writing into space that was set aside takes half the time of finding space write by write.
   static constexpr std::uint64_t kReservedBytes = std::uint64_t{1} << 24;
 
