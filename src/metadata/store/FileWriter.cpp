@@ -75,6 +75,11 @@ void FileWriter::writeAt(std::uint64_t offset, std::string_view bytes) {
   writeAll(offset, bytes);
 }
 
+void FileWriter::startSync() {
+  flush();
+  calls_.startSync(file_);
+}
+
 std::optional<StoreError> FileWriter::sync() {
   flush();
   if (!error_ && reserved_ > flushed_ && calls_.truncate(file_, flushed_) != 0) {

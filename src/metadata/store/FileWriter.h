@@ -60,6 +60,9 @@ class FileWriter {
   /// Writes what is in the buffer.
   void flush();
 
+  /// The same, and has all that was written begin to reach the disk.
+  void startSync();
+
   /// Writes what is in the buffer, and has it all reach the disk. What went wrong since the
   /// beginning.
   std::optional<StoreError> sync();

@@ -3,10 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
-
-#include "metadata/store/MemoryPiece.h"
 
 namespace vt {
 
@@ -28,28 +27,28 @@ class NameArena {
   /// `name` must be no longer than kLongestName, and there must be room.
   Place add(std::string_view name) {
     if (!hasRoomInLast(name.size())) {
-      pieces_.emplace_back(/*isHuge=*/!pieces_.empty());
+      pieces_.push_back(std::make_unique_for_overwrite<char[]>(kPieceBytes));
       used_ = 0;
     }
     const std::size_t start = (pieces_.size() - 1) * kPieceBytes + used_;
-    std::memcpy(pieces_.back().bytes() + used_, name.data(), name.size());
+    std::memcpy(pieces_.back().get() + used_, name.data(), name.size());
     used_ += name.size();
     return {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(name.size())};
   }
 
   std::string_view operator[](Place place) const {
-    return {pieces_[place.start / kPieceBytes].bytes() + place.start % kPieceBytes, place.length};
+    return {pieces_[place.start / kPieceBytes].get() + place.start % kPieceBytes, place.length};
   }
 
  private:
-  static constexpr std::size_t kPieceBytes = MemoryPiece::kBytes;
+  static constexpr std::size_t kPieceBytes = std::size_t{1} << 20;
   static constexpr std::size_t kMostPieces = (std::size_t{1} << 32) / kPieceBytes;
 
   bool hasRoomInLast(std::size_t bytes) const {
     return !pieces_.empty() && kPieceBytes - used_ >= bytes;
   }
 
-  std::vector<MemoryPiece> pieces_;
+  std::vector<std::unique_ptr<char[]>> pieces_;
   std::size_t used_ = 0;  // of the last piece
 };
 

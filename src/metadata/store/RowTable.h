@@ -2,10 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
-
-#include "metadata/store/MemoryPiece.h"
 
 namespace vt {
 
@@ -15,26 +14,25 @@ template <class Number>
 class PieceColumn {
  public:
   void add(Number number) {
-    if (size_ % kPieceNumbers == 0) pieces_.emplace_back(/*isHuge=*/!pieces_.empty());
-    numbersOf(pieces_.back())[size_ % kPieceNumbers] = number;
+    if (size_ % kPieceNumbers == 0) {
+      pieces_.push_back(std::make_unique_for_overwrite<Number[]>(kPieceNumbers));
+    }
+    pieces_.back()[size_ % kPieceNumbers] = number;
     ++size_;
   }
 
   Number operator[](std::size_t row) const {
-    return numbersOf(pieces_[row / kPieceNumbers])[row % kPieceNumbers];
+    return pieces_[row / kPieceNumbers][row % kPieceNumbers];
   }
 
   /// Gives the memory back; there are no numbers any more.
   void release() { *this = {}; }
 
  private:
-  static constexpr std::size_t kPieceNumbers = MemoryPiece::kBytes / sizeof(Number);
+  // So large that each piece is the system's own again when it is released.
+  static constexpr std::size_t kPieceNumbers = (std::size_t{1} << 20) / sizeof(Number);
 
-  static Number* numbersOf(const MemoryPiece& piece) {
-    return reinterpret_cast<Number*>(piece.bytes());
-  }
-
-  std::vector<MemoryPiece> pieces_;
+  std::vector<std::unique_ptr<Number[]>> pieces_;
   std::size_t size_ = 0;
 };
 

@@ -19,8 +19,8 @@ std::uint32_t blocksOf(std::uint64_t bytes) {
 }
 
 bool canBeAName(std::string_view name) {
-  constexpr std::string_view kNever("/\0", 2);
-  return name.size() <= NameArena::kLongestName && name.find_first_of(kNever) == name.npos;
+  return name.size() <= NameArena::kLongestName && name.find('/') == name.npos &&
+         name.find('\0') == name.npos;
 }
 
 }  // namespace

@@ -114,6 +114,7 @@ Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
       },
       [&] {
         writeNumbers(writer);
+        if (isLarge_) file.startSync();  // while the names take longer
         writeOddAllocations(writer);
         writeFolders(writer, mostTextBytes);
         writeClasses(writer, mostTextBytes);
