@@ -16,7 +16,7 @@ class FailingCalls final : public StoreCalls {
   /// The call that fails: counted from 0 over all that are made.
   std::optional<int> failsAt;
   int error = EIO;
-  bool writesHalf = false;  ///< a write that fails has written half before
+  bool writesHalf = false;     ///< a write that fails has written half before
   std::atomic<int> calls = 0;  // large segments are written by two threads
   const char* failed = "";
 
