@@ -2,12 +2,16 @@
 // the beginning and once more, against updatedb over the same files in the same run, each as a
 // process.
 //
-//   index_making_bench FOLDER   that script/bench-corpus has printed; root only
+//   index_making_bench FOLDER [SMALLER]   that script/bench-corpus has printed; root only
+//
+// With a second, smaller tree: whether a file of the large one costs what one of the small one
+// does.
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 #include "Corpus.h"
 #include "Report.h"
@@ -38,11 +42,38 @@ double bytesPerFile(const Corpus& corpus) {
          static_cast<double>(segment.rowCount() - segment.foldersByRow.size());
 }
 
-int run(const Corpus& corpus) {
+/// What making an index takes for each file and folder.
+struct CostPerEntry {
+  double microseconds = 0;
+  double bytes = 0;
+};
+
+CostPerEntry costOf(const Corpus& corpus, const ProgramRun& made) {
+  const IndexGeneration generation =
+      IndexFolder::open(corpus.indexFolder()).value().current().value();
+  const auto entries = static_cast<double>(generation.segment->columns().rowCount());
+  return {1e6 * made.seconds / entries,
+          static_cast<double>(generation.segment->identity().bytes) / entries};
+}
+
+CostPerEntry costIn(const Corpus& corpus) {
+  corpus.indexNames();
+  return costOf(corpus, worstAndBest([&] { return corpus.indexNames(); }));
+}
+
+bool printGrowth(const CostPerEntry& cost, const CostPerEntry& smaller) {
+  const bool isTimeReached =
+      printFigure("TimePerEntry", cost.microseconds, "us", "smaller tree", smaller.microseconds, 2);
+  return printFigure("SpacePerEntry", cost.bytes, "B", "smaller tree", smaller.bytes, 2) &&
+         isTimeReached;
+}
+
+int run(const Corpus& corpus, const std::optional<CostPerEntry>& smaller) {
   // The first of each finds what is in the caches of the kernel for those that count.
   corpus.indexNames();
   corpus.updatedb();
   const ProgramRun made = worstAndBest([&] { return corpus.indexNames(); });
+  const CostPerEntry cost = costOf(corpus, made);
   const ProgramRun peer = worstAndBest([&] { return corpus.updatedb(); });
   const ProgramRun again = worstAndBest([&] { return corpus.indexNamesAgain(); });
   const ProgramRun peerAgain = worstAndBest([&] { return corpus.updatedbAgain(); });
@@ -52,6 +83,7 @@ int run(const Corpus& corpus) {
                   1000 * peerAgain.seconds),
       printFigure("MemoryOfIndexer", std::max(made.mebibytes, again.mebibytes), "MiB", 250),
       printFigure("BytesPerFile", bytesPerFile(corpus), "B", 110),
+      !smaller || printGrowth(cost, *smaller),
   };
   return std::ranges::all_of(reached, std::identity()) ? 0 : 1;
 }
@@ -61,8 +93,11 @@ int run(const Corpus& corpus) {
 
 int main(int argc, char** argv) {
   if (argc < 2) {
-    fmt::print(stderr, "usage: index_making_bench FOLDER\n");
+    fmt::print(stderr, "usage: index_making_bench FOLDER [SMALLER]\n");
     return 2;
   }
-  return vt::run(vt::Corpus(argv[1]));
+  // One after the other: a corpus sets the environment of what it runs.
+  std::optional<vt::CostPerEntry> smaller;
+  if (argc > 2) smaller = vt::costIn(vt::Corpus(argv[2]));
+  return vt::run(vt::Corpus(argv[1]), smaller);
 }

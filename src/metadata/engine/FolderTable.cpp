@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 #include "metadata/live/LiveFile.h"
@@ -24,14 +23,18 @@ FolderTable::FolderTable(const SegmentColumns& segment, std::vector<IndexedScope
       scopes_(std::move(scopes)),
       isSearched_(segment.folderCount(), 0),
       scopeOf_(segment.folderCount(), 0) {
-  std::unordered_map<std::uint32_t, std::uint32_t> scopeAt;
-  for (std::uint32_t i = 0; i < scopes_.size(); ++i) scopeAt.emplace(scopes_[i].folder, i);
+  // By folder; of scopes of one folder the first counts.
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> starts;
+  for (std::uint32_t i = 0; i < scopes_.size(); ++i) starts.emplace_back(scopes_[i].folder, i);
+  std::ranges::sort(starts);
+  auto start = starts.cbegin();
   // A folder's parent is before it.
   for (std::uint32_t folder = 0; folder < segment.folderCount(); ++folder) {
     const std::uint32_t parent = segment.parents[folder];
-    if (const auto scope = scopeAt.find(folder); scope != scopeAt.end()) {
-      scopeOf_[folder] = scope->second;
+    if (start != starts.cend() && start->first == folder) {
+      scopeOf_[folder] = start->second;
       isSearched_[folder] = 1;
+      while (start != starts.cend() && start->first == folder) ++start;
     } else if (parent < folder && isSearched(parent) &&
                verdicts.maySearch(segment.classOfFolder(folder))) {
       scopeOf_[folder] = scopeOf_[parent];

@@ -43,6 +43,7 @@ std::uint32_t CrawledSegment::folderAt(const std::string& path) {
 }
 
 bool CrawledSegment::addEntries(CrawledFolderId folder, std::span<CrawledEntry> entries) {
+  for (const CrawledEntry& entry : entries) built_.prefetchClass(entry.status.ownership);
   for (CrawledEntry& entry : entries) {
     SegmentEntry row{
         .name = entry.name,

@@ -25,6 +25,8 @@ class CrawledSegment final : public CrawlSink {
   void finishFolder(CrawledFolderId folder, const FolderStamp& stamp, bool isComplete) override;
 
   const SegmentBuilder& built() const { return built_; }
+  /// Has what was gathered be written but once; see SegmentBuilder.
+  void releaseWhenWritten() { built_.releaseWhenWritten(); }
 
  private:
   std::uint32_t folderAt(const std::string& path);

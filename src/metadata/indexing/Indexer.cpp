@@ -82,6 +82,7 @@ Result<std::optional<IndexingReport>, StoreError> Indexer::run(std::vector<std::
   manifest.ended = std::chrono::floor<Date::duration>(std::chrono::system_clock::now());
   manifest.duration = std::chrono::duration_cast<std::chrono::microseconds>(crawled - start);
   memory.reset();  // which is as large as what publishing needs
+  segment->releaseWhenWritten();
   shown.isPublishing = true;
   tell(crawl.counts());
   Result<Manifest, StoreError> published =

@@ -15,6 +15,13 @@ bool mayAclMatter(std::uint32_t mode) {
   return ((mode >> 3 | mode) & wanted) != 0;
 }
 
+Permissions AccessJudge::grantedByMode(const FileOwnership& file) const {
+  constexpr Permissions kAll = 7;
+  if (who_.isSuperuser()) return kAll;
+  const int shift = file.uid == who_.uid() ? 6 : who_.isMemberOf(file.gid) ? 3 : 0;
+  return static_cast<Permissions>(file.mode >> shift & kAll);
+}
+
 std::optional<bool> AccessJudge::verdictOfModeAlone(const FileOwnership& file,
                                                     Permissions wanted) const {
   if (who_.isSuperuser()) return true;

@@ -37,9 +37,12 @@ class AccessJudge {
   template <class ReadTheAcl>
   bool allows(const FileOwnership& file, Permissions wanted, ReadTheAcl readTheAcl) const {
     if (const std::optional<bool> verdict = verdictOfModeAlone(file, wanted)) return *verdict;
-    const AclReading acl = readTheAcl();
+    const AclReading& acl = readTheAcl();
     return acl.isKnown && verdictWithAcl(file, wanted, acl.list);
   }
+
+  /// All that the account gets on a file that has no access control list.
+  Permissions grantedByMode(const FileOwnership& file) const;
 
   /// The verdict when no access control list can change it.
   ///

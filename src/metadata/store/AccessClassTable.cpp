@@ -1,48 +1,61 @@
 #include "metadata/store/AccessClassTable.h"
 
-#include <cstring>
+#include <functional>
 
 namespace vt {
 namespace {
 
-void append(std::string& key, std::uint32_t number) {
-  key.append(reinterpret_cast<const char*>(&number), sizeof number);
-}
+constexpr std::size_t kFewestSlots = 64;  // a power of two
 
 }  // namespace
 
 std::uint32_t AccessClassTable::numberOf(const FileOwnership& ownership, AclPresence acl,
                                          std::span<const std::uint8_t> aclBytes) {
-  if (acl == AclPresence::kPresent) return lookUp(ownership, acl, aclBytes);
-  Recent& recent = recentFor(ownership);
-  if (recent.number == kNoNumber || recent.acl != acl || recent.ownership != ownership) {
-    recent = {ownership, acl, lookUp(ownership, acl, aclBytes)};
-  }
-  return recent.number;
-}
-
-AccessClassTable::Recent& AccessClassTable::recentFor(const FileOwnership& ownership) {
-  const std::uint32_t mixed = (ownership.uid * 31 + ownership.gid) * 31 + ownership.mode;
-  return recents_[mixed % kRecents];
-}
-
-std::uint32_t AccessClassTable::lookUp(const FileOwnership& ownership, AclPresence acl,
-                                       std::span<const std::uint8_t> aclBytes) {
-  key_.clear();
-  append(key_, ownership.uid);
-  append(key_, ownership.gid);
-  append(key_, ownership.mode);
-  append(key_, static_cast<std::uint32_t>(acl));
-  const std::size_t beforeList = key_.size();
+  Class wanted{ownership, acl, {}};
   if (acl == AclPresence::kPresent) {
-    key_.append(reinterpret_cast<const char*>(aclBytes.data()), aclBytes.size());
+    wanted.aclBytes = {reinterpret_cast<const char*>(aclBytes.data()), aclBytes.size()};
   }
-  const auto known = numbers_.find(std::string_view(key_));
-  if (known != numbers_.end()) return known->second;
-  const auto number = static_cast<std::uint32_t>(classes_.size());
-  const std::string& kept = numbers_.emplace(key_, number).first->first;
-  classes_.push_back({ownership, acl, std::string_view(kept).substr(beforeList)});
-  return number;
+  if (2 * (classes_.size() + 1) > slots_.size()) makeRoom();
+  Slot& slot = slotOf(wanted);
+  if (slot.number == kNoNumber) {
+    slot = {static_cast<std::uint32_t>(classes_.size()), ownership, acl};
+    if (!wanted.aclBytes.empty()) wanted.aclBytes = lists_.emplace_back(wanted.aclBytes);
+    classes_.push_back(wanted);
+  }
+  return slot.number;
+}
+
+std::size_t AccessClassTable::hashOf(const FileOwnership& ownership) {
+  // Odd numbers without pattern; of a product the high bits are the good ones.
+  const std::uint64_t hash = ownership.uid * 0x9E3779B97F4A7C15 ^
+                             ownership.gid * 0xBF58476D1CE4E5B9 ^
+                             ownership.mode * 0x94D049BB133111EB;
+  return hash >> 32;
+}
+
+std::size_t AccessClassTable::hashOf(const Class& one) {
+  const std::size_t list = one.aclBytes.empty() ? 0 : std::hash<std::string_view>{}(one.aclBytes);
+  return hashOf(one.ownership) ^ list;
+}
+
+AccessClassTable::Slot& AccessClassTable::slotOf(const Class& wanted) {
+  const std::size_t last = slots_.size() - 1;
+  for (std::size_t at = hashOf(wanted) & last;; at = (at + 1) & last) {
+    Slot& slot = slots_[at];
+    if (slot.number == kNoNumber) return slot;
+    if (slot.ownership == wanted.ownership && slot.acl == wanted.acl &&
+        (slot.acl != AclPresence::kPresent || classes_[slot.number].aclBytes == wanted.aclBytes)) {
+      return slot;
+    }
+  }
+}
+
+void AccessClassTable::makeRoom() {
+  slots_.assign(slots_.empty() ? kFewestSlots : 2 * slots_.size(), Slot());
+  for (std::uint32_t number = 0; number < classes_.size(); ++number) {
+    const Class& one = classes_[number];
+    slotOf(one) = {number, one.ownership, one.acl};
+  }
 }
 
 }  // namespace vt

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <deque>
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "metadata/rights/AccessJudge.h"
@@ -31,31 +29,31 @@ class AccessClassTable {
   std::size_t size() const { return classes_.size(); }
   const Class& operator[](std::size_t number) const { return classes_[number]; }
 
- private:
-  struct TextHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-      return std::hash<std::string_view>{}(text);
-    }
-  };
+  /// Has the processor fetch where a class of that ownership without a list is looked for.
+  void prefetch(const FileOwnership& ownership) const {
+    if (!slots_.empty()) __builtin_prefetch(&slots_[hashOf(ownership) & (slots_.size() - 1)]);
+  }
 
-  /// A class without list bytes that was asked for not long ago: files of a folder share a few.
-  struct Recent {
+ private:
+  static constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
+
+  /// A place in a hash table. Has all that tells most classes apart: looking at these themselves
+  /// would be one more step through memory.
+  struct Slot {
+    std::uint32_t number = kNoNumber;
     FileOwnership ownership;
     AclPresence acl = AclPresence::kNone;
-    std::uint32_t number = kNoNumber;
   };
-  static constexpr std::uint32_t kNoNumber = 0xFFFFFFFF;
-  static constexpr std::size_t kRecents = 256;
 
-  Recent& recentFor(const FileOwnership& ownership);
-  std::uint32_t lookUp(const FileOwnership& ownership, AclPresence acl,
-                       std::span<const std::uint8_t> aclBytes);
+  static std::size_t hashOf(const FileOwnership& ownership);
+  static std::size_t hashOf(const Class& one);
+  /// The slot of the class, or where it is to be put.
+  Slot& slotOf(const Class& wanted);
+  void makeRoom();
 
-  std::array<Recent, kRecents> recents_;
-  std::string key_;  // kept for its memory
-  std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> numbers_;
-  std::vector<Class> classes_;  // lists are borrowed from the keys of numbers_, which never move
+  std::vector<Class> classes_;
+  std::deque<std::string> lists_;  // which never move: classes_ borrows from them
+  std::vector<Slot> slots_;        // half of them empty, or more
 };
 
 }  // namespace vt

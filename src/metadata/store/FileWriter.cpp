@@ -21,7 +21,26 @@ FileWriter::FileWriter(StoreCalls& calls, int file, std::string shownPath)
   XXH3_64bits_reset(checksum_.get());
 }
 
+FileWriter::FileWriter(const FileWriter& whole, std::uint64_t begin, std::uint64_t count)
+    : FileWriter(whole.calls_, whole.file_, whole.shownPath_) {
+  flushed_ = begin;
+  reserved_ = begin + count;  // by the whole, where it pays
+}
+
 FileWriter::~FileWriter() = default;
+
+FileWriter FileWriter::leaveOut(std::uint64_t count) {
+  flush();
+  const std::uint64_t begin = flushed_;
+  flushed_ += count;
+  while (count > kBufferBytes && reserved_ < flushed_) reserve();
+  reserved_ = std::max(reserved_, flushed_);
+  return {*this, begin, count};
+}
+
+void FileWriter::take(const FileWriter& part) {
+  if (part.error_) fail(*part.error_);
+}
 
 void FileWriter::appendLarge(std::string_view bytes) {
   while (!bytes.empty()) {
@@ -54,6 +73,11 @@ std::uint64_t FileWriter::endChecksum() {
 void FileWriter::writeAt(std::uint64_t offset, std::string_view bytes) {
   flush();
   writeAll(offset, bytes);
+}
+
+void FileWriter::startSync() {
+  flush();
+  calls_.startSync(file_);
 }
 
 std::optional<StoreError> FileWriter::sync() {

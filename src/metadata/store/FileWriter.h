@@ -49,8 +49,19 @@ class FileWriter {
   void beginChecksum();
   std::uint64_t endChecksum();
 
+  /// Leaves the next `count` bytes out: what is returned writes them, on another thread if need be,
+  /// and must do so before this is synced. Then take() tells of its errors here.
+  FileWriter leaveOut(std::uint64_t count);
+  void take(const FileWriter& part);
+
   /// Writes over bytes that were appended before, past all checksums.
   void writeAt(std::uint64_t offset, std::string_view bytes);
+
+  /// Writes what is in the buffer.
+  void flush();
+
+  /// The same, and has all that was written begin to reach the disk.
+  void startSync();
 
   /// Writes what is in the buffer, and has it all reach the disk. What went wrong since the
   /// beginning.
@@ -71,8 +82,9 @@ class FileWriter {
     void operator()(XXH3_state_s* state) const;
   };
 
+  FileWriter(const FileWriter& whole, std::uint64_t begin, std::uint64_t count);
+
   void appendLarge(std::string_view bytes);
-  void flush();
   void reserve();
   void updateChecksum();
   void writeAll(std::uint64_t offset, std::string_view bytes);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -14,7 +13,7 @@ namespace vt {
 /// for the old ones beside the new.
 class NameArena {
  public:
-  /// Longer than any file system's names.
+  /// Longer than any file system's names; lengths have 16 bits.
   static constexpr std::size_t kLongestName = 4095;
 
   struct Place {

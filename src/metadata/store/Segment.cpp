@@ -81,9 +81,13 @@ ColumnShape shapeOf(ColumnId id) {
   return {1, Per::kNothing};
 }
 
-/// The first of the columns that opening reads whole: all but those of the rows, being few bytes
-/// next to them. Rights are judged by these, folder by folder and class by class.
-constexpr ColumnId kFirstReadAtOpen = ColumnId::kFolderNames;
+/// Whether opening reads the column whole: all but those of the rows, being few bytes next to them,
+/// and what the next crawl alone asks for. Rights are judged by these, folder by folder and class
+/// by class.
+bool isReadAtOpen(ColumnId id) {
+  return id >= ColumnId::kFolderNames &&
+         (id < ColumnId::kFolderDevices || id > ColumnId::kFolderAttributesChanged);
+}
 
 }  // namespace
 
@@ -94,8 +98,9 @@ Result<std::shared_ptr<const Segment>, StoreError> Segment::open(int folder,
   if (!file) return file.error();
   std::shared_ptr<Segment> segment(new Segment(std::move(file).value(), std::move(shownPath)));
   if (std::optional<StoreError> error = segment->takeHead()) return *std::move(error);
-  for (auto at = static_cast<std::size_t>(kFirstReadAtOpen); at < kColumnCount; ++at) {
-    if (!segment->isAsWritten(static_cast<ColumnId>(at))) {
+  for (std::size_t at = 0; at < kColumnCount; ++at) {
+    const auto id = static_cast<ColumnId>(at);
+    if (isReadAtOpen(id) && !segment->isAsWritten(id)) {
       return damageError(segment->shownPath_, fmt::format("column {} is not as written", at));
     }
   }
@@ -199,21 +204,16 @@ bool Segment::takeClasses() {
       !std::ranges::is_sorted(offsets)) {
     return false;
   }
-  classes_.reserve(head_.classCount);
-  aclPresences_.reserve(head_.classCount);
   for (std::uint32_t number = 0; number < head_.classCount; ++number) {
-    if (presences[number] > static_cast<std::uint8_t>(AclPresence::kUnknown)) return false;
-    const auto presence = static_cast<AclPresence>(presences[number]);
-    AclReading acl{presence != AclPresence::kUnknown, std::nullopt};
-    if (presence == AclPresence::kPresent) {
-      auto list = AccessControlList::parse(aclBytesOf(number));
-      // A list that makes no sense was kept as it was found; who it is for is refused.
-      acl = list ? AclReading{true, std::move(list).value()} : AclReading{};
-    }
-    classes_.push_back({{uids[number], gids[number], modes[number]}, std::move(acl)});
-    aclPresences_.push_back(presence);
+    const std::uint8_t presence = presences[number];
+    if (presence > static_cast<std::uint8_t>(AclPresence::kUnknown)) return false;
+    if (presence != static_cast<std::uint8_t>(AclPresence::kPresent)) continue;
+    auto list = AccessControlList::parse(aclBytesOf(number));
+    lists_.listed.push_back(number);
+    // A list that makes no sense was kept as it was found; who it is for is refused.
+    lists_.readings.push_back(list ? AclReading{true, std::move(list).value()} : AclReading{});
   }
-  columns_.classes = classes_;
+  columns_.classes = {uids, gids, modes, presences, lists_};
   return true;
 }
 

@@ -19,8 +19,8 @@ std::uint32_t blocksOf(std::uint64_t bytes) {
 }
 
 bool canBeAName(std::string_view name) {
-  constexpr std::string_view kNever("/\0", 2);
-  return name.size() <= NameArena::kLongestName && name.find_first_of(kNever) == name.npos;
+  return name.size() <= NameArena::kLongestName && name.find('/') == name.npos &&
+         name.find('\0') == name.npos;
 }
 
 }  // namespace
@@ -51,26 +51,26 @@ void SegmentBuilder::finishFolder(std::uint32_t folder, const FolderStamp& stamp
 
 bool SegmentBuilder::addRow(const SegmentEntry& entry) {
   if (entry.name.empty() || !canBeAName(entry.name)) return false;
-  if (rows_.size() >= limits_.rows || !names_.hasRoom()) isFull_ = true;
+  RowTable& rows = *rows_;
+  if (rows.count >= limits_.rows || !names_.hasRoom()) isFull_ = true;
   if (isFull_) return false;
   const FileStatus& status = entry.status;
   const NameArena::Place name = names_.add(entry.name);
   const std::uint32_t blocks = blocksOf(status.allocatedBytes);
-  if (blocks == kNotInBlocks) {
-    oddAllocations_.emplace_back(static_cast<std::uint32_t>(rows_.size()), status.allocatedBytes);
-  }
-  rows_.add({.modified = microsecondsOf(status.modified),
-             .created = status.created ? microsecondsOf(*status.created) : kNoDate,
-             .attributesChanged = microsecondsOf(status.attributesChanged),
-             .accessed = microsecondsOf(status.accessed),
-             .sizeInBytes = status.sizeInBytes,
-             .allocatedBlocks = blocks,
-             .nameStart = name.start,
-             .nameLength = static_cast<std::uint16_t>(name.length),
-             .type = numberOfType(entry.type),
-             .folder = entry.folder,
-             .accessClass = entry.accessClass,
-             .ownFolder = entry.ownFolder});
+  if (blocks == kNotInBlocks) rows.oddAllocations.emplace_back(rows.count, status.allocatedBytes);
+  if (entry.ownFolder != kNoFolder) rows.ownFolders.emplace_back(rows.count, entry.ownFolder);
+  rows.modified.add(microsecondsOf(status.modified));
+  rows.created.add(status.created ? microsecondsOf(*status.created) : kNoDate);
+  rows.attributesChanged.add(microsecondsOf(status.attributesChanged));
+  rows.accessed.add(microsecondsOf(status.accessed));
+  rows.sizes.add(status.sizeInBytes);
+  rows.allocatedBlocks.add(blocks);
+  rows.types.add(numberOfType(entry.type));
+  rows.folders.add(entry.folder);
+  rows.accessClasses.add(entry.accessClass);
+  rows.nameStarts.add(name.start);
+  rows.nameLengths.add(static_cast<std::uint16_t>(name.length));
+  ++rows.count;
   ++folders_[entry.folder].entryCount;
   return true;
 }
@@ -95,9 +95,10 @@ Result<SegmentIdentity, StoreError> SegmentBuilder::write(FileWriter& file,
                                                           std::uint64_t generation,
                                                           std::vector<std::uint32_t>* order) const {
   if (!isFull_) {
-    const SegmentContents contents(*this);
-    if (order != nullptr) *order = contents.order();
-    return contents.write(file, generation, limits_.textBytes);
+    SegmentContents contents(*this);
+    auto written = contents.write(file, generation, limits_.textBytes);
+    if (order != nullptr) *order = contents.takeOrder();
+    return written;
   }
   file.fail({StoreError::Kind::kTooLarge, "more files than one index can hold"});
   return *file.error();

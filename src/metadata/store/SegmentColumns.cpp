@@ -6,6 +6,12 @@
 
 namespace vt {
 
+const AclReading& ClassColumns::listOf(std::size_t number) const {
+  const auto found = std::ranges::lower_bound(lists_->listed, number);
+  if (found == lists_->listed.end() || *found != number) return lists_->unknown;
+  return lists_->readings[static_cast<std::size_t>(found - lists_->listed.begin())];
+}
+
 std::uint32_t SegmentColumns::ownFolderOf(std::size_t row) const {
   // Most rows are told apart by their class, which says that they are no folders.
   if (!S_ISDIR(classes[classOf(row)].ownership.mode)) return kNoFolder;

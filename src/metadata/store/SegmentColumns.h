@@ -7,9 +7,11 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "foundation/Date.h"
 #include "metadata/rights/AccessJudge.h"
+#include "metadata/rights/AclReader.h"
 #include "metadata/store/TextColumn.h"
 
 namespace vt {
@@ -31,7 +33,46 @@ inline constexpr std::uint32_t kNotInBlocks = std::numeric_limits<std::uint32_t>
 /// What every file of a class has in common: whose it is and who may do what with it.
 struct AccessClass {
   FileOwnership ownership;
-  AclReading acl;
+  const AclReading& acl;
+};
+
+/// The access classes of a segment, borrowed column by column: nothing is made for those, mostly
+/// all, that have no list.
+class ClassColumns {
+ public:
+  /// What is known of the lists of a segment. The classes that have one are `listed`, ascending.
+  struct Lists {
+    AclReading none{true, std::nullopt};
+    AclReading unknown;
+    std::vector<std::uint32_t> listed;
+    std::vector<AclReading> readings;  ///< like `listed`
+  };
+
+  ClassColumns() = default;
+  /// All of one length; `lists` must outlive this.
+  ClassColumns(std::span<const std::uint32_t> uids, std::span<const std::uint32_t> gids,
+               std::span<const std::uint32_t> modes, std::span<const std::uint8_t> presences,
+               const Lists& lists)
+      : uids_(uids), gids_(gids), modes_(modes), presences_(presences), lists_(&lists) {}
+
+  std::size_t size() const { return uids_.size(); }
+  bool empty() const { return uids_.empty(); }
+  AccessClass operator[](std::size_t number) const {
+    return {{uids_[number], gids_[number], modes_[number]}, aclOf(number)};
+  }
+
+ private:
+  const AclReading& aclOf(std::size_t number) const {
+    if (presences_[number] < static_cast<std::uint8_t>(AclPresence::kPresent)) return lists_->none;
+    return listOf(number);
+  }
+  const AclReading& listOf(std::size_t number) const;
+
+  std::span<const std::uint32_t> uids_;
+  std::span<const std::uint32_t> gids_;
+  std::span<const std::uint32_t> modes_;
+  std::span<const std::uint8_t> presences_;  // AclPresence
+  const Lists* lists_ = nullptr;
 };
 
 /// What the engine reads of a segment: columns of numbers and texts, borrowed from whoever has the
@@ -78,7 +119,7 @@ struct SegmentColumns {
   /// than the rows; empty where they are not.
   std::span<const std::uint32_t> folderNumbers;
 
-  std::span<const AccessClass> classes;
+  ClassColumns classes;
   std::span<const std::string_view> typeIdentifiers;
 
   std::size_t rowCount() const { return modified.size(); }

@@ -2,61 +2,67 @@
 
 #include <algorithm>
 #include <optional>
-#include <string>
-#include <utility>
+#include <string_view>
 
-#include "foundation/TextFolding.h"
-#include "foundation/UTF8.h"
+#include "metadata/store/NewestFirst.h"
 #include "metadata/store/PathOrder.h"
+#include "metadata/store/TwoThreads.h"
 
 namespace vt {
 namespace {
 
 using Folder = std::uint32_t;
 
-/// Folds text after text into the same memory.
-class NameFolder {
- public:
-  std::string_view fold(std::string_view name) {
-    if (isAscii(name)) {
-      folded_.resize(name.size());
-      foldAscii(name, Folding::kCaseAndMarks, folded_.data());
-    } else {
-      folded_ = foldText(name, Folding::kCaseAndMarks);
-    }
-    return folded_;
-  }
-
- private:
-  std::string folded_;
-};
-
 constexpr auto kItself = [](auto number) { return number; };
+
+/// Where each of the rows of `listed`, ascending, stands in `order`, with what is listed with it:
+/// in that order.
+template <class Listed>
+std::vector<std::pair<std::uint32_t, Listed>> placesOf(
+    const std::vector<std::pair<std::uint32_t, Listed>>& listed,
+    const std::vector<std::uint32_t>& order) {
+  Bitmap rows(order.size());
+  for (const auto& [row, what] : listed) rows.add(row);
+  std::vector<std::pair<std::uint32_t, Listed>> places;
+  places.reserve(listed.size());
+  for (std::uint32_t place = 0; place < order.size() && places.size() < listed.size(); ++place) {
+    if (!rows.contains(order[place])) continue;
+    const auto found = std::ranges::lower_bound(listed, order[place], {},
+                                                &std::pair<std::uint32_t, Listed>::first);
+    places.emplace_back(place, found->second);
+  }
+  return places;
+}
 
 }  // namespace
 
-SegmentContents::SegmentContents(const SegmentBuilder& built) : built_(built) { sortRows(); }
+SegmentContents::SegmentContents(const SegmentBuilder& built)
+    : built_(built),
+      isLarge_(built.rows_->count >= kLeastRowsForTwoThreads),
+      names_(*built.rows_, built.names_) {
+  {
+    NewestFirst newest(built.rows_->modified, built.rows_->count);
+    doBoth(
+        isLarge_,
+        [&] {
+          newest.sortFirstHalf();
+          names_.measureFirstHalf();
+        },
+        [&] {
+          newest.sortSecondHalf();
+          names_.measureSecondHalf();
+        });
+    order_ = newest.rows();
+  }
+  sortTies();
+}
 
-void SegmentContents::sortRows() {
-  struct Key {
-    std::int64_t modified;
-    std::uint32_t row;
-  };
-  const auto count = static_cast<std::uint32_t>(built_.rows_.size());
-  std::vector<Key> keys;
-  keys.reserve(count);
-  for (std::uint32_t row = 0; row < count; ++row) keys.push_back({built_.rows_[row].modified, row});
-  // The number last, so that the same entries in the same order give the same file.
-  std::ranges::sort(keys, [](const Key& a, const Key& b) {
-    return a.modified != b.modified ? a.modified > b.modified : a.row < b.row;
-  });
-  order_.reserve(count);
-  for (const Key& key : keys) order_.push_back(key.row);
-
+void SegmentContents::sortTies() {
   std::optional<PathOrder> paths;  // made for the first rows that need it
-  for (std::size_t first = 0; first < count;) {
+  for (std::size_t first = 0; first < order_.size();) {
+    const std::int64_t modified = built_.rows_->modified[order_[first]];
     std::size_t last = first + 1;
-    while (last < count && keys[last].modified == keys[first].modified) ++last;
+    while (last < order_.size() && built_.rows_->modified[order_[last]] == modified) ++last;
     if (last - first > 1) {
       if (!paths) {
         std::vector<std::uint32_t> parents;
@@ -80,16 +86,14 @@ void SegmentContents::sortTies(std::size_t first, std::size_t last, const PathOr
   std::stable_sort(begin + static_cast<std::ptrdiff_t>(first),
                    begin + static_cast<std::ptrdiff_t>(last),
                    [&](std::uint32_t a, std::uint32_t b) {
-                     const BuiltRow& left = built_.rows_[a];
-                     const BuiltRow& right = built_.rows_[b];
-                     return order.isBefore(left.folder, built_.names_[left.name()], right.folder,
-                                           built_.names_[right.name()], folderName);
+                     return order.isBefore(built_.rows_->folders[a], names_[a],
+                                           built_.rows_->folders[b], names_[b], folderName);
                    });
 }
 
 Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
                                                            std::uint64_t generation,
-                                                           std::uint64_t mostTextBytes) const {
+                                                           std::uint64_t mostTextBytes) {
   SegmentHead head;
   head.generation = generation;
   head.rowCount = static_cast<std::uint32_t>(order_.size());
@@ -99,79 +103,58 @@ Result<SegmentIdentity, StoreError> SegmentContents::write(FileWriter& file,
   head.baseBytes = built_.base_.bytes;
   head.baseHeadChecksum = built_.base_.headChecksum;
   SegmentWriter writer(file, head);
-  writeRows(writer, mostTextBytes);
-  writeOddAllocations(writer);
-  writeFolders(writer, mostTextBytes);
-  writeFoldersByRow(writer);
-  writeClasses(writer, mostTextBytes);
-  writeTypes(writer, mostTextBytes);
-  writer.numbers<std::uint32_t>(ColumnId::kBaseFolders, built_.baseFolders_, kItself);
-  writer.numbers<std::uint64_t>(ColumnId::kDeadRows, built_.deadRows_, kItself);
+  FileWriter part = file.leaveOut(names_.bytesFrom(file.position()));
+  SegmentWriter names(part);
+  doBoth(
+      isLarge_,
+      [&] {
+        names_.write(names, order_, mostTextBytes);
+        part.align(kColumnAlignment);
+        part.flush();
+      },
+      [&] {
+        writeNumbers(writer);
+        if (isLarge_) file.startSync();  // while the names take longer
+        writeOddAllocations(writer);
+        writeFolders(writer, mostTextBytes);
+        writeClasses(writer, mostTextBytes);
+        writeTypes(writer, mostTextBytes);
+        writer.numbers<std::uint32_t>(ColumnId::kBaseFolders, built_.baseFolders_, kItself);
+        writer.numbers<std::uint64_t>(ColumnId::kDeadRows, built_.deadRows_, kItself);
+      });
+  file.take(part);
+  writer.takeColumns(names, ColumnId::kFoldedNames, ColumnId::kModified);
   const SegmentHead& written = writer.finish();
   if (file.error()) return *file.error();
   return SegmentIdentity{written.fileBytes, written.checksum};
 }
 
-void SegmentContents::prefetchAfter(std::size_t at, bool withName) const {
-  constexpr std::size_t kNamesAhead = 12;
-  constexpr std::size_t kRowsAhead = 24;  // which tell where their names are
-  if (at + kRowsAhead >= order_.size()) return;
-  __builtin_prefetch(&built_.rows_[order_[at + kRowsAhead]]);
-  if (withName) {
-    __builtin_prefetch(built_.names_[built_.rows_[order_[at + kNamesAhead]].name()].data());
-  }
+template <class Number>
+void SegmentContents::writeNumbers(SegmentWriter& writer, ColumnId id,
+                                   PieceColumn<Number>& column) const {
+  writer.numbers<Number>(id, order_, [&](std::uint32_t row) { return column[row]; });
+  if (built_.isReleased_) column.release();
 }
 
-void SegmentContents::writeRows(SegmentWriter& writer, std::uint64_t mostTextBytes) const {
-  std::vector<bool> differs;
-  differs.reserve(order_.size());
-  NameFolder folder;
-  writer.texts(ColumnId::kFoldedNames, ColumnId::kFoldedNameOffsets, order_, mostTextBytes,
-               [&](std::uint32_t row) {
-                 prefetchAfter(differs.size(), /*withName=*/true);
-                 const std::string_view name = built_.names_[built_.rows_[row].name()];
-                 const std::string_view folded = folder.fold(name);
-                 differs.push_back(folded != name);
-                 return folded;
-               });
-  std::size_t at = 0;
-  writer.texts(ColumnId::kOtherNames, ColumnId::kOtherNameOffsets, order_, mostTextBytes,
-               [&](std::uint32_t row) {
-                 return differs[at++] ? built_.names_[built_.rows_[row].name()]
-                                      : std::string_view();
-               });
-  const auto column = [&]<class Number>(ColumnId id, Number BuiltRow::* field) {
-    at = 0;
-    writer.numbers<Number>(id, order_, [&](std::uint32_t row) {
-      prefetchAfter(at++, /*withName=*/false);
-      return built_.rows_[row].*field;
-    });
-  };
-  column(ColumnId::kModified, &BuiltRow::modified);
-  column(ColumnId::kCreated, &BuiltRow::created);
-  column(ColumnId::kAttributesChanged, &BuiltRow::attributesChanged);
-  column(ColumnId::kAccessed, &BuiltRow::accessed);
-  column(ColumnId::kSizes, &BuiltRow::sizeInBytes);
-  column(ColumnId::kAllocatedBlocks, &BuiltRow::allocatedBlocks);
-  column(ColumnId::kTypes, &BuiltRow::type);
-  column(ColumnId::kFolders, &BuiltRow::folder);
-  column(ColumnId::kAccessClasses, &BuiltRow::accessClass);
+void SegmentContents::writeNumbers(SegmentWriter& writer) const {
+  RowTable& rows = *built_.rows_;
+  writeNumbers(writer, ColumnId::kModified, rows.modified);
+  writeNumbers(writer, ColumnId::kCreated, rows.created);
+  writeNumbers(writer, ColumnId::kAttributesChanged, rows.attributesChanged);
+  writeNumbers(writer, ColumnId::kAccessed, rows.accessed);
+  writeNumbers(writer, ColumnId::kSizes, rows.sizes);
+  writeNumbers(writer, ColumnId::kAllocatedBlocks, rows.allocatedBlocks);
+  writeNumbers(writer, ColumnId::kTypes, rows.types);
+  writeNumbers(writer, ColumnId::kFolders, rows.folders);
+  writeNumbers(writer, ColumnId::kAccessClasses, rows.accessClasses);
 }
 
 void SegmentContents::writeOddAllocations(SegmentWriter& writer) const {
-  std::vector<std::uint32_t> rows;
-  std::vector<std::uint64_t> allocations;
-  for (std::uint32_t at = 0; at < order_.size(); ++at) {
-    prefetchAfter(at, /*withName=*/false);
-    const std::uint32_t row = order_[at];
-    if (built_.rows_[row].allocatedBlocks != kNotInBlocks) continue;
-    const auto odd = std::ranges::lower_bound(built_.oddAllocations_, row, {},
-                                              &std::pair<std::uint32_t, std::uint64_t>::first);
-    rows.push_back(at);
-    allocations.push_back(odd->second);
-  }
-  writer.numbers<std::uint32_t>(ColumnId::kOddlyAllocatedRows, rows, kItself);
-  writer.numbers<std::uint64_t>(ColumnId::kOddAllocations, allocations, kItself);
+  const auto odd = placesOf(built_.rows_->oddAllocations, order_);
+  writer.numbers<std::uint32_t>(ColumnId::kOddlyAllocatedRows, odd,
+                                [](const auto& row) { return row.first; });
+  writer.numbers<std::uint64_t>(ColumnId::kOddAllocations, odd,
+                                [](const auto& row) { return row.second; });
 }
 
 void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostTextBytes) const {
@@ -187,12 +170,9 @@ void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostText
   column(ColumnId::kEntryCounts, &Built::entryCount);
   column(ColumnId::kAreRoots, &Built::isRoot);
   column(ColumnId::kAreListed, &Built::isListed);
+  const auto byRow = placesOf(built_.rows_->ownFolders, order_);
   std::vector<std::uint32_t> rows(folders.size(), kNoRow);
-  for (std::uint32_t at = 0; at < order_.size(); ++at) {
-    prefetchAfter(at, /*withName=*/false);
-    const Folder own = built_.rows_[order_[at]].ownFolder;
-    if (own != kNoFolder) rows[own] = at;
-  }
+  for (const auto& [place, folder] : byRow) rows[folder] = place;
   writer.numbers<std::uint32_t>(ColumnId::kFolderRows, rows, kItself);
   const auto stamps = [&]<class Number>(ColumnId id, Number FolderStamp::* field) {
     writer.numbers<Number>(id, folders, [&](const Built& folder) { return folder.stamp.*field; });
@@ -201,16 +181,8 @@ void SegmentContents::writeFolders(SegmentWriter& writer, std::uint64_t mostText
   stamps(ColumnId::kFolderInodes, &FolderStamp::inode);
   stamps(ColumnId::kFolderModified, &FolderStamp::modified);
   stamps(ColumnId::kFolderAttributesChanged, &FolderStamp::attributesChanged);
-}
-
-void SegmentContents::writeFoldersByRow(SegmentWriter& writer) const {
-  writer.column(ColumnId::kFoldersByRow, [&](FileWriter& file) {
-    for (std::size_t at = 0; at < order_.size(); ++at) {
-      prefetchAfter(at, /*withName=*/false);
-      const Folder own = built_.rows_[order_[at]].ownFolder;
-      if (own != kNoFolder) file.appendNumber(own);
-    }
-  });
+  writer.numbers<std::uint32_t>(ColumnId::kFoldersByRow, byRow,
+                                [](const auto& row) { return row.second; });
 }
 
 void SegmentContents::writeClasses(SegmentWriter& writer, std::uint64_t mostTextBytes) const {

@@ -34,6 +34,12 @@ void SegmentWriter::refuseMoreThan(std::uint64_t mostBytes, std::uint64_t bytes)
   file_.fail({StoreError::Kind::kTooLarge, "longer names together than one index can hold"});
 }
 
+void SegmentWriter::takeColumns(const SegmentWriter& part, ColumnId first, ColumnId end) {
+  for (auto at = static_cast<std::size_t>(first); at < static_cast<std::size_t>(end); ++at) {
+    head_.columns[at] = part.head_.columns[at];
+  }
+}
+
 const SegmentHead& SegmentWriter::finish() {
   file_.align(kColumnAlignment);
   head_.fileBytes = file_.position();

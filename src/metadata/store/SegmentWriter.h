@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -16,6 +18,13 @@ class SegmentWriter {
   /// Begins the segment. `head` has the counts; places, sizes and checksums are filled in here.
   SegmentWriter(FileWriter& file, const SegmentHead& head);
 
+  /// Writes columns of a segment that another writer has begun, to a part of its file; that one is
+  /// then told by takeColumns().
+  explicit SegmentWriter(FileWriter& part) : file_(part) {}
+
+  /// Takes the columns from `first` to before `end` to lie where `part` has written them.
+  void takeColumns(const SegmentWriter& part, ColumnId first, ColumnId end);
+
   /// Writes the column: `fill` appends its bytes to the file.
   template <class Fill>
   void column(ColumnId id, Fill fill) {
@@ -27,7 +36,18 @@ class SegmentWriter {
   template <class Number, class Items, class NumberOf>
   void numbers(ColumnId id, const Items& items, NumberOf numberOf) {
     column(id, [&](FileWriter& file) {
-      for (const auto& item : items) file.appendNumber(static_cast<Number>(numberOf(item)));
+      // Some at a time, since each append is looked at for whether it still fits.
+      std::array<Number, 512> some;
+      std::size_t count = 0;
+      const auto append = [&] {
+        file.append({reinterpret_cast<const char*>(some.data()), count * sizeof(Number)});
+        count = 0;
+      };
+      for (const auto& item : items) {
+        some[count++] = static_cast<Number>(numberOf(item));
+        if (count == some.size()) append();
+      }
+      append();
     });
   }
   /// Writes one text for each item of `items`, each ended as TextColumn has it, and where they

@@ -24,6 +24,8 @@ int StoreCalls::reserve(int file, std::uint64_t offset, std::uint64_t count) {
                      static_cast<off_t>(count));
 }
 
+void StoreCalls::startSync(int file) { ::sync_file_range(file, 0, 0, SYNC_FILE_RANGE_WRITE); }
+
 int StoreCalls::truncate(int file, std::uint64_t size) {
   return ::ftruncate(file, static_cast<off_t>(size));
 }

@@ -21,6 +21,8 @@ class StoreCalls {
   virtual ssize_t write(int file, const void* bytes, std::size_t count, std::uint64_t offset);
   /// Sets space on the disk aside for bytes that are yet to be written, beyond the end of the file.
   virtual int reserve(int file, std::uint64_t offset, std::uint64_t count);
+  /// Has what was written begin to reach the disk, without waiting for it.
+  virtual void startSync(int file);
   /// Gives back what was set aside beyond `size`.
   virtual int truncate(int file, std::uint64_t size);
   virtual int sync(int fileOrFolder);

@@ -38,6 +38,26 @@ TEST(AccessJudge, LetsTheSuperuserReadEverything) {
   EXPECT_TRUE(judge.allows({1, 1, S_IFREG | 0000}, kMayRead, noList));
 }
 
+TEST(AccessJudge, GrantsByTheModeWhatItAllowsWithoutAList) {
+  const AccessJudge judges[] = {bobsJudge(), AccessJudge(Credentials(0, 0, {}))};
+  for (const AccessJudge& judge : judges) {
+    for (std::uint32_t bits = 0; bits < 01000; ++bits) {
+      for (const std::uint32_t type : {S_IFREG, S_IFDIR, S_IFLNK}) {
+        for (const std::uint32_t uid : {1U, 7U}) {
+          for (const std::uint32_t gid : {1U, 70U, 71U}) {
+            const FileOwnership file{uid, gid, type | bits};
+            for (const Permissions wanted : {kMayRead, kMaySearch}) {
+              ASSERT_EQ((judge.grantedByMode(file) & wanted) != 0,
+                        judge.allows(file, wanted, noList))
+                  << uid << ' ' << gid << ' ' << std::oct << file.mode;
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
 TEST(AccessJudge, RefusesWhenTheListIsNotKnown) {
   const auto unknown = [] { return AclReading{false, std::nullopt}; };
   EXPECT_FALSE(bobsJudge().allows({1, 1, S_IFREG | 0644}, kMayRead, unknown));

@@ -3,6 +3,7 @@
 #include <errno.h>
 #include <time.h>
 
+#include <atomic>
 #include <optional>
 
 #include "metadata/store/StoreCalls.h"
@@ -15,8 +16,8 @@ class FailingCalls final : public StoreCalls {
   /// The call that fails: counted from 0 over all that are made.
   std::optional<int> failsAt;
   int error = EIO;
-  bool writesHalf = false;  ///< a write that fails has written half before
-  int calls = 0;
+  bool writesHalf = false;     ///< a write that fails has written half before
+  std::atomic<int> calls = 0;  // large segments are written by two threads
   const char* failed = "";
 
   int create(int folder, const char* name) override {

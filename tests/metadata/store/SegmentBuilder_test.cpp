@@ -1,12 +1,19 @@
 #include "metadata/store/SegmentBuilder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
+
+#include "metadata/store/FaultyCalls.h"
+#include "metadata/store/SegmentContents.h"
 #include "metadata/store/SegmentVerifier.h"
 #include "metadata/store/StoredFiles.h"
 
 namespace vt {
 namespace {
+
+using testing::HasSubstr;
 
 SegmentEntry entryNamed(std::string_view name) {
   return {.name = name, .status = StoredFiles::plain(1), .folder = 0};
@@ -108,6 +115,70 @@ TEST(SegmentBuilder, OrdersManyFilesOfOneDateByPath) {
   for (std::size_t row = 0; row < sorted.size(); ++row) {
     ASSERT_EQ(segment->columns().name(row), sorted[row].name);
   }
+}
+
+/// So many rows that two threads write them, with dates and names that few others have.
+SegmentBuilder manyRows() {
+  SegmentBuilder built(storedTypes());
+  built.addFolder(kNoFolder, "", built.addClass({}, AclPresence::kNone, {}));
+  std::mt19937 random(7);
+  for (std::uint32_t row = 0; row < SegmentContents::kLeastRowsForTwoThreads + 1; ++row) {
+    std::string name = (row % 3 == 0 ? "Ab" : "ab") + std::to_string(row);
+    if (row % 7 == 0) name += "\xc3\x9c";
+    SegmentEntry entry = entryNamed(name);
+    entry.folder = 0;
+    entry.status.modified = Date{std::chrono::microseconds{random() % 40'000}};
+    entry.status.sizeInBytes = row;
+    entry.status.allocatedBytes = row % 11 == 0 ? 1 : 512;
+    if (!built.addRow(entry)) throw std::runtime_error("not added");
+  }
+  return built;
+}
+
+TEST(SegmentBuilder, WritesManyRowsAsItDoesFew) {
+  const SegmentBuilder built = manyRows();
+  const auto segment = SegmentFile(built).open().value();
+  const auto damage = verifySegment(*segment);
+  EXPECT_FALSE(damage) << damage->reason;
+  const SegmentColumns& columns = segment->columns();
+  ASSERT_EQ(columns.rowCount(), SegmentContents::kLeastRowsForTwoThreads + 1);
+  for (std::size_t row = 0; row < columns.rowCount(); ++row) {
+    // The size of each is its number, and that is in its name.
+    ASSERT_THAT(std::string(columns.name(row)), HasSubstr(std::to_string(columns.sizes[row])));
+    ASSERT_EQ(columns.allocatedBytesOf(row), columns.sizes[row] % 11 == 0 ? 1U : 512U);
+  }
+}
+
+TEST(SegmentBuilder, WritesTheSameWhetherItReleasesItsMemoryOrNot) {
+  SegmentBuilder built = manyRows();
+  const std::string kept = SegmentFile(built).bytes;
+  EXPECT_EQ(SegmentFile(built).bytes, kept);
+  built.releaseWhenWritten();
+  EXPECT_EQ(SegmentFile(built).bytes, kept);
+}
+
+TEST(SegmentBuilder, TellsOfAnyWriteOfManyRowsThatFails) {
+  const SegmentBuilder built = manyRows();
+  const TemporaryFolder place;
+  const Descriptor folder(::open(place.path().c_str(), O_RDONLY | O_DIRECTORY));
+  int failures = 0;
+  for (bool isDone = false; !isDone; ++failures) {
+    SCOPED_TRACE(failures);
+    FailingCalls calls;
+    const std::string name = "segment" + std::to_string(failures);
+    const Descriptor file(calls.create(folder.get(), name.c_str()));
+    calls.calls = 0;
+    calls.failsAt = failures;
+    FileWriter writer(calls, file.get(), name);
+    const auto written = built.write(writer, 1);
+    isDone = *calls.failed == '\0';
+    EXPECT_EQ(written.hasValue(), isDone);
+    if (!isDone) {
+      EXPECT_EQ(written.error().kind, StoreError::Kind::kFailed);
+    }
+  }
+  // The head, the names, the numbers and the head again.
+  EXPECT_GT(failures, 4);
 }
 
 }  // namespace
