@@ -41,6 +41,8 @@ void forEachField(Record& record, Visit visit) {
   visit("lastBatchSeconds", record.lastBatchSeconds);
   visit("failure", record.failure);
   visit("contentFailure", record.contentFailure);
+  visit("isMerging", record.isMerging);
+  visit("mergeFailure", record.mergeFailure);
 }
 
 struct Reader {

@@ -42,8 +42,10 @@ struct WatcherRecord {
   std::optional<Date> lastBatch;    ///< when changes were last published
   std::uint64_t lastBatchSize = 0;  ///< places that were looked at
   double lastBatchSeconds = 0;
-  std::string failure;         ///< why the index can't be brought up to date; "" when it can
-  std::string contentFailure;  ///< why files can't be looked into; "" when they can
+  std::string failure;          ///< why the index can't be brought up to date; "" when it can
+  std::string contentFailure;   ///< why files can't be looked into; "" when they can
+  std::uint64_t isMerging = 0;  ///< 1 while base and delta are merged
+  std::string mergeFailure;  ///< why they could not be when that was tried last; "" when they could
 
   bool operator==(const WatcherRecord&) const = default;
 };

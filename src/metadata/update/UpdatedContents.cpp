@@ -99,46 +99,59 @@ StoreFailure UpdatedContents::announce(const SegmentIdentity& delta, const Known
     announced_.push_back(*content);
     if (isUnseen) unseenOfDelta_.insert(row);
   }
-  announcesBase_ = false;
-  return publish(delta, announced_, /*replacesBase=*/false);
+  if (StoreFailure failure = catalogue_->setRows(delta, announced_)) return failure;
+  std::vector<SegmentIdentity> kept = segments_;
+  kept.push_back(delta);
+  if (StoreFailure failure = catalogue_->keepRowsOf(kept)) return failure;
+  return catalogue_->commit();
 }
 
-StoreFailure UpdatedContents::announceMerged(const SegmentIdentity& base,
-                                             std::span<const std::uint32_t> order) {
-  announced_.clear();
-  announced_.reserve(order.size());
-  std::vector<bool> areUnseen(base_.size() + delta_.size());
-  for (const std::uint32_t row : unseenOfBase_) areUnseen[row] = true;
+std::vector<ContentNumber> UpdatedContents::contentsByRow() const {
+  std::vector<ContentNumber> contents = base_;
   for (std::size_t at = 0; at < delta_.size(); ++at) {
-    areUnseen[base_.size() + at] = unseenOfDelta_.contains(deltaRows_[at]);
+    if (deltaRows_[at] >= contents.size()) contents.resize(deltaRows_[at] + 1, kWithoutContent);
+    contents[deltaRows_[at]] = delta_[at];
   }
+  return contents;
+}
+
+StoreFailure UpdatedContents::rebase(const SegmentIdentity& base, std::size_t baseRowCount,
+                                     std::span<const std::uint32_t> before) {
+  const std::vector<ContentNumber> contents = contentsByRow();
+  std::unordered_set<std::uint32_t> unseen = std::move(unseenOfDelta_);
+  unseen.insert(unseenOfBase_.begin(), unseenOfBase_.end());
   unseenOfBase_.clear();
   unseenOfDelta_.clear();
-  for (const std::uint32_t row : order) {
-    if (areUnseen[row]) unseenOfBase_.push_back(static_cast<std::uint32_t>(announced_.size()));
-    announced_.push_back(row < base_.size() ? base_[row] : delta_[row - base_.size()]);
+  base_.clear();
+  base_.reserve(baseRowCount);
+  delta_.clear();
+  deltaRows_.clear();
+  for (std::uint32_t row = 0; row < before.size(); ++row) {
+    const std::uint32_t was = before[row];
+    // Rows that are dead by now may be of no delta any more.
+    const ContentNumber content = was < contents.size() ? contents[was] : kWithoutContent;
+    const bool isUnseen = !unseen.empty() && unseen.contains(was);
+    if (row < baseRowCount) {
+      base_.push_back(content);
+      if (isUnseen) unseenOfBase_.push_back(row);
+    } else {
+      delta_.push_back(content);
+      deltaRows_.push_back(row);
+      if (isUnseen) unseenOfDelta_.insert(row);
+    }
   }
-  announcesBase_ = true;
-  return publish(base, announced_, /*replacesBase=*/true);
-}
-
-StoreFailure UpdatedContents::publish(const SegmentIdentity& segment,
-                                      std::span<const ContentNumber> contents, bool replacesBase) {
-  if (StoreFailure failure = catalogue_->setRows(segment, contents)) return failure;
-  std::vector<SegmentIdentity> kept = segments_;
-  kept.push_back(segment);
-  if (StoreFailure failure = catalogue_->keepRowsOf(kept)) return failure;
-  segments_.resize(replacesBase ? 0 : 1);
-  segments_.push_back(segment);
+  if (StoreFailure failure = catalogue_->setRows(base, base_)) return failure;
+  segments_.push_back(base);
+  if (StoreFailure failure = catalogue_->keepRowsOf(segments_)) return failure;
   return catalogue_->commit();
 }
 
 void UpdatedContents::take(const IndexGeneration& generation) {
-  if (announcesBase_) {
-    base_ = std::move(announced_);
-    delta_.clear();
-    deltaRows_.clear();
-  } else if (generation.delta) {
+  segments_ = {generation.segment->identity()};
+  delta_.clear();
+  deltaRows_.clear();
+  if (generation.delta) {
+    segments_.push_back(generation.delta->identity());
     delta_ = std::move(announced_);
     deltaRows_ = std::move(announcedRows_);
   }

@@ -29,8 +29,11 @@ class UpdatedContents {
   /// that `index` calls them by.
   StoreFailure announce(const SegmentIdentity& delta, const KnownIndex& index,
                         std::span<const std::uint32_t> rows);
-  /// The same of a new base, `order` being that of MergedSegment.
-  StoreFailure announceMerged(const SegmentIdentity& base, std::span<const std::uint32_t> order);
+  /// Goes on from a merged base of `baseRowCount` rows, which is about to come into force, alone or
+  /// with a delta that is to be announced: `before` tells of each row, and of each of the delta's,
+  /// what KnownIndex called it before.
+  StoreFailure rebase(const SegmentIdentity& base, std::size_t baseRowCount,
+                      std::span<const std::uint32_t> before);
 
   /// Takes what was announced for what is in force.
   void take(const IndexGeneration& generation);
@@ -53,8 +56,8 @@ class UpdatedContents {
   Result<bool, StoreError> lookAtAttributes(const IndexGeneration& generation,
                                             const GenerationColumns& columns,
                                             ContentIndexer::Progress progress);
-  StoreFailure publish(const SegmentIdentity& segment, std::span<const ContentNumber> contents,
-                       bool replacesBase);
+  /// What each row of the index has, by what it is called there.
+  std::vector<ContentNumber> contentsByRow() const;
 
   std::unique_ptr<CatalogueWriter> catalogue_;
   const Extractors* extractors_;
@@ -70,7 +73,6 @@ class UpdatedContents {
   std::unordered_set<std::uint32_t> unseenOfDelta_;
   std::uint64_t newTexts_ = 0;  // since all texts were merged
   bool hasSeenRest_ = false;    // the attributes of all other files
-  bool announcesBase_ = false;
 };
 
 }  // namespace vt

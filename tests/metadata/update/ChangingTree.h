@@ -26,7 +26,11 @@ namespace vt {
 /// Changes a tree of files at random, and tells what it has changed.
 class ChangingTree {
  public:
-  ChangingTree(std::string root, std::uint32_t seed) : root_(std::move(root)), random_(seed) {}
+  /// What is told of a file with several names.
+  enum class Names { kAll, kOne };
+
+  ChangingTree(std::string root, std::uint32_t seed, Names names = Names::kAll)
+      : root_(std::move(root)), random_(seed), names_(names) {}
 
   /// Makes some changes. What they were is named by the paths of the moment when they were made.
   FileChanges change(std::uint32_t count) {
@@ -91,6 +95,7 @@ class ChangingTree {
   /// All names of the file, which share their status.
   void nameLinks(const Path& path) {
     name(path);
+    if (names_ == Names::kOne) return;
     struct stat status{};
     if (::lstat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode) || status.st_nlink < 2) {
       return;
@@ -102,7 +107,7 @@ class ChangingTree {
   }
   void nameLinksBelow(const Path& path) {
     nameLinks(path);
-    if (!isFolder(path)) return;
+    if (!isFolder(path) || names_ == Names::kOne) return;
     for (const Path& inside : below(path)) {
       struct stat status{};
       ::lstat(inside.c_str(), &status);
@@ -113,7 +118,7 @@ class ChangingTree {
   void changeOne() {
     std::error_code ignored;
     const Path file = oneOf(all(/*folders=*/false));
-    switch (pick(16)) {
+    switch (names_ == Names::kOne && pick(3) == 0 ? 12 : pick(16)) {
       case 0:
       case 1: {
         const Path path = newPath();
@@ -240,6 +245,7 @@ class ChangingTree {
 
   std::string root_;
   std::mt19937 random_;
+  Names names_;
   FileChanges changes_;
   std::map<ino_t, int> moves_;  // of folders
 };
