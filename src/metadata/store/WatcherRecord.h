@@ -59,7 +59,8 @@ Result<WatcherRecord, StoreError> parseWatcherRecord(std::string_view text,
 /// What the watcher of the index in `folder` last told. kMissing when there was none.
 Result<WatcherRecord, StoreError> readWatcherRecord(const std::string& folder);
 /// Replaces it, as the holder of the index's lock. It is not forced to the disk: what it vouches
-/// for ends with this start of the machine.
+/// for ends with this start of the machine. The one before stays beside it, as "watcher.tmp": its
+/// room is that of the next one, so that a watcher can say that the disk is full.
 std::optional<StoreError> writeWatcherRecord(const std::string& folder,
                                              const WatcherRecord& record);
 
