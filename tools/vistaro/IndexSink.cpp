@@ -27,6 +27,7 @@ Result<bool, StoreError> IndexSink::crawl(Meanwhile goesOn) {
   IndexWriter::tellOfTrouble(**report);
   contents_ = {};
   contents_.areToBeTold = writer_.looksIntoFiles();
+  contents_.errorOfCrawl = (*report)->contentError;
   return true;
 }
 
@@ -44,7 +45,14 @@ Result<bool, StoreError> IndexSink::lookIntoFiles(Meanwhile goesOn) {
   const auto start = std::chrono::steady_clock::now();
   const auto counts = writer_.lookIntoFiles(
       updater_, [&](const IndexingProgress& /*progress*/) { return goesOn(); });
-  if (!counts) return counts.error();
+  if (!counts) {
+    if (!wantsCrawl(counts.error())) return counts.error();
+    // It finds out again what the catalogue does not say.
+    const Result<bool, StoreError> isDone = crawl(goesOn);
+    if (!isDone) return isDone.error();
+    if (contents_.errorOfCrawl) return *contents_.errorOfCrawl;
+    return false;
+  }
   contents_.time += std::chrono::steady_clock::now() - start;
   contents_.counts.done += counts->done;
   contents_.counts.failures += counts->failures;

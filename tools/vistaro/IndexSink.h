@@ -40,6 +40,7 @@ class IndexSink final : public ChangeSink {
     bool areToBeTold = false;
     ContentCounts counts;
     std::chrono::duration<double> time{};
+    std::optional<StoreError> errorOfCrawl;  // why it could not go on to look into files
   };
 
   const IndexWriter& writer_;

@@ -64,17 +64,20 @@ std::optional<StoreError> IndexUpdater::take(IndexGeneration generation) {
                       "the index was made with types that are not known here"};
   }
   auto state = std::make_unique<State>(*std::move(index));
-  if (extractors_ != nullptr) {
-    Result<UpdatedContents, StoreError> contents =
-        UpdatedContents::of(folder_, *extractors_, generation);
-    if (contents) {
-      state->contents = std::move(contents).value();
-    } else {
-      state->contentError = contents.error();
-    }
-  }
+  if (extractors_ != nullptr) takeContents(*state);
   state_ = std::move(state);
   return std::nullopt;
+}
+
+void IndexUpdater::takeContents(State& state) {
+  Result<UpdatedContents, StoreError> contents =
+      UpdatedContents::of(folder_, *extractors_, state.index);
+  if (contents) {
+    state.contents = std::move(contents).value();
+    state.contentError.reset();
+  } else {
+    state.failContents(contents.error());
+  }
 }
 
 Result<UpdateReport, StoreError> IndexUpdater::apply(const FileChanges& changes,
@@ -236,6 +239,8 @@ std::optional<StoreError> IndexUpdater::adoptMerged() {
 Result<ContentCounts, StoreError> IndexUpdater::lookIntoFiles(ContentIndexer::Progress progress) {
   if (extractors_ == nullptr) return ContentCounts();
   if (std::optional<StoreError> error = load()) return *std::move(error);
+  // There may be space by now, or whatever else was missing.
+  if (!state_->contents) takeContents(*state_);
   if (!state_->contents) return *state_->contentError;
   Result<ContentCounts, StoreError> counts =
       state_->contents->lookIntoFiles(state_->index.generation(), types_, progress);

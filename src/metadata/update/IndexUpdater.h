@@ -81,6 +81,7 @@ class IndexUpdater {
   void forget();
 
   /// Looks into files that came or changed, and those that a crawl has left to be looked into.
+  /// kMissing, kDamaged or kOtherKind when there is nothing to go on from: a crawl is due.
   /// `progress` ends it by answering false; what is left is looked into the next time.
   Result<ContentCounts, StoreError> lookIntoFiles(ContentIndexer::Progress progress);
 
@@ -90,6 +91,8 @@ class IndexUpdater {
   /// Reads the generation in force, unless it is known.
   std::optional<StoreError> load();
   std::optional<StoreError> take(IndexGeneration generation);
+  /// Goes on from what the catalogue says, or keeps why it can't.
+  void takeContents(State& state);
   /// Publishes what is known beside its base, which is `mergedBase` unless that is nullptr.
   std::optional<StoreError> publish(State& state, Date vouched, const SegmentIdentity* mergedBase);
   /// Goes on from what was published, which calls rows and folders by `layout`.

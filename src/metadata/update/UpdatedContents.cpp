@@ -3,60 +3,91 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <numeric>
 #include <unordered_map>
 #include <utility>
 
-#include "metadata/catalogue/CatalogueReader.h"
 #include "metadata/indexing/AttributesLook.h"
 #include "metadata/indexing/RowContents.h"
 
 namespace vt {
 namespace {
 
-Result<std::vector<ContentNumber>, StoreError> rowsOf(CatalogueReader& catalogue,
-                                                      const Segment& segment) {
-  auto rows = catalogue.rowsOf(segment.identity(), segment.columns().rowCount());
-  if (!rows) return rows.error();
-  if (!*rows) {
-    return StoreError{StoreError::Kind::kMissing,
-                      fmt::format("{} says nothing of {}", catalogue.path(), segment.shownPath())};
-  }
-  return std::move(**rows);
+/// Why a catalogue is not gone on with that says nothing of the base.
+StoreError missingError(CatalogueWriter& catalogue, const std::string& path, const Segment& base) {
+  // While nothing can be written, a crawl would come to the same.
+  const SegmentIdentity identity = base.identity();
+  StoreFailure failure = catalogue.keepRowsOf({&identity, 1});
+  if (!failure) failure = catalogue.commit();
+  if (failure) return *std::move(failure);
+  return {StoreError::Kind::kMissing, fmt::format("{} says nothing of {}", path, base.shownPath())};
 }
 
 }  // namespace
 
 Result<UpdatedContents, StoreError> UpdatedContents::of(const IndexFolder& folder,
                                                         const Extractors& extractors,
-                                                        const IndexGeneration& generation) {
+                                                        const KnownIndex& index) {
   const auto reader = CatalogueReader::open(folder.path());
   if (!reader) return reader.error();
-  auto base = rowsOf(**reader, *generation.segment);
-  if (!base) return base.error();
-  Result<std::vector<ContentNumber>, StoreError> delta = std::vector<ContentNumber>();
-  if (generation.delta) delta = rowsOf(**reader, *generation.delta);
-  if (!delta) return delta.error();
   auto writer = CatalogueWriter::open(folder.path());
   if (!writer) return writer.error();
+  const Segment& segment = *index.generation().segment;
+  auto base = (*reader)->rowsOf(segment.identity(), segment.columns().rowCount());
+  if (!base) return base.error();
+  if (!*base) return missingError(**writer, (*reader)->path(), segment);
   UpdatedContents contents(std::move(writer).value(), extractors);
-  contents.base_ = std::move(base).value();
-  contents.delta_ = std::move(delta).value();
-  contents.deltaRows_.resize(contents.delta_.size());
-  std::iota(contents.deltaRows_.begin(), contents.deltaRows_.end(),
-            static_cast<std::uint32_t>(contents.base_.size()));
-  contents.segments_.push_back(generation.segment->identity());
-  if (generation.delta) contents.segments_.push_back(generation.delta->identity());
+  contents.base_ = *std::move(*base);
+  contents.segments_.push_back(segment.identity());
+  const Result<bool, StoreError> isBaseSeen =
+      contents.catalogue_->hasSeenAttributesOf(contents.segments_);
+  if (!isBaseSeen) return isBaseSeen.error();
+  contents.hasSeenRest_ = *isBaseSeen;
+  if (StoreFailure failure = contents.takeDelta(**reader, index)) return *std::move(failure);
   // Whoever published the delta may have ended before all of it was looked at.
   const Result<bool, StoreError> areSeen =
       contents.catalogue_->hasSeenAttributesOf(contents.segments_);
   if (!areSeen) return areSeen.error();
-  const Result<bool, StoreError> isBaseSeen =
-      contents.catalogue_->hasSeenAttributesOf({contents.segments_.data(), 1});
-  if (!isBaseSeen) return isBaseSeen.error();
-  contents.hasSeenRest_ = *isBaseSeen;
   if (!*areSeen) {
     contents.unseenOfDelta_.insert(contents.deltaRows_.begin(), contents.deltaRows_.end());
+  }
+  return contents;
+}
+
+StoreFailure UpdatedContents::takeDelta(CatalogueReader& catalogue, const KnownIndex& index) {
+  if (!index.generation().delta) return std::nullopt;
+  const Segment& delta = *index.generation().delta;
+  segments_.push_back(delta.identity());
+  deltaRows_ = index.layout().rows;
+  auto rows = catalogue.rowsOf(delta.identity(), delta.columns().rowCount());
+  if (!rows) return rows.error();
+  if (*rows) {
+    delta_ = *std::move(*rows);
+    return std::nullopt;
+  }
+  // It could not be written when the delta was published.
+  Result<std::vector<ContentNumber>, StoreError> found = contentsOf(index, deltaRows_);
+  if (!found) return found.error();
+  delta_ = std::move(found).value();
+  if (StoreFailure failure = catalogue_->setRows(delta.identity(), delta_)) return failure;
+  return catalogue_->commit();
+}
+
+Result<std::vector<ContentNumber>, StoreError> UpdatedContents::contentsOf(
+    const KnownIndex& index, std::span<const std::uint32_t> rows) {
+  std::unordered_map<std::uint32_t, ContentNumber> known;
+  for (std::size_t at = 0; at < delta_.size(); ++at) known.emplace(deltaRows_[at], delta_[at]);
+  std::vector<ContentNumber> contents;
+  contents.reserve(rows.size());
+  for (const std::uint32_t row : rows) {
+    if (const auto before = known.find(row); before != known.end()) {
+      contents.push_back(before->second);
+      continue;
+    }
+    bool isUnseen = false;
+    const auto content = contentOf(index.statusOf(row), index.typeOf(row), isUnseen);
+    if (!content) return content.error();
+    contents.push_back(*content);
+    if (isUnseen) unseenOfDelta_.insert(row);
   }
   return contents;
 }
@@ -84,21 +115,10 @@ Result<ContentNumber, StoreError> UpdatedContents::contentOf(const FileStatus& s
 
 StoreFailure UpdatedContents::announce(const SegmentIdentity& delta, const KnownIndex& index,
                                        std::span<const std::uint32_t> rows) {
-  std::unordered_map<std::uint32_t, ContentNumber> known;
-  for (std::size_t at = 0; at < deltaRows_.size(); ++at) known.emplace(deltaRows_[at], delta_[at]);
-  announced_.clear();
+  Result<std::vector<ContentNumber>, StoreError> contents = contentsOf(index, rows);
+  if (!contents) return contents.error();
+  announced_ = std::move(contents).value();
   announcedRows_.assign(rows.begin(), rows.end());
-  for (const std::uint32_t row : rows) {
-    if (const auto before = known.find(row); before != known.end()) {
-      announced_.push_back(before->second);
-      continue;
-    }
-    bool isUnseen = false;
-    const auto content = contentOf(index.statusOf(row), index.typeOf(row), isUnseen);
-    if (!content) return content.error();
-    announced_.push_back(*content);
-    if (isUnseen) unseenOfDelta_.insert(row);
-  }
   if (StoreFailure failure = catalogue_->setRows(delta, announced_)) return failure;
   std::vector<SegmentIdentity> kept = segments_;
   kept.push_back(delta);

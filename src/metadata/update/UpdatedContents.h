@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "metadata/catalogue/CatalogueReader.h"
 #include "metadata/catalogue/CatalogueWriter.h"
 #include "metadata/extract/Extractors.h"
 #include "metadata/indexing/ContentIndexer.h"
@@ -19,11 +20,12 @@ namespace vt {
 /// Which content each row has of an index that changes are made to.
 class UpdatedContents {
  public:
-  /// What the catalogue in the folder says of the newest generation, which is `generation`.
-  /// kMissing when it says nothing.
+  /// What the catalogue in the folder says of the generation that `index` has published or read
+  /// last. What it does not say of the delta is found out again; kMissing when it says nothing of
+  /// the base, though it can be written to: then a crawl is due.
   static Result<UpdatedContents, StoreError> of(const IndexFolder& folder,
                                                 const Extractors& extractors,
-                                                const IndexGeneration& generation);
+                                                const KnownIndex& index);
 
   /// Says what is known of the rows of `delta`, which is about to come into force: `rows` are those
   /// that `index` calls them by.
@@ -48,6 +50,11 @@ class UpdatedContents {
   UpdatedContents(std::unique_ptr<CatalogueWriter> catalogue, const Extractors& extractors)
       : catalogue_(std::move(catalogue)), extractors_(&extractors) {}
 
+  /// Takes what the catalogue says of the delta, or finds out what it should.
+  StoreFailure takeDelta(CatalogueReader& catalogue, const KnownIndex& index);
+  /// What the rows beside the base have, as far as that is known.
+  Result<std::vector<ContentNumber>, StoreError> contentsOf(const KnownIndex& index,
+                                                            std::span<const std::uint32_t> rows);
   /// What the file has; the other tells whether its extended attributes are to be looked at, though
   /// its content is not.
   Result<ContentNumber, StoreError> contentOf(const FileStatus& status, ContentTypeId type,
