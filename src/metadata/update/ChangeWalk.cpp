@@ -283,12 +283,7 @@ void ChangeWalk::arrive(std::uint32_t folder, std::uint32_t row, const CrawledEn
   }
   if (row != kNoRow) {
     if (index_.isAsKnown(row, entry)) return;
-    const std::int64_t created = createdOf(entry.status);
-    if (created != kNoDate && index_.createdOf(row) == created) {
-      index_.remove(row);  // the same file
-    } else {
-      depart(row);
-    }
+    depart(row);  // it may be another file in its place, or itself
   }
   index_.add(folder, entry, kNoFolder);
 }

@@ -53,7 +53,9 @@ std::optional<StoreError> IndexUpdater::load() {
   folder_.removeAside(lock_);
   Result<IndexGeneration, StoreError> generation = folder_.current();
   if (!generation) return generation.error();
-  if (std::optional<StoreError> damage = verifyGeneration(*generation)) return damage;
+  std::optional<StoreError> damage = verifyGeneration(*generation);
+  generation->segment->dropPages();  // of which few are looked at again
+  if (damage) return damage;
   return take(std::move(generation).value());
 }
 

@@ -196,6 +196,7 @@ bool KnownIndex::isAsKnown(std::uint32_t row, const CrawledEntry& entry) {
 
 void KnownIndex::remove(std::uint32_t row) {
   ++removedCount_;
+  removed_.push_back(row);
   if (isOfBase(row)) {
     dead_.add(row);
     ++deadCount_;
@@ -230,6 +231,7 @@ std::uint32_t KnownIndex::add(std::uint32_t folder, const CrawledEntry& entry,
 void KnownIndex::take(IndexGeneration published, Layout layout) {
   generation_ = std::move(published);
   layout_ = std::move(layout);
+  removed_.clear();
   // The same bytes, mapped once.
   segment_ = generation_.segment;
   base_ = segment_->columns();

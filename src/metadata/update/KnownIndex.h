@@ -84,6 +84,8 @@ class KnownIndex {
     return classes_.numberOf(entry.status.ownership, entry.acl, entry.aclBytes);
   }
 
+  /// Those that were removed since generation() was published or read.
+  const std::vector<std::uint32_t>& removedRows() const { return removed_; }
   std::uint64_t addedCount() const { return addedCount_; }
   std::uint64_t removedCount() const { return removedCount_; }
 
@@ -148,6 +150,7 @@ class KnownIndex {
   std::size_t liveCount_ = 0;                                              // of newer_
   std::vector<std::uint32_t> baseFolders_;  // here, by the base's own numbers
   std::vector<std::uint32_t> baseNumbers_;  // the other way; shorter than there are folders
+  std::vector<std::uint32_t> removed_;
   std::uint64_t addedCount_ = 0;
   std::uint64_t removedCount_ = 0;
 };

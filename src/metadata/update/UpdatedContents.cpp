@@ -12,6 +12,14 @@
 namespace vt {
 namespace {
 
+// Fewer are left to the next crawl: to find out which of them no row has takes a look at all rows.
+constexpr std::size_t kManyGone = 1000;
+
+/// What has a crawl come, which makes the catalogue anew.
+StoreError mostlyForgottenError() {
+  return {StoreError::Kind::kOtherKind, "the catalogue is mostly of files that are gone"};
+}
+
 /// Why a catalogue is not gone on with that says nothing of the base.
 StoreError missingError(CatalogueWriter& catalogue, const std::string& path, const Segment& base) {
   // While nothing can be written, a crawl would come to the same.
@@ -117,6 +125,7 @@ StoreFailure UpdatedContents::announce(const SegmentIdentity& delta, const Known
                                        std::span<const std::uint32_t> rows) {
   Result<std::vector<ContentNumber>, StoreError> contents = contentsOf(index, rows);
   if (!contents) return contents.error();
+  noteGone(index);
   announced_ = std::move(contents).value();
   announcedRows_.assign(rows.begin(), rows.end());
   if (StoreFailure failure = catalogue_->setRows(delta, announced_)) return failure;
@@ -126,12 +135,58 @@ StoreFailure UpdatedContents::announce(const SegmentIdentity& delta, const Known
   return catalogue_->commit();
 }
 
+void UpdatedContents::noteGone(const KnownIndex& index) {
+  if (index.removedRows().empty()) return;
+  const std::vector<ContentNumber> newer = newerContents();
+  for (const std::uint32_t row : index.removedRows()) {
+    ContentNumber content = kWithoutContent;
+    if (row < base_.size()) {
+      content = base_[row];
+    } else if (row - base_.size() < newer.size()) {
+      content = newer[row - base_.size()];
+    }
+    if (content != kWithoutContent && content != kPendingContent) gone_.push_back(content);
+  }
+}
+
+StoreFailure UpdatedContents::forgetGone(const IndexGeneration& generation) {
+  if (gone_.size() < kManyGone) return std::nullopt;
+  Bitmap gone(std::size_t{*std::ranges::max_element(gone_)} + 1);
+  for (const ContentNumber content : gone_) gone.add(content);
+  Bitmap kept(gone.size());
+  for (const std::vector<ContentNumber>* const contents : {&base_, &delta_}) {
+    for (const ContentNumber content : *contents) {
+      if (content < gone.size() && gone.contains(content)) kept.add(content);
+    }
+  }
+  gone -= kept;  // under another name, or where the file was moved to
+  gone_.clear();
+  gone.forEach([&](std::size_t content) { gone_.push_back(static_cast<ContentNumber>(content)); });
+  const Segment& tables = generation.delta ? *generation.delta : *generation.segment;
+  std::unordered_set<std::uint64_t> devices;
+  for (std::uint32_t folder = 0; folder < tables.columns().folderCount(); ++folder) {
+    devices.insert(tables.stampOf(folder).device);
+  }
+  StoreFailure failure =
+      catalogue_->remove(gone_, [&](std::uint64_t device) { return devices.contains(device); });
+  gone_.clear();
+  return failure ? failure : catalogue_->commit();
+}
+
+std::vector<ContentNumber> UpdatedContents::newerContents() const {
+  std::vector<ContentNumber> contents;
+  for (std::size_t at = 0; at < delta_.size(); ++at) {
+    const std::size_t place = deltaRows_[at] - base_.size();
+    if (place >= contents.size()) contents.resize(place + 1, kWithoutContent);
+    contents[place] = delta_[at];
+  }
+  return contents;
+}
+
 std::vector<ContentNumber> UpdatedContents::contentsByRow() const {
   std::vector<ContentNumber> contents = base_;
-  for (std::size_t at = 0; at < delta_.size(); ++at) {
-    if (deltaRows_[at] >= contents.size()) contents.resize(deltaRows_[at] + 1, kWithoutContent);
-    contents[deltaRows_[at]] = delta_[at];
-  }
+  const std::vector<ContentNumber> newer = newerContents();
+  contents.insert(contents.end(), newer.begin(), newer.end());
   return contents;
 }
 
@@ -210,8 +265,12 @@ Result<ContentCounts, StoreError> UpdatedContents::lookIntoFiles(
   if (generation.delta) failure = look(*generation.delta, columns.delta, delta_);
   if (!failure) failure = look(*generation.segment, columns.base, base_);
   newTexts_ += counts.done;
+  if (!failure) failure = forgetGone(generation);
   if (!failure && counts.done == counts.expected && newTexts_ > kManyNewTexts) {
     newTexts_ = 0;
+    const Result<bool, StoreError> isMostlyForgotten = catalogue_->isMostlyForgotten();
+    if (!isMostlyForgotten) return isMostlyForgotten.error();
+    if (*isMostlyForgotten) return mostlyForgottenError();
     failure = catalogue_->mergeText();
   }
   if (failure) return *std::move(failure);

@@ -63,6 +63,12 @@ class UpdatedContents {
   Result<bool, StoreError> lookAtAttributes(const IndexGeneration& generation,
                                             const GenerationColumns& columns,
                                             ContentIndexer::Progress progress);
+  /// Keeps which contents rows had that were removed.
+  void noteGone(const KnownIndex& index);
+  /// Forgets those that no row has any more, once they are many.
+  StoreFailure forgetGone(const IndexGeneration& generation);
+  /// What the rows beside the base have, by what the index calls them, the first of them first.
+  std::vector<ContentNumber> newerContents() const;
   /// What each row of the index has, by what it is called there.
   std::vector<ContentNumber> contentsByRow() const;
 
@@ -78,8 +84,9 @@ class UpdatedContents {
   // attributes are to be looked at.
   std::vector<std::uint32_t> unseenOfBase_;
   std::unordered_set<std::uint32_t> unseenOfDelta_;
-  std::uint64_t newTexts_ = 0;  // since all texts were merged
-  bool hasSeenRest_ = false;    // the attributes of all other files
+  std::vector<ContentNumber> gone_;  // contents of rows that were removed; others may have them
+  std::uint64_t newTexts_ = 0;       // since all texts were merged
+  bool hasSeenRest_ = false;         // the attributes of all other files
 };
 
 }  // namespace vt

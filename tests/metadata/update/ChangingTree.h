@@ -36,7 +36,10 @@ class ChangingTree {
   FileChanges change(std::uint32_t count) {
     changes_ = {};
     moves_.clear();
+    links_.clear();
+    linked_.clear();
     while (count-- > 0) changeOne();
+    nameLostLinks();
     for (const auto& [inode, times] : moves_) {
       // What it was called meanwhile is a path that nobody can know any more.
       if (times > 1) changes_.trees.push_back(root_);
@@ -92,6 +95,19 @@ class ChangingTree {
   }
 
   void name(const Path& path) { changes_.entries.push_back(path.native()); }
+  static ino_t inodeOf(const Path& path) {
+    struct stat status{};
+    return ::lstat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+  }
+  /// Names of files whose new name is not there any more: nobody can know of which files it was.
+  void nameLostLinks() {
+    for (std::size_t at = 0; at < links_.size(); ++at) {
+      if (inodeOf(links_[at]) == linked_[at]) continue;
+      for (const Path& path : all(/*folders=*/false)) {
+        if (inodeOf(path) == linked_[at]) name(path);
+      }
+    }
+  }
   /// All names of the file, which share their status.
   void nameLinks(const Path& path) {
     name(path);
@@ -198,6 +214,8 @@ class ChangingTree {
         const Path path = newPath();
         if (file.empty() || ::link(file.c_str(), path.c_str()) != 0) return;
         nameLinks(path);
+        links_.push_back(path);
+        linked_.push_back(inodeOf(path));
         return;
       }
       case 13: {
@@ -248,6 +266,8 @@ class ChangingTree {
   Names names_;
   FileChanges changes_;
   std::map<ino_t, int> moves_;  // of folders
+  std::vector<Path> links_;     // that were made, and of which file each was
+  std::vector<ino_t> linked_;
 };
 
 }  // namespace vt

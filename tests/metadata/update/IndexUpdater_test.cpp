@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "metadata/engine/FoundPaths.h"
@@ -227,6 +228,51 @@ TEST_F(IndexUpdaterTest, KnowsWhenTheInodeHasChangedOfWhatKeepsANameLess) {
   EXPECT_EQ(apply({{at("other.txt")}, {}, {}}).rowsAdded, 1U) << "of which the inode has changed";
   std::filesystem::create_hard_link(at("a/one.txt"), at("again.txt"));
   EXPECT_EQ(apply({{at("again.txt")}, {}, {}}).rowsAdded, 2U);
+}
+
+TEST_F(IndexUpdaterTest, ForgetsTextsOfFilesThatWentOnceTheyAreMany) {
+  constexpr int kFiles = 1200;
+  for (int file = 0; file < kFiles; ++file) {
+    std::ofstream(at(std::to_string(file) + ".txt")) << "budget " << file;
+  }
+  std::ofstream(at("moves.txt")) << "forecast";
+  index_.run({tree_.path()});
+  const auto contents = [&] {
+    return valueOrThrow(valueOrThrow(CatalogueReader::open(index_.path()))->counts()).contents;
+  };
+  ASSERT_EQ(contents(), kFiles + 1U);
+  std::filesystem::rename(at("moves.txt"), at("moved.txt"));
+  FileChanges changes{{at("moves.txt"), at("moved.txt")}, {}, {}};
+  const auto remove = [&](int file) {
+    changes.entries.push_back(at(std::to_string(file) + ".txt"));
+    std::filesystem::remove(changes.entries.back());
+  };
+  remove(0);
+  apply(std::exchange(changes, {}));
+  EXPECT_EQ(contents(), kFiles + 1U) << "a few are left to the next crawl";
+  for (int file = 1; file < kFiles; ++file) remove(file);
+  apply(changes);
+  EXPECT_EQ(contents(), 1U);
+  EXPECT_THAT(found("kMDItemTextContent == \"budget\""), IsEmpty());
+  EXPECT_THAT(found("kMDItemTextContent == \"forecast\""), ElementsAre("moved.txt"));
+  const auto catalogue = valueOrThrow(CatalogueReader::open(index_.path()));
+  EXPECT_EQ(valueOrThrow(verifyContents(index_.generation(), *catalogue)).withoutRow, 0U);
+}
+
+TEST_F(IndexUpdaterTest, LooksIntoFilesOfADeltaThatTheCatalogueSaysNothingOf) {
+  std::ofstream(at("old.txt")) << "forecast";
+  index_.run({tree_.path()});
+  std::filesystem::rename(index_.path() + "/catalogue", index_.path() + "/away");
+  std::filesystem::create_directory(index_.path() + "/catalogue");
+  std::ofstream(at("new.txt")) << "budget";
+  ASSERT_TRUE(valueOrThrow(updater_.apply({{at("new.txt")}, {}, {}})).contentError);
+  ASSERT_FALSE(updater_.lookIntoFiles([](const ContentCounts&) { return true; }));
+  std::filesystem::remove(index_.path() + "/catalogue");
+  std::filesystem::rename(index_.path() + "/away", index_.path() + "/catalogue");
+  EXPECT_EQ(valueOrThrow(updater_.lookIntoFiles([](const ContentCounts&) { return true; })).done,
+            1U);
+  EXPECT_THAT(found("kMDItemTextContent == \"budget\""), ElementsAre("new.txt"));
+  EXPECT_THAT(found("kMDItemTextContent == \"forecast\""), ElementsAre("old.txt"));
 }
 
 /// Updates whose merges run when the test says so.
