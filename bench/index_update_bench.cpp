@@ -232,7 +232,6 @@ int run(const Corpus& corpus, const char* madeIndex, const char* beside) {
       before, merges.mostMemory, mostMemoryOfChildren());
   fmt::print("{} merges, {} updates of {} files meanwhile\n", merges.count, merges.updates,
              kChangedFiles);
-  printFigure("FirstUpdateOfAProcess", 1000 * first, "ms", "updatedb", 1000 * peer);
   return std::ranges::all_of(reached, std::identity()) ? 0 : 1;
 }
 
