@@ -18,6 +18,12 @@ if(VT_SANITIZE)
   target_link_options(vistaro_options INTERFACE -fsanitize=${VT_SANITIZE})
 endif()
 
+# vt_source_definition(FILE NAME="value"), a path of this build: the other sources compile to the same
+# in every checkout, so that a compiler cache knows them.
+function(vt_source_definition source definition)
+  set_property(SOURCE ${source} APPEND PROPERTY COMPILE_DEFINITIONS ${definition})
+endfunction()
+
 # vt_library(NAME SOURCES a.cpp … [PUBLIC lib …] [PRIVATE lib …])
 function(vt_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})

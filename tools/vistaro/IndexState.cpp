@@ -1,8 +1,10 @@
 #include "vistaro/IndexState.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -19,6 +21,12 @@ void addWatcher(const WatcherRecord& watcher, IndexState& state) {
   const bool isAlive = state.lock && watcher.process > 0 &&
                        state.lock->reason.starts_with(fmt::format("process {} ", watcher.process));
   if (isAlive && !watcher.watch.empty()) state.watcher = watcher;
+}
+
+/// Says what a watcher can't, since nobody can write what it has to say.
+void addReadOnly(const std::string& folder, IndexState& state) {
+  if (!state.watcher || ::access(folder.c_str(), W_OK) == 0 || errno != EROFS) return;
+  state.watcher->failure = systemError(EROFS, "write", folder).reason;
 }
 
 }  // namespace
@@ -43,6 +51,7 @@ IndexState indexStateAt(const std::string& folder) {
   if (!lock && lock.error().kind == StoreError::Kind::kLocked) state.lock = lock.error();
   const Result<WatcherRecord, StoreError> watcher = readWatcherRecord(folder);
   if (watcher) addWatcher(*watcher, state);
+  addReadOnly(folder, state);
   return state;
 }
 

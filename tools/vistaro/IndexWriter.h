@@ -36,9 +36,12 @@ class IndexWriter {
   Result<std::optional<IndexingReport>, StoreError> run(const std::vector<std::string>& roots,
                                                         Indexer::Progress progress) const;
 
-  /// What changes are made with to the index that run() has published.
-  IndexUpdater updater() const {
-    return IndexUpdater(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr);
+  /// What changes are made with to the index that run() has published. Borrows `runner`, which
+  /// merges.
+  IndexUpdater updater(BackgroundRunner& runner) const {
+    IndexUpdater::Options options;
+    options.runner = &runner;
+    return IndexUpdater(folder_, lock_, *types_, extractors_ ? &*extractors_ : nullptr, options);
   }
   /// Looks into files as that updater does, and shows the same.
   static Result<ContentCounts, StoreError> lookIntoFiles(IndexUpdater& updater,

@@ -34,14 +34,22 @@ void showWatch(const WatcherRecord& record, std::chrono::microseconds age) {
                    fmt::format("{}, {} places, {:.2f} s", localTimeText(*record.lastBatch),
                                record.lastBatchSize, record.lastBatchSeconds));
   }
+  if (record.isMerging != 0) showStatusLine("Merging", "base and delta, beside updates");
   if (!record.failure.empty()) showStatusLine("Trouble", printable(record.failure));
   if (!record.contentFailure.empty()) showStatusLine("Trouble", printable(record.contentFailure));
+  if (!record.mergeFailure.empty()) {
+    showStatusLine("Trouble", "base and delta were not merged: " + printable(record.mergeFailure));
+  }
 }
 
 nlohmann::ordered_json watchAsJson(const WatcherRecord& record) {
-  nlohmann::ordered_json watch = {{"by", record.watch},        {"unit", record.unit},
-                                  {"watched", record.watched}, {"unwatched", record.unwatched},
-                                  {"waiting", record.waiting}, {"overflows", record.overflows}};
+  nlohmann::ordered_json watch = {{"by", record.watch},
+                                  {"unit", record.unit},
+                                  {"watched", record.watched},
+                                  {"unwatched", record.unwatched},
+                                  {"waiting", record.waiting},
+                                  {"overflows", record.overflows},
+                                  {"merging", record.isMerging != 0}};
   const auto add = [&](const char* key, const std::string& text) {
     if (!text.empty()) watch[key] = text;
   };
@@ -49,6 +57,7 @@ nlohmann::ordered_json watchAsJson(const WatcherRecord& record) {
   add("whyUnwatched", record.whyUnwatched);
   add("error", record.failure);
   add("contentError", record.contentFailure);
+  add("mergeError", record.mergeFailure);
   if (record.lastBatch) {
     watch["lastChange"] = instantText(*record.lastBatch);
     watch["lastChangePlaces"] = record.lastBatchSize;

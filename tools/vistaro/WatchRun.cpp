@@ -170,6 +170,7 @@ void WatchRun::tellTrouble() {
   if (loop_ && loop_->contentFailure()) {
     add("files were not looked into, or not all: " + loop_->contentFailure()->reason);
   }
+  if (sink_.mergeError()) add("base and delta were not merged: " + sink_.mergeError()->reason);
   if (loop_ && !choice_.watch->whyUnwatched().empty()) {
     add(fmt::format("not all is watched, but looked at every {} minutes: {}", times_.rescan.count(),
                     choice_.watch->whyUnwatched()));
@@ -209,6 +210,8 @@ WatcherRecord WatchRun::record() const {
   }
   if (loop_->failure()) record.failure = loop_->failure()->reason;
   if (loop_->contentFailure()) record.contentFailure = loop_->contentFailure()->reason;
+  record.isMerging = sink_.isMerging() ? 1 : 0;
+  if (sink_.mergeError()) record.mergeFailure = sink_.mergeError()->reason;
   return record;
 }
 
@@ -250,6 +253,7 @@ void WatchRun::run() {
       throw CommandError{kFailure, printable(loop_->failure()->reason)};
     }
     isFirst = false;
+    sink_.tendMerge();
     tellTrouble();
     keepRecord();
     waitUntil(next);

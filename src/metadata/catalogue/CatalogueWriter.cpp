@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "metadata/catalogue/AttributeBytes.h"
 #include "metadata/catalogue/CatalogueFile.h"
@@ -57,6 +58,7 @@ Result<std::unique_ptr<CatalogueWriter>, StoreError> CatalogueWriter::open(
       {&statements.forget, "DELETE FROM content WHERE number = ?"},
       {&statements.forgetAttributes, "DELETE FROM attribute WHERE content = ?"},
       {&statements.findFile, "SELECT number FROM content WHERE device = ? AND inode = ?"},
+      {&statements.findDevice, "SELECT device FROM content WHERE number = ?"},
       {&statements.findRecord,
        "SELECT number, device, inode, modified, size, extractor, extractor_version, has_text, "
        "failure, attributes_changed FROM content WHERE device = ? AND inode = ?"},
@@ -248,6 +250,19 @@ StoreFailure CatalogueWriter::remove(std::span<const ContentNumber> numbers) {
     if (StoreFailure failure = forgetOne(number)) return failure;
   }
   return std::nullopt;
+}
+
+StoreFailure CatalogueWriter::remove(std::span<const ContentNumber> numbers,
+                                     FunctionRef<bool(std::uint64_t device)> isThere) {
+  std::vector<ContentNumber> removed;
+  for (const ContentNumber number : numbers) {
+    Statement& asked = statements_.findDevice.restart().bind(1, std::int64_t{number});
+    if (asked.next() && isThere(static_cast<std::uint64_t>(asked.number(0)))) {
+      removed.push_back(number);
+    }
+    if (StoreFailure failure = asked.finish()) return failure;
+  }
+  return remove(removed);
 }
 
 StoreFailure CatalogueWriter::setRows(const SegmentIdentity& segment,

@@ -49,6 +49,10 @@ class CatalogueWriter {
   /// Forgets contents whose files are gone.
   StoreFailure remove(std::span<const ContentNumber> numbers);
 
+  /// The same of those of them whose file system, a device number, `isThere`: others may come back.
+  StoreFailure remove(std::span<const ContentNumber> numbers,
+                      FunctionRef<bool(std::uint64_t device)> isThere);
+
   /// What is known of a file, without reason and path of a failure; nothing when nobody looked.
   Result<std::optional<ContentRecord>, StoreError> find(const ContentIdentity& identity);
 
@@ -75,6 +79,7 @@ class CatalogueWriter {
     Statement forget;
     Statement forgetAttributes;
     Statement findFile;
+    Statement findDevice;
     Statement findRecord;
     Statement add;
     Statement addName;

@@ -202,6 +202,7 @@ Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& lock,
                                                   AnnounceRows announce) const {
   std::vector<std::uint32_t> order;
   crawl.segments.clear();
+  removeAside(lock);  // a merge of what this takes the place of
   return publishSegment(
       lock, std::move(crawl),
       [&](FileWriter& file, std::uint64_t generation) {
@@ -213,8 +214,71 @@ Result<Manifest, StoreError> IndexFolder::publish(const IndexLock& lock,
 Result<Manifest, StoreError> IndexFolder::publishSegment(const IndexLock& /*lock*/, Manifest next,
                                                          WriteSegment write,
                                                          Announce announce) const {
-  const Result<std::vector<std::string>, StoreError> before = names();
+  const Result<std::vector<std::string>, StoreError> before = beginPublication(next);
   if (!before) return before.error();
+  const std::string name = segmentName(next.generation);
+  const Result<SegmentIdentity, StoreError> identity = writeSegment(name, next.generation, write);
+  if (!identity) return identity.error();
+  announce(*identity);
+  next.segments.push_back({name, *identity});
+  return putInForce(std::move(next), *before);
+}
+
+Result<SegmentIdentity, StoreError> IndexFolder::writeAside(std::uint64_t generation,
+                                                            WriteSegment write) const {
+  SegmentIdentity identity;
+  std::optional<StoreError> error = writeNew(kAsideName, [&](FileWriter& file) {
+    const Result<SegmentIdentity, StoreError> written = write(file, generation);
+    if (written) identity = *written;
+  });
+  if (error) return *std::move(error);
+  return identity;
+}
+
+Result<std::shared_ptr<const Segment>, StoreError> IndexFolder::openAside() const {
+  return Segment::open(folder_.get(), kAsideName, shown(kAsideName));
+}
+
+void IndexFolder::removeAside(const IndexLock& /*lock*/) const {
+  calls_->unlink(folder_.get(), kAsideName);
+}
+
+Result<Manifest, StoreError> IndexFolder::publishAside(const IndexLock& /*lock*/, Manifest next,
+                                                       const SegmentIdentity& aside,
+                                                       const WriteSegment* delta,
+                                                       Announce announce) const {
+  const Result<std::vector<std::string>, StoreError> before = beginPublication(next);
+  if (!before) return before.error();
+  const std::string base = segmentName(next.generation);
+  next.segments = {{base, aside}};
+  if (calls_->rename(folder_.get(), kAsideName, base.c_str()) != 0) {
+    return systemError(errno, "replace", shown(base));
+  }
+  std::optional<StoreError> error;
+  if (delta == nullptr) {
+    error = syncFolder();
+  } else {
+    ++next.generation;
+    const std::string name = segmentName(next.generation);
+    const Result<SegmentIdentity, StoreError> identity =
+        writeSegment(name, next.generation, *delta);
+    if (identity) {
+      next.segments.push_back({name, *identity});
+    } else {
+      error = identity.error();
+    }
+  }
+  if (error) {
+    calls_->unlink(folder_.get(), base.c_str());
+    return *std::move(error);
+  }
+  announce(next.segments.back().identity);
+  return putInForce(std::move(next), *before);
+}
+
+Result<std::vector<std::string>, StoreError> IndexFolder::beginPublication(Manifest& next) const {
+  Result<std::vector<std::string>, StoreError> before = names();
+  if (!before) return before;
   const Result<Manifest, StoreError> old = manifest();
   if (old || old.error().kind == StoreError::Kind::kMissing) {
     removeAllBut(old ? *old : Manifest(), *before);  // first, for their space
@@ -222,22 +286,24 @@ Result<Manifest, StoreError> IndexFolder::publishSegment(const IndexLock& /*lock
              old.error().kind != StoreError::Kind::kOtherKind) {
     return old.error();
   }
-
   next.generation = (old ? old->generation : 0) + 1;
   for (const std::string& name : *before) {
     next.generation = std::max(next.generation, generationOf(name).value_or(0) + 1);
   }
-  const std::string name = segmentName(next.generation);
-  const Result<SegmentIdentity, StoreError> identity = writeSegment(name, next.generation, write);
-  if (!identity) return identity.error();
-  announce(*identity);
-  next.segments.push_back({name, *identity});
+  return before;
+}
+
+Result<Manifest, StoreError> IndexFolder::putInForce(Manifest next,
+                                                     const std::vector<std::string>& before) const {
   if (std::optional<StoreError> error = replaceManifest(printManifest(next))) {
-    calls_->unlink(folder_.get(), name.c_str());
+    for (const SegmentRecord& segment : next.segments) {
+      const bool isOld = std::ranges::find(before, segment.file) != before.end();
+      if (!isOld) calls_->unlink(folder_.get(), segment.file.c_str());
+    }
     return *std::move(error);
   }
   if (std::optional<StoreError> error = syncFolder()) return *std::move(error);
-  removeAllBut(next, *before);
+  removeAllBut(next, before);
   return next;
 }
 
@@ -272,20 +338,24 @@ std::optional<StoreError> IndexFolder::replaceManifest(const std::string& text) 
 template <class Write>
 std::optional<StoreError> IndexFolder::writeBeside(const std::string& name, Write write) const {
   const std::string beside = name + std::string(kTemporarySuffix);
-  // Of a process that was killed: who holds the lock is the only one to write.
-  calls_->unlink(folder_.get(), beside.c_str());
-  std::optional<StoreError> error;
-  {
-    const Descriptor file(calls_->create(folder_.get(), beside.c_str()));
-    if (!file.isOpen()) return systemError(errno, "make", shown(beside));
-    FileWriter writer(*calls_, file.get(), shown(beside));
-    write(writer);
-    error = writer.sync();
-  }
+  std::optional<StoreError> error = writeNew(beside, write);
   if (!error && calls_->rename(folder_.get(), beside.c_str(), name.c_str()) != 0) {
     error = systemError(errno, "replace", shown(name));
+    calls_->unlink(folder_.get(), beside.c_str());
   }
-  if (error) calls_->unlink(folder_.get(), beside.c_str());
+  return error;
+}
+
+template <class Write>
+std::optional<StoreError> IndexFolder::writeNew(const std::string& name, Write write) const {
+  // Of a process that was killed: who holds the lock is the only one to write.
+  calls_->unlink(folder_.get(), name.c_str());
+  const Descriptor file(calls_->create(folder_.get(), name.c_str()));
+  if (!file.isOpen()) return systemError(errno, "make", shown(name));
+  FileWriter writer(*calls_, file.get(), shown(name));
+  write(writer);
+  std::optional<StoreError> error = writer.sync();
+  if (error) calls_->unlink(folder_.get(), name.c_str());
   return error;
 }
 

@@ -46,6 +46,7 @@ class IndexFolder {
  public:
   static constexpr const char* kManifestName = "manifest";
   static constexpr const char* kLockName = "lock";
+  static constexpr const char* kAsideName = "merged.tmp";
 
   /// Opens the folder at `path`. kMissing when there is none; kNotOurs when it belongs to another
   /// user than this process acts for, or its mode lets others in.
@@ -62,6 +63,8 @@ class IndexFolder {
   Result<IndexGeneration, StoreError> current(const IndexGeneration* known = nullptr) const;
 
   const std::string& path() const { return path_; }
+  /// The open folder; stays this object's.
+  int descriptor() const { return folder_.get(); }
 
   /// Takes the right to write, without waiting. kLocked, with the number of the process that has
   /// it, when another has it; also when this process has it already.
@@ -94,6 +97,21 @@ class IndexFolder {
       const IndexLock& lock, const SegmentBuilder& built, Manifest crawl,
       AnnounceRows announce = [](const auto&, auto) {}) const;
 
+  /// Writes a segment aside, synced, under a name that no manifest has: whoever holds the lock may
+  /// publish meanwhile. What was there before goes. An error leaves nothing there.
+  Result<SegmentIdentity, StoreError> writeAside(std::uint64_t generation,
+                                                 WriteSegment write) const;
+  /// Opens what was written aside. kMissing when nothing was.
+  Result<std::shared_ptr<const Segment>, StoreError> openAside() const;
+  /// Removes what was written aside and is not wanted, or whoever wrote it was killed.
+  void removeAside(const IndexLock& lock) const;
+  /// Publishes what was written aside, which `aside` tells, as the base of the next generation, as
+  /// publishSegment() does: alone, or with what `delta` writes unless it is nullptr. The segments
+  /// of `next` are of no account. `announce` is told of the last one.
+  Result<Manifest, StoreError> publishAside(const IndexLock& lock, Manifest next,
+                                            const SegmentIdentity& aside, const WriteSegment* delta,
+                                            Announce announce) const;
+
   /// Says of the generation in force, whose manifest `vouched` is but for the moment that is
   /// vouched for, that it is good until then.
   std::optional<StoreError> vouch(const IndexLock& lock, const Manifest& vouched) const;
@@ -105,12 +123,20 @@ class IndexFolder {
   Result<std::shared_ptr<const Segment>, StoreError> openSegment(
       const SegmentRecord& record, const IndexGeneration* known) const;
   std::string shown(const std::string& name) const { return path_ + "/" + name; }
+  /// Removes what killed writers left, and gives `next` a generation that no name was ever of. What
+  /// the folder held before.
+  Result<std::vector<std::string>, StoreError> beginPublication(Manifest& next) const;
+  /// Puts the manifest in force and removes what it does not name of `before`.
+  Result<Manifest, StoreError> putInForce(Manifest next,
+                                          const std::vector<std::string>& before) const;
   std::optional<StoreError> replaceManifest(const std::string& text) const;
   Result<SegmentIdentity, StoreError> writeSegment(const std::string& name,
                                                    std::uint64_t generation,
                                                    WriteSegment write) const;
   template <class Write>
   std::optional<StoreError> writeBeside(const std::string& name, Write write) const;
+  template <class Write>
+  std::optional<StoreError> writeNew(const std::string& name, Write write) const;
   std::optional<StoreError> syncFolder() const;
   Result<std::vector<std::string>, StoreError> names() const;
   void removeAllBut(const Manifest& manifest, const std::vector<std::string>& names) const;

@@ -22,6 +22,8 @@ namespace {
 
 constexpr const char* kName = "/watcher";
 constexpr std::size_t kMostBytes = std::size_t{1} << 16;
+// A block of most file systems: records of about the same size take the same room.
+constexpr std::size_t kRoom = 4096;
 
 /// The fields that are texts and numbers, each with its key.
 template <class Record, class Visit>
@@ -41,6 +43,8 @@ void forEachField(Record& record, Visit visit) {
   visit("lastBatchSeconds", record.lastBatchSeconds);
   visit("failure", record.failure);
   visit("contentFailure", record.contentFailure);
+  visit("isMerging", record.isMerging);
+  visit("mergeFailure", record.mergeFailure);
 }
 
 struct Reader {
@@ -77,6 +81,19 @@ Result<std::string, StoreError> readText(const std::string& path) {
   if (count < 0) return systemError(errno, "read", path);
   text.resize(static_cast<std::size_t>(count));
   return text;
+}
+
+/// Writes a file whose room is taken again, so that a full disk has it.
+std::optional<StoreError> overwrite(const std::string& path, std::string_view text) {
+  const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+  if (!file.isOpen()) return systemError(errno, "make", path);
+  const ssize_t count = ::pwrite(file.get(), text.data(), text.size(), 0);
+  if (count < 0) return systemError(errno, "write", path);
+  if (static_cast<std::size_t>(count) != text.size()) return systemError(ENOSPC, "write", path);
+  if (::ftruncate(file.get(), static_cast<off_t>(text.size())) != 0) {
+    return systemError(errno, "write", path);
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -143,14 +160,15 @@ std::optional<StoreError> writeWatcherRecord(const std::string& folder,
                                              const WatcherRecord& record) {
   const std::string path = folder + kName;
   const std::string beside = path + ".tmp";
-  const std::string text = printWatcherRecord(record);
-  const Descriptor file(
-      ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600));
-  if (!file.isOpen()) return systemError(errno, "make", beside);
-  const ssize_t count = ::write(file.get(), text.data(), text.size());
-  if (count < 0) return systemError(errno, "write", beside);
-  if (static_cast<std::size_t>(count) != text.size()) return systemError(ENOSPC, "write", beside);
+  std::string text = printWatcherRecord(record);
+  text.resize((text.size() + kRoom - 1) / kRoom * kRoom, '\n');
+  if (std::optional<StoreError> error = overwrite(beside, text)) return error;
+  if (::renameat2(AT_FDCWD, beside.c_str(), AT_FDCWD, path.c_str(), RENAME_EXCHANGE) == 0) {
+    return std::nullopt;
+  }
   if (std::rename(beside.c_str(), path.c_str()) != 0) return systemError(errno, "replace", path);
+  // The room of the next one, while there is some; else that one says so.
+  static_cast<void>(overwrite(beside, text));
   return std::nullopt;
 }
 

@@ -42,8 +42,10 @@ struct WatcherRecord {
   std::optional<Date> lastBatch;    ///< when changes were last published
   std::uint64_t lastBatchSize = 0;  ///< places that were looked at
   double lastBatchSeconds = 0;
-  std::string failure;         ///< why the index can't be brought up to date; "" when it can
-  std::string contentFailure;  ///< why files can't be looked into; "" when they can
+  std::string failure;          ///< why the index can't be brought up to date; "" when it can
+  std::string contentFailure;   ///< why files can't be looked into; "" when they can
+  std::uint64_t isMerging = 0;  ///< 1 while base and delta are merged
+  std::string mergeFailure;  ///< why they could not be when that was tried last; "" when they could
 
   bool operator==(const WatcherRecord&) const = default;
 };
@@ -57,7 +59,8 @@ Result<WatcherRecord, StoreError> parseWatcherRecord(std::string_view text,
 /// What the watcher of the index in `folder` last told. kMissing when there was none.
 Result<WatcherRecord, StoreError> readWatcherRecord(const std::string& folder);
 /// Replaces it, as the holder of the index's lock. It is not forced to the disk: what it vouches
-/// for ends with this start of the machine.
+/// for ends with this start of the machine. The one before stays beside it, as "watcher.tmp": its
+/// room is that of the next one, so that a watcher can say that the disk is full.
 std::optional<StoreError> writeWatcherRecord(const std::string& folder,
                                              const WatcherRecord& record);
 

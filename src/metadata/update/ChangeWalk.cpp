@@ -38,6 +38,7 @@ ChangeWalk::ChangeWalk(KnownIndex& index, const ContentTypes& types,
       scanner_(types, /*memory=*/nullptr),
       coarsestTick_(coarsestTick),
       now_(std::chrono::floor<Date::duration>(std::chrono::system_clock::now())),
+      otherNames_(index),
       seesAll_(::geteuid() == 0) {}
 
 void ChangeWalk::run(const FileChanges& changes) {
@@ -52,6 +53,18 @@ void ChangeWalk::run(const FileChanges& changes) {
     lookAround(changes);
   }
   removeDetached();
+  while (lookAtOtherNames()) {
+    lookAround({});
+    removeDetached();
+  }
+}
+
+/// Has the other names looked at that files may have which were found to have changed or gone.
+/// False when there are none that nobody has asked for.
+bool ChangeWalk::lookAtOtherNames() {
+  otherNames_.forEach(
+      [this](std::uint32_t folder, std::string_view name) { lookAt(folder, std::string(name)); });
+  return !queue_.empty();
 }
 
 void ChangeWalk::lookAround(const FileChanges& changes) {
@@ -183,6 +196,8 @@ void ChangeWalk::lookAtNames(std::uint32_t folder, int open, const std::set<std:
     const std::uint32_t row = rows.at(name);
     const bool isThere = scanner_.look(open, name, [&](std::span<CrawledEntry> entries) {
       arrive(folder, row, entries.front(), Trust::kAll);
+      // Also when it is as known: a crawl may have come to its names before and after a change.
+      otherNames_.noteArrival(open, name.c_str(), entries.front().status);
       return true;
     });
     if (!isThere && row != kNoRow) depart(row);
@@ -231,15 +246,27 @@ void ChangeWalk::scan(std::uint32_t folder, const std::string& path, Trust trust
   std::unordered_map<std::string, std::uint32_t> rows;
   index_.forEachIn(folder,
                    [&](std::uint32_t row, std::string_view name) { rows.emplace(name, row); });
+  std::vector<std::pair<std::string, FileStatus>> changed;  // files
   const FolderScanner::Outcome outcome =
       scanner_.scan(pending, [&](std::span<CrawledEntry> entries) {
         for (const CrawledEntry& entry : entries) {
-          const auto row = rows.extract(std::string(entry.name));
-          arrive(folder, row ? row.mapped() : kNoRow, entry, trust);
+          const auto found = rows.extract(std::string(entry.name));
+          const std::uint32_t row = found ? found.mapped() : kNoRow;
+          const bool isFile = !entry.status.isFolder();
+          if (isFile && (row == kNoRow || !index_.isLive(row) || !index_.isAsKnown(row, entry))) {
+            changed.emplace_back(entry.name, entry.status);
+          }
+          arrive(folder, row, entry, trust);
         }
         return true;
       });
   for (const auto& [name, row] : rows) depart(row);
+  if (!changed.empty()) {
+    const Descriptor open = opener_.find(path);
+    for (const auto& [name, status] : changed) {
+      if (open.isOpen()) otherNames_.noteArrival(open.get(), name.c_str(), status);
+    }
+  }
   if (outcome.stamp.inode != 0) index_.folders.setStamp(folder, outcome.stamp);
   if (index_.folders[folder].isListed != outcome.isComplete) hasChangedFolders_ = true;
   index_.folders[folder].isListed = outcome.isComplete;
@@ -256,7 +283,7 @@ void ChangeWalk::arrive(std::uint32_t folder, std::uint32_t row, const CrawledEn
   }
   if (row != kNoRow) {
     if (index_.isAsKnown(row, entry)) return;
-    depart(row);
+    depart(row);  // it may be another file in its place, or itself
   }
   index_.add(folder, entry, kNoFolder);
 }
@@ -300,6 +327,7 @@ void ChangeWalk::arriveFolder(std::uint32_t folder, std::uint32_t row, const Cra
 void ChangeWalk::depart(std::uint32_t row) {
   if (!index_.isLive(row)) return;
   const std::uint32_t own = index_.ownFolderOf(row);
+  if (own == kNoFolder) otherNames_.noteDeparture(row);
   index_.remove(row);
   if (own == kNoFolder) return;
   index_.folders.detach(own);
@@ -351,7 +379,10 @@ void ChangeWalk::removeDetached() {
     index_.folders.remove(detached, [&](std::uint32_t folder) {
       rows.clear();
       index_.forEachIn(folder, [&](std::uint32_t row, std::string_view) { rows.push_back(row); });
-      for (const std::uint32_t row : rows) index_.remove(row);
+      for (const std::uint32_t row : rows) {
+        if (index_.ownFolderOf(row) == kNoFolder) otherNames_.noteDeparture(row);
+        index_.remove(row);
+      }
     });
   }
   detached_.clear();

@@ -17,6 +17,7 @@
 #include "metadata/types/ContentTypes.h"
 #include "metadata/update/FileChanges.h"
 #include "metadata/update/KnownIndex.h"
+#include "metadata/update/OtherNames.h"
 
 namespace vt {
 
@@ -34,6 +35,8 @@ class ChangeWalk {
 
   /// Whether anything was found of folders that their rows do not tell.
   bool hasChangedFolders() const { return hasChangedFolders_; }
+  /// Whether a file with several names has changed of which not all were looked at.
+  bool missesOtherNames() const { return otherNames_.missesSome(); }
 
  private:
   /// How much of a known folder is believed when it is listed.
@@ -72,6 +75,7 @@ class ChangeWalk {
   void moveHere(std::uint32_t moved, std::uint32_t folder, const CrawledEntry& entry);
   bool isStillAt(std::uint32_t folder, const CrawledEntry& entry);
   void removeDetached();
+  bool lookAtOtherNames();
   static bool isSame(const KnownFolder& known, const CrawledEntry& entry);
   bool isSurelySame(const KnownFolder& known) const;
   bool isUnchanged(const KnownFolder& known, const CrawledEntry& entry) const;
@@ -81,6 +85,7 @@ class ChangeWalk {
   FolderScanner scanner_;
   std::chrono::microseconds coarsestTick_;
   Date now_;
+  OtherNames otherNames_;
   bool hasChangedFolders_ = false;
   bool seesAll_;  // the superuser's walk: no change of rights shows or hides anything
   std::unordered_map<std::uint32_t, Task> tasks_;                            // by folder

@@ -17,8 +17,8 @@ namespace vt {
 ///
 /// These are places to look at, not statements: what is there is found by looking. So it is always
 /// right to name too much, and wrong to name too little. The folder that a named entry is in is
-/// looked at too, so it need not be named when entries come and go. A file with several names has
-/// to be named by each of them.
+/// looked at too, so it need not be named when entries come and go. Of a file with several names
+/// one is enough.
 struct FileChanges {
   /// Entries whose status may have changed, that came, or that went: each is asked for its status.
   /// A folder that came is crawled from there on, one that went goes with everything below it; of

@@ -32,44 +32,60 @@ bool isSameStatus(const FileStatus& a, const FileStatus& b) {
          a.attributesChanged == b.attributesChanged && a.created == b.created;
 }
 
-}  // namespace
-
-std::optional<KnownIndex> KnownIndex::of(IndexGeneration generation, const ContentTypes& types) {
-  const Segment& tables = generation.delta ? *generation.delta : *generation.segment;
+/// The types that the segment numbers; nothing when `types` lacks one.
+std::optional<std::vector<ContentTypeId>> typesOf(const SegmentColumns& segment,
+                                                  const ContentTypes& types) {
   std::vector<ContentTypeId> known;
-  for (const std::string_view identifier : tables.columns().typeIdentifiers) {
+  for (const std::string_view identifier : segment.typeIdentifiers) {
     const std::optional<ContentTypeId> type = types.find(identifier);
     if (!type) return std::nullopt;
     known.push_back(*type);
   }
-  return KnownIndex(std::move(generation), std::move(known));
+  return known;
+}
+
+}  // namespace
+
+std::optional<KnownIndex> KnownIndex::of(IndexGeneration generation, const ContentTypes& types) {
+  const Segment& tables = generation.delta ? *generation.delta : *generation.segment;
+  std::optional<std::vector<ContentTypeId>> known = typesOf(tables.columns(), types);
+  if (!known) return std::nullopt;
+  return KnownIndex(std::move(generation), *std::move(known));
 }
 
 KnownIndex::KnownIndex(IndexGeneration generation, std::vector<ContentTypeId> types)
     : generation_(std::move(generation)),
       types_(std::move(types)),
-      columns_(columnsOf(generation_)),
-      borrowed_(generation_),
-      baseRows_(columns_.base),
-      dead_(columns_.dead),
-      deadCount_(columns_.deadCount) {
-  for (std::uint32_t number = 0; number < columns_.base.classes.size(); ++number) {
-    classes_.numberOf(columns_.base.classes[number].ownership, tables().aclPresenceOf(number),
-                      tables().aclBytesOf(number));
+      segment_(generation_.segment),
+      base_(segment_->columns()),
+      baseRows_(base_),
+      dead_(base_.rowCount()) {
+  const GenerationColumns columns = columnsOf(generation_);
+  const Segment& tables = generation_.delta ? *generation_.delta : *segment_;
+  dead_ = columns.dead;
+  deadCount_ = columns.deadCount;
+  for (std::uint32_t number = 0; number < columns.base.classes.size(); ++number) {
+    classes_.numberOf(columns.base.classes[number].ownership, tables.aclPresenceOf(number),
+                      tables.aclBytesOf(number));
   }
-  takeFolders();
-  takeNewerRows();
+  layout_.folders.resize(columns.base.folderCount());
+  std::iota(layout_.folders.begin(), layout_.folders.end(), 0U);
+  layout_.rows.resize(columns.delta.rowCount());
+  std::iota(layout_.rows.begin(), layout_.rows.end(), static_cast<std::uint32_t>(baseRowCount()));
+  takeFolders(columns);
+  takeNewerRows(columns.delta);
 }
 
-void KnownIndex::takeFolders() {
-  const SegmentColumns& tables = columns_.base;
+void KnownIndex::takeFolders(const GenerationColumns& columns) {
+  const SegmentColumns& tables = columns.base;
+  const Segment& newest = generation_.delta ? *generation_.delta : *segment_;
   for (std::uint32_t folder = 0; folder < tables.folderCount(); ++folder) {
     KnownFolder known;
     known.parent = tables.parents[folder];
     known.name = tables.folderNames[folder];
     known.accessClass = tables.folderAccessClasses[folder];
     known.entryCount = tables.entryCounts[folder];
-    known.stamp = this->tables().stampOf(folder);
+    known.stamp = newest.stampOf(folder);
     known.seen = manifest().began;
     known.isRoot = tables.areRoots[folder] != 0;
     known.isListed = tables.areListed[folder] != 0;
@@ -82,17 +98,23 @@ void KnownIndex::takeFolders() {
     folder.row = row;
     folder.created = tables.created[row];
   }
+  std::vector<std::uint32_t> baseFolders = layout_.folders;
   if (generation_.delta) {
     const auto numbers = generation_.delta->baseFolders();
-    baseFolders_.assign(numbers.begin(), numbers.end());
-  } else {
-    baseFolders_.resize(tables.folderCount());
-    std::iota(baseFolders_.begin(), baseFolders_.end(), 0U);
+    baseFolders.assign(numbers.begin(), numbers.end());
+  }
+  numberBaseFolders(std::move(baseFolders));
+}
+
+void KnownIndex::numberBaseFolders(std::vector<std::uint32_t> baseFolders) {
+  baseFolders_ = std::move(baseFolders);
+  baseNumbers_.assign(folders.size(), kNoFolder);
+  for (std::uint32_t number = 0; number < baseFolders_.size(); ++number) {
+    if (baseFolders_[number] != kNoFolder) baseNumbers_[baseFolders_[number]] = number;
   }
 }
 
-void KnownIndex::takeNewerRows() {
-  const SegmentColumns& delta = columns_.delta;
+void KnownIndex::takeNewerRows(const SegmentColumns& delta) {
   for (std::uint32_t row = 0; row < delta.rowCount(); ++row) {
     Row newer;
     newer.name = delta.name(row);
@@ -111,7 +133,7 @@ void KnownIndex::addNewer(Row row) {
   if (row.ownFolder != kNoFolder) {
     KnownFolder& own = folders[row.ownFolder];
     own.row = static_cast<std::uint32_t>(baseRowCount() + at);
-    own.created = createdOf(row.status);
+    own.created = vt::createdOf(row.status);
     own.accessClass = row.accessClass;
   }
   newer_.push_back(std::move(row));
@@ -120,9 +142,9 @@ void KnownIndex::addNewer(Row row) {
 
 void KnownIndex::forEachIn(
     std::uint32_t folder, FunctionRef<void(std::uint32_t row, std::string_view name)> visit) const {
-  if (folder < columns_.base.folderCount()) {
-    for (const std::uint32_t row : baseRows_[folder]) {
-      if (!dead_.contains(row)) visit(row, columns_.base.name(row));
+  if (folder < baseNumbers_.size() && baseNumbers_[folder] != kNoFolder) {
+    for (const std::uint32_t row : baseRows_[baseNumbers_[folder]]) {
+      if (!dead_.contains(row)) visit(row, base_.name(row));
     }
   }
   const auto newer = newerIn_.find(folder);
@@ -132,16 +154,40 @@ void KnownIndex::forEachIn(
   }
 }
 
+void KnownIndex::forEachCreated(FunctionRef<bool(std::int64_t created)> isWanted,
+                                FunctionRef<void(std::uint32_t row)> visit) const {
+  for (std::uint32_t row = 0; row < base_.created.size(); ++row) {
+    if (isWanted(base_.created[row]) && !dead_.contains(row)) visit(row);
+  }
+  for (std::uint32_t at = 0; at < newer_.size(); ++at) {
+    if (newer_[at].isLive && isWanted(vt::createdOf(newer_[at].status))) {
+      visit(static_cast<std::uint32_t>(baseRowCount() + at));
+    }
+  }
+}
+
+std::int64_t KnownIndex::createdOf(std::uint32_t row) const {
+  return isOfBase(row) ? base_.created[row] : vt::createdOf(newer_[row - baseRowCount()].status);
+}
+
+bool KnownIndex::haveSameStatus(std::uint32_t row, std::uint32_t other) const {
+  const auto statusOfAny = [this](std::uint32_t any) {
+    return isOfBase(any) ? statusIn(base_, any) : newer_[any - baseRowCount()].status;
+  };
+  return isSameStatus(statusOfAny(row), statusOfAny(other));
+}
+
 std::uint32_t KnownIndex::ownFolderOf(std::uint32_t row) const {
-  return isOfBase(row) ? columns_.base.ownFolderOf(row) : newer_[row - baseRowCount()].ownFolder;
+  if (!isOfBase(row)) return newer_[row - baseRowCount()].ownFolder;
+  const std::uint32_t number = base_.ownFolderOf(row);
+  return number == kNoFolder ? kNoFolder : baseFolders_[number];
 }
 
 bool KnownIndex::isAsKnown(std::uint32_t row, const CrawledEntry& entry) {
   const std::uint32_t accessClass = classOf(entry);
   if (isOfBase(row)) {
-    const SegmentColumns& base = columns_.base;
-    return types_[base.typeOf(row)] == entry.type && base.classOf(row) == accessClass &&
-           isSameStatus(statusIn(base, row), entry.status);
+    return types_[base_.typeOf(row)] == entry.type && base_.classOf(row) == accessClass &&
+           isSameStatus(statusIn(base_, row), entry.status);
   }
   const Row& known = newer_[row - baseRowCount()];
   return known.type == entry.type && known.accessClass == accessClass &&
@@ -150,10 +196,11 @@ bool KnownIndex::isAsKnown(std::uint32_t row, const CrawledEntry& entry) {
 
 void KnownIndex::remove(std::uint32_t row) {
   ++removedCount_;
+  removed_.push_back(row);
   if (isOfBase(row)) {
     dead_.add(row);
     ++deadCount_;
-    --folders[columns_.base.folderOf(row)].entryCount;
+    --folders[baseFolderOf(row)].entryCount;
     return;
   }
   const auto at = static_cast<std::uint32_t>(row - baseRowCount());
@@ -181,7 +228,17 @@ std::uint32_t KnownIndex::add(std::uint32_t folder, const CrawledEntry& entry,
   return static_cast<std::uint32_t>(baseRowCount() + newer_.size() - 1);
 }
 
-std::vector<std::uint32_t> KnownIndex::build(SegmentBuilder& built) const {
+void KnownIndex::take(IndexGeneration published, Layout layout) {
+  generation_ = std::move(published);
+  layout_ = std::move(layout);
+  removed_.clear();
+  // The same bytes, mapped once.
+  segment_ = generation_.segment;
+  base_ = segment_->columns();
+}
+
+KnownIndex::Layout KnownIndex::build(SegmentBuilder& built) const {
+  Layout layout;
   for (std::size_t number = 0; number < classes_.size(); ++number) {
     const AccessClassTable::Class one = classes_[number];
     built.addClass(
@@ -205,10 +262,10 @@ std::vector<std::uint32_t> KnownIndex::build(SegmentBuilder& built) const {
       built.finishFolder(number, known.stamp, known.isListed);
       if (known.isRoot) built.markRoot(number);
       numbers[steps.back()] = number;
+      layout.folders.push_back(steps.back());
     }
   }
-  std::vector<std::uint32_t> added;
-  added.reserve(liveCount_);
+  layout.rows.reserve(liveCount_);
   for (std::uint32_t at = 0; at < newer_.size(); ++at) {
     const Row& row = newer_[at];
     if (!row.isLive) continue;
@@ -219,7 +276,7 @@ std::vector<std::uint32_t> KnownIndex::build(SegmentBuilder& built) const {
          .accessClass = row.accessClass,
          .folder = numbers[row.folder],
          .ownFolder = row.ownFolder == kNoFolder ? kNoFolder : numbers[row.ownFolder]});
-    if (isTaken) added.push_back(static_cast<std::uint32_t>(baseRowCount() + at));
+    if (isTaken) layout.rows.push_back(static_cast<std::uint32_t>(baseRowCount() + at));
   }
   for (std::uint32_t folder = 0; folder < folders.size(); ++folder) {
     if (numbers[folder] != kNoFolder) {
@@ -231,8 +288,86 @@ std::vector<std::uint32_t> KnownIndex::build(SegmentBuilder& built) const {
   for (const std::uint32_t folder : baseFolders_) {
     baseFolders.push_back(folder == kNoFolder ? kNoFolder : numbers[folder]);
   }
-  built.goOnFrom(borrowed_.segment->identity(), std::move(baseFolders), dead_.words());
-  return added;
+  built.goOnFrom(segment_->identity(), std::move(baseFolders), dead_.words());
+  return layout;
+}
+
+std::optional<std::vector<std::uint32_t>> KnownIndex::rebase(std::shared_ptr<const Segment> merged,
+                                                             std::span<const std::uint32_t> order,
+                                                             const Mark& mark,
+                                                             const ContentTypes& types) {
+  const SegmentColumns& columns = merged->columns();
+  std::optional<std::vector<ContentTypeId>> known = typesOf(columns, types);
+  if (!known || columns.rowCount() != order.size() ||
+      columns.folderCount() != mark.layout.folders.size()) {
+    return std::nullopt;
+  }
+  const auto baseRows = static_cast<std::uint32_t>(baseRowCount());
+  std::vector<std::uint32_t> before(order.begin(), order.end());
+  for (std::uint32_t& row : before) {
+    if (row >= baseRows) row = mark.layout.rows[row - baseRows];
+  }
+  Bitmap dead(before.size());
+  dead.addIf(0, before.size(), [&](std::size_t row) { return !isLive(before[row]); });
+  numberBaseFolders(mark.layout.folders);
+  renumberClasses(*merged);
+  renumberNewer(columns, mark.newerCount, before);
+  types_ = *std::move(known);
+  dead_ = std::move(dead);
+  deadCount_ = dead_.count();
+  baseRows_ = RowsByFolder(columns);
+  base_ = columns;
+  segment_ = std::move(merged);
+  layout_ = {{}, baseFolders_};
+  return before;
+}
+
+/// Gives classes the numbers that the merged segment has for them, and others the next ones.
+void KnownIndex::renumberClasses(const Segment& merged) {
+  AccessClassTable classes;
+  for (std::uint32_t number = 0; number < merged.columns().classes.size(); ++number) {
+    classes.numberOf(merged.columns().classes[number].ownership, merged.aclPresenceOf(number),
+                     merged.aclBytesOf(number));
+  }
+  const auto renumber = [&](std::uint32_t& number) {
+    const AccessClassTable::Class one = classes_[number];
+    number = classes.numberOf(
+        one.ownership, one.acl,
+        {reinterpret_cast<const std::uint8_t*>(one.aclBytes.data()), one.aclBytes.size()});
+  };
+  for (std::uint32_t folder = 0; folder < folders.size(); ++folder) {
+    if (!folders[folder].isGone) renumber(folders[folder].accessClass);
+  }
+  for (Row& row : newer_) {
+    if (row.isLive) renumber(row.accessClass);
+  }
+  classes_ = std::move(classes);
+}
+
+/// Keeps of the rows beside the base those that count and came after the first ones, which are in
+/// the merged segment, and says what they were called before.
+void KnownIndex::renumberNewer(const SegmentColumns& merged, std::size_t firstKept,
+                               std::vector<std::uint32_t>& before) {
+  const std::size_t firstNewer = baseRowCount() + firstKept;
+  std::vector<Row> kept;
+  std::vector<std::uint32_t> numbers(newer_.size() - firstKept, kNoRow);
+  newerIn_.clear();
+  for (std::size_t at = firstKept; at < newer_.size(); ++at) {
+    if (!newer_[at].isLive) continue;
+    const auto place = static_cast<std::uint32_t>(kept.size());
+    numbers[at - firstKept] = static_cast<std::uint32_t>(merged.rowCount() + place);
+    before.push_back(static_cast<std::uint32_t>(baseRowCount() + at));
+    newerIn_[newer_[at].folder].push_back(place);
+    kept.push_back(std::move(newer_[at]));
+  }
+  newer_ = std::move(kept);
+  liveCount_ = newer_.size();
+  for (std::uint32_t folder = 0; folder < folders.size(); ++folder) {
+    KnownFolder& known = folders[folder];
+    if (known.isGone || known.row == kNoRow) continue;
+    known.row = known.row < firstNewer ? merged.folderRows[baseNumbers_[folder]]
+                                       : numbers[known.row - firstNewer];
+  }
 }
 
 }  // namespace vt

@@ -3,60 +3,99 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <numeric>
 #include <unordered_map>
 #include <utility>
 
-#include "metadata/catalogue/CatalogueReader.h"
 #include "metadata/indexing/AttributesLook.h"
 #include "metadata/indexing/RowContents.h"
 
 namespace vt {
 namespace {
 
-Result<std::vector<ContentNumber>, StoreError> rowsOf(CatalogueReader& catalogue,
-                                                      const Segment& segment) {
-  auto rows = catalogue.rowsOf(segment.identity(), segment.columns().rowCount());
-  if (!rows) return rows.error();
-  if (!*rows) {
-    return StoreError{StoreError::Kind::kMissing,
-                      fmt::format("{} says nothing of {}", catalogue.path(), segment.shownPath())};
-  }
-  return std::move(**rows);
+// Fewer are left to the next crawl: to find out which of them no row has takes a look at all rows.
+constexpr std::size_t kManyGone = 1000;
+
+/// What has a crawl come, which makes the catalogue anew.
+StoreError mostlyForgottenError() {
+  return {StoreError::Kind::kOtherKind, "the catalogue is mostly of files that are gone"};
+}
+
+/// Why a catalogue is not gone on with that says nothing of the base.
+StoreError missingError(CatalogueWriter& catalogue, const std::string& path, const Segment& base) {
+  // While nothing can be written, a crawl would come to the same.
+  const SegmentIdentity identity = base.identity();
+  StoreFailure failure = catalogue.keepRowsOf({&identity, 1});
+  if (!failure) failure = catalogue.commit();
+  if (failure) return *std::move(failure);
+  return {StoreError::Kind::kMissing, fmt::format("{} says nothing of {}", path, base.shownPath())};
 }
 
 }  // namespace
 
 Result<UpdatedContents, StoreError> UpdatedContents::of(const IndexFolder& folder,
                                                         const Extractors& extractors,
-                                                        const IndexGeneration& generation) {
+                                                        const KnownIndex& index) {
   const auto reader = CatalogueReader::open(folder.path());
   if (!reader) return reader.error();
-  auto base = rowsOf(**reader, *generation.segment);
-  if (!base) return base.error();
-  Result<std::vector<ContentNumber>, StoreError> delta = std::vector<ContentNumber>();
-  if (generation.delta) delta = rowsOf(**reader, *generation.delta);
-  if (!delta) return delta.error();
   auto writer = CatalogueWriter::open(folder.path());
   if (!writer) return writer.error();
+  const Segment& segment = *index.generation().segment;
+  auto base = (*reader)->rowsOf(segment.identity(), segment.columns().rowCount());
+  if (!base) return base.error();
+  if (!*base) return missingError(**writer, (*reader)->path(), segment);
   UpdatedContents contents(std::move(writer).value(), extractors);
-  contents.base_ = std::move(base).value();
-  contents.delta_ = std::move(delta).value();
-  contents.deltaRows_.resize(contents.delta_.size());
-  std::iota(contents.deltaRows_.begin(), contents.deltaRows_.end(),
-            static_cast<std::uint32_t>(contents.base_.size()));
-  contents.segments_.push_back(generation.segment->identity());
-  if (generation.delta) contents.segments_.push_back(generation.delta->identity());
+  contents.base_ = *std::move(*base);
+  contents.segments_.push_back(segment.identity());
+  const Result<bool, StoreError> isBaseSeen =
+      contents.catalogue_->hasSeenAttributesOf(contents.segments_);
+  if (!isBaseSeen) return isBaseSeen.error();
+  contents.hasSeenRest_ = *isBaseSeen;
+  if (StoreFailure failure = contents.takeDelta(**reader, index)) return *std::move(failure);
   // Whoever published the delta may have ended before all of it was looked at.
   const Result<bool, StoreError> areSeen =
       contents.catalogue_->hasSeenAttributesOf(contents.segments_);
   if (!areSeen) return areSeen.error();
-  const Result<bool, StoreError> isBaseSeen =
-      contents.catalogue_->hasSeenAttributesOf({contents.segments_.data(), 1});
-  if (!isBaseSeen) return isBaseSeen.error();
-  contents.hasSeenRest_ = *isBaseSeen;
   if (!*areSeen) {
     contents.unseenOfDelta_.insert(contents.deltaRows_.begin(), contents.deltaRows_.end());
+  }
+  return contents;
+}
+
+StoreFailure UpdatedContents::takeDelta(CatalogueReader& catalogue, const KnownIndex& index) {
+  if (!index.generation().delta) return std::nullopt;
+  const Segment& delta = *index.generation().delta;
+  segments_.push_back(delta.identity());
+  deltaRows_ = index.layout().rows;
+  auto rows = catalogue.rowsOf(delta.identity(), delta.columns().rowCount());
+  if (!rows) return rows.error();
+  if (*rows) {
+    delta_ = *std::move(*rows);
+    return std::nullopt;
+  }
+  // It could not be written when the delta was published.
+  Result<std::vector<ContentNumber>, StoreError> found = contentsOf(index, deltaRows_);
+  if (!found) return found.error();
+  delta_ = std::move(found).value();
+  if (StoreFailure failure = catalogue_->setRows(delta.identity(), delta_)) return failure;
+  return catalogue_->commit();
+}
+
+Result<std::vector<ContentNumber>, StoreError> UpdatedContents::contentsOf(
+    const KnownIndex& index, std::span<const std::uint32_t> rows) {
+  std::unordered_map<std::uint32_t, ContentNumber> known;
+  for (std::size_t at = 0; at < delta_.size(); ++at) known.emplace(deltaRows_[at], delta_[at]);
+  std::vector<ContentNumber> contents;
+  contents.reserve(rows.size());
+  for (const std::uint32_t row : rows) {
+    if (const auto before = known.find(row); before != known.end()) {
+      contents.push_back(before->second);
+      continue;
+    }
+    bool isUnseen = false;
+    const auto content = contentOf(index.statusOf(row), index.typeOf(row), isUnseen);
+    if (!content) return content.error();
+    contents.push_back(*content);
+    if (isUnseen) unseenOfDelta_.insert(row);
   }
   return contents;
 }
@@ -84,61 +123,110 @@ Result<ContentNumber, StoreError> UpdatedContents::contentOf(const FileStatus& s
 
 StoreFailure UpdatedContents::announce(const SegmentIdentity& delta, const KnownIndex& index,
                                        std::span<const std::uint32_t> rows) {
-  std::unordered_map<std::uint32_t, ContentNumber> known;
-  for (std::size_t at = 0; at < deltaRows_.size(); ++at) known.emplace(deltaRows_[at], delta_[at]);
-  announced_.clear();
+  Result<std::vector<ContentNumber>, StoreError> contents = contentsOf(index, rows);
+  if (!contents) return contents.error();
+  noteGone(index);
+  announced_ = std::move(contents).value();
   announcedRows_.assign(rows.begin(), rows.end());
-  for (const std::uint32_t row : rows) {
-    if (const auto before = known.find(row); before != known.end()) {
-      announced_.push_back(before->second);
-      continue;
-    }
-    bool isUnseen = false;
-    const auto content = contentOf(index.statusOf(row), index.typeOf(row), isUnseen);
-    if (!content) return content.error();
-    announced_.push_back(*content);
-    if (isUnseen) unseenOfDelta_.insert(row);
-  }
-  announcesBase_ = false;
-  return publish(delta, announced_, /*replacesBase=*/false);
+  if (StoreFailure failure = catalogue_->setRows(delta, announced_)) return failure;
+  std::vector<SegmentIdentity> kept = segments_;
+  kept.push_back(delta);
+  if (StoreFailure failure = catalogue_->keepRowsOf(kept)) return failure;
+  return catalogue_->commit();
 }
 
-StoreFailure UpdatedContents::announceMerged(const SegmentIdentity& base,
-                                             std::span<const std::uint32_t> order) {
-  announced_.clear();
-  announced_.reserve(order.size());
-  std::vector<bool> areUnseen(base_.size() + delta_.size());
-  for (const std::uint32_t row : unseenOfBase_) areUnseen[row] = true;
-  for (std::size_t at = 0; at < delta_.size(); ++at) {
-    areUnseen[base_.size() + at] = unseenOfDelta_.contains(deltaRows_[at]);
+void UpdatedContents::noteGone(const KnownIndex& index) {
+  if (index.removedRows().empty()) return;
+  const std::vector<ContentNumber> newer = newerContents();
+  for (const std::uint32_t row : index.removedRows()) {
+    ContentNumber content = kWithoutContent;
+    if (row < base_.size()) {
+      content = base_[row];
+    } else if (row - base_.size() < newer.size()) {
+      content = newer[row - base_.size()];
+    }
+    if (content != kWithoutContent && content != kPendingContent) gone_.push_back(content);
   }
+}
+
+StoreFailure UpdatedContents::forgetGone(const IndexGeneration& generation) {
+  if (gone_.size() < kManyGone) return std::nullopt;
+  Bitmap gone(std::size_t{*std::ranges::max_element(gone_)} + 1);
+  for (const ContentNumber content : gone_) gone.add(content);
+  Bitmap kept(gone.size());
+  for (const std::vector<ContentNumber>* const contents : {&base_, &delta_}) {
+    for (const ContentNumber content : *contents) {
+      if (content < gone.size() && gone.contains(content)) kept.add(content);
+    }
+  }
+  gone -= kept;  // under another name, or where the file was moved to
+  gone_.clear();
+  gone.forEach([&](std::size_t content) { gone_.push_back(static_cast<ContentNumber>(content)); });
+  const Segment& tables = generation.delta ? *generation.delta : *generation.segment;
+  std::unordered_set<std::uint64_t> devices;
+  for (std::uint32_t folder = 0; folder < tables.columns().folderCount(); ++folder) {
+    devices.insert(tables.stampOf(folder).device);
+  }
+  StoreFailure failure =
+      catalogue_->remove(gone_, [&](std::uint64_t device) { return devices.contains(device); });
+  gone_.clear();
+  return failure ? failure : catalogue_->commit();
+}
+
+std::vector<ContentNumber> UpdatedContents::newerContents() const {
+  std::vector<ContentNumber> contents;
+  for (std::size_t at = 0; at < delta_.size(); ++at) {
+    const std::size_t place = deltaRows_[at] - base_.size();
+    if (place >= contents.size()) contents.resize(place + 1, kWithoutContent);
+    contents[place] = delta_[at];
+  }
+  return contents;
+}
+
+std::vector<ContentNumber> UpdatedContents::contentsByRow() const {
+  std::vector<ContentNumber> contents = base_;
+  const std::vector<ContentNumber> newer = newerContents();
+  contents.insert(contents.end(), newer.begin(), newer.end());
+  return contents;
+}
+
+StoreFailure UpdatedContents::rebase(const SegmentIdentity& base, std::size_t baseRowCount,
+                                     std::span<const std::uint32_t> before) {
+  const std::vector<ContentNumber> contents = contentsByRow();
+  std::unordered_set<std::uint32_t> unseen = std::move(unseenOfDelta_);
+  unseen.insert(unseenOfBase_.begin(), unseenOfBase_.end());
   unseenOfBase_.clear();
   unseenOfDelta_.clear();
-  for (const std::uint32_t row : order) {
-    if (areUnseen[row]) unseenOfBase_.push_back(static_cast<std::uint32_t>(announced_.size()));
-    announced_.push_back(row < base_.size() ? base_[row] : delta_[row - base_.size()]);
+  base_.clear();
+  base_.reserve(baseRowCount);
+  delta_.clear();
+  deltaRows_.clear();
+  for (std::uint32_t row = 0; row < before.size(); ++row) {
+    const std::uint32_t was = before[row];
+    // Rows that are dead by now may be of no delta any more.
+    const ContentNumber content = was < contents.size() ? contents[was] : kWithoutContent;
+    const bool isUnseen = !unseen.empty() && unseen.contains(was);
+    if (row < baseRowCount) {
+      base_.push_back(content);
+      if (isUnseen) unseenOfBase_.push_back(row);
+    } else {
+      delta_.push_back(content);
+      deltaRows_.push_back(row);
+      if (isUnseen) unseenOfDelta_.insert(row);
+    }
   }
-  announcesBase_ = true;
-  return publish(base, announced_, /*replacesBase=*/true);
-}
-
-StoreFailure UpdatedContents::publish(const SegmentIdentity& segment,
-                                      std::span<const ContentNumber> contents, bool replacesBase) {
-  if (StoreFailure failure = catalogue_->setRows(segment, contents)) return failure;
-  std::vector<SegmentIdentity> kept = segments_;
-  kept.push_back(segment);
-  if (StoreFailure failure = catalogue_->keepRowsOf(kept)) return failure;
-  segments_.resize(replacesBase ? 0 : 1);
-  segments_.push_back(segment);
+  if (StoreFailure failure = catalogue_->setRows(base, base_)) return failure;
+  segments_.push_back(base);
+  if (StoreFailure failure = catalogue_->keepRowsOf(segments_)) return failure;
   return catalogue_->commit();
 }
 
 void UpdatedContents::take(const IndexGeneration& generation) {
-  if (announcesBase_) {
-    base_ = std::move(announced_);
-    delta_.clear();
-    deltaRows_.clear();
-  } else if (generation.delta) {
+  segments_ = {generation.segment->identity()};
+  delta_.clear();
+  deltaRows_.clear();
+  if (generation.delta) {
+    segments_.push_back(generation.delta->identity());
     delta_ = std::move(announced_);
     deltaRows_ = std::move(announcedRows_);
   }
@@ -177,8 +265,12 @@ Result<ContentCounts, StoreError> UpdatedContents::lookIntoFiles(
   if (generation.delta) failure = look(*generation.delta, columns.delta, delta_);
   if (!failure) failure = look(*generation.segment, columns.base, base_);
   newTexts_ += counts.done;
+  if (!failure) failure = forgetGone(generation);
   if (!failure && counts.done == counts.expected && newTexts_ > kManyNewTexts) {
     newTexts_ = 0;
+    const Result<bool, StoreError> isMostlyForgotten = catalogue_->isMostlyForgotten();
+    if (!isMostlyForgotten) return isMostlyForgotten.error();
+    if (*isMostlyForgotten) return mostlyForgottenError();
     failure = catalogue_->mergeText();
   }
   if (failure) return *std::move(failure);

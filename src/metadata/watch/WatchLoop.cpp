@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "metadata/watch/ChangeCompaction.h"
-#include "metadata/watch/LinkedFiles.h"
 
 namespace vt {
 
@@ -112,17 +111,17 @@ void WatchLoop::rescan(WatchInstant now) {
 
 void WatchLoop::apply(const WatchBatch& batch) {
   const WatchInstant began = now_();
-  const Result<bool, StoreError> isDone = sink_.apply(batch.changes, [this] {
+  const Result<ChangeSink::Applied, StoreError> applied = sink_.apply(batch.changes, [this] {
     collectMeanwhile();
     return !isEnded_();
   });
-  if (!isDone) return fail(isDone.error());
-  if (!*isDone) {
+  if (!applied) return fail(applied.error());
+  if (*applied == ChangeSink::Applied::kEnded) {
     isCrawlWanted_ = true;  // should it go on after all
     return;
   }
   areContentsLeft_ = true;
-  if (!blindSince_ && haveOtherNames(batch.changes)) blindSince_ = vouched_;
+  if (!blindSince_ && *applied == ChangeSink::Applied::kNotAllNames) blindSince_ = vouched_;
   vouched_ = std::max(*vouched_, batch.seenUntil);
   const FileChanges& changes = batch.changes;
   const WatchInstant ended = now_();

@@ -29,6 +29,8 @@ WatcherRecord aRecord() {
   record.lastBatchSeconds = 0.25;
   record.failure = "cannot write /index/segment-13: No space left on device";
   record.contentFailure = "the catalogue is damaged";
+  record.isMerging = 1;
+  record.mergeFailure = "cannot write /index/merged.tmp: No space left on device";
   return record;
 }
 

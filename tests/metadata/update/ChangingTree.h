@@ -26,13 +26,20 @@ namespace vt {
 /// Changes a tree of files at random, and tells what it has changed.
 class ChangingTree {
  public:
-  ChangingTree(std::string root, std::uint32_t seed) : root_(std::move(root)), random_(seed) {}
+  /// What is told of a file with several names.
+  enum class Names { kAll, kOne };
+
+  ChangingTree(std::string root, std::uint32_t seed, Names names = Names::kAll)
+      : root_(std::move(root)), random_(seed), names_(names) {}
 
   /// Makes some changes. What they were is named by the paths of the moment when they were made.
   FileChanges change(std::uint32_t count) {
     changes_ = {};
     moves_.clear();
+    links_.clear();
+    linked_.clear();
     while (count-- > 0) changeOne();
+    nameLostLinks();
     for (const auto& [inode, times] : moves_) {
       // What it was called meanwhile is a path that nobody can know any more.
       if (times > 1) changes_.trees.push_back(root_);
@@ -88,9 +95,23 @@ class ChangingTree {
   }
 
   void name(const Path& path) { changes_.entries.push_back(path.native()); }
+  static ino_t inodeOf(const Path& path) {
+    struct stat status{};
+    return ::lstat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+  }
+  /// Names of files whose new name is not there any more: nobody can know of which files it was.
+  void nameLostLinks() {
+    for (std::size_t at = 0; at < links_.size(); ++at) {
+      if (inodeOf(links_[at]) == linked_[at]) continue;
+      for (const Path& path : all(/*folders=*/false)) {
+        if (inodeOf(path) == linked_[at]) name(path);
+      }
+    }
+  }
   /// All names of the file, which share their status.
   void nameLinks(const Path& path) {
     name(path);
+    if (names_ == Names::kOne) return;
     struct stat status{};
     if (::lstat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode) || status.st_nlink < 2) {
       return;
@@ -102,7 +123,7 @@ class ChangingTree {
   }
   void nameLinksBelow(const Path& path) {
     nameLinks(path);
-    if (!isFolder(path)) return;
+    if (!isFolder(path) || names_ == Names::kOne) return;
     for (const Path& inside : below(path)) {
       struct stat status{};
       ::lstat(inside.c_str(), &status);
@@ -113,7 +134,7 @@ class ChangingTree {
   void changeOne() {
     std::error_code ignored;
     const Path file = oneOf(all(/*folders=*/false));
-    switch (pick(16)) {
+    switch (names_ == Names::kOne && pick(3) == 0 ? 12 : pick(16)) {
       case 0:
       case 1: {
         const Path path = newPath();
@@ -193,6 +214,8 @@ class ChangingTree {
         const Path path = newPath();
         if (file.empty() || ::link(file.c_str(), path.c_str()) != 0) return;
         nameLinks(path);
+        links_.push_back(path);
+        linked_.push_back(inodeOf(path));
         return;
       }
       case 13: {
@@ -240,8 +263,11 @@ class ChangingTree {
 
   std::string root_;
   std::mt19937 random_;
+  Names names_;
   FileChanges changes_;
   std::map<ino_t, int> moves_;  // of folders
+  std::vector<Path> links_;     // that were made, and of which file each was
+  std::vector<ino_t> linked_;
 };
 
 }  // namespace vt

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "metadata/engine/FoundPaths.h"
@@ -14,7 +15,9 @@
 #include "metadata/indexing/IndexedTree.h"
 #include "metadata/live/LiveTree.h"
 #include "metadata/store/GenerationColumns.h"
+#include "metadata/store/GenerationVerifier.h"
 #include "metadata/store/IndexFreshness.h"
+#include "metadata/update/DeferredRunner.h"
 
 namespace vt {
 namespace {
@@ -201,6 +204,190 @@ TEST_F(IndexUpdaterTest, MergesWhenMuchHasChanged) {
   EXPECT_EQ(columnsOf(index_.generation()).base.rowCount(), 19U);
   EXPECT_EQ(columnsOf(index_.generation()).deadCount, 1U);
   EXPECT_EQ(found().size(), 18U);
+}
+
+TEST_F(IndexUpdaterTest, BringsAllNamesOfAFileUpToDateWhenOneIsNamed) {
+  const std::string one = tree_.file("a/one.txt");
+  std::filesystem::create_hard_link(one, at("other.txt"));
+  tree_.file("b/apart.txt");
+  std::filesystem::create_hard_link(one, at("b/third.txt"));
+  index_.run({tree_.path()});
+  std::ofstream(at("b/third.txt")) << "changed";
+  const UpdateReport report = apply({{at("b/third.txt")}, {}, {}});
+  EXPECT_EQ(report.rowsAdded, 3U);
+  EXPECT_FALSE(report.missesOtherNames);
+  EXPECT_THAT(found("kMDItemFSSize == 7"), ElementsAre("a/one.txt", "b/third.txt", "other.txt"));
+  EXPECT_THAT(found("kMDItemTextContent == \"changed\""),
+              ElementsAre("a/one.txt", "b/third.txt", "other.txt"));
+}
+
+TEST_F(IndexUpdaterTest, KnowsWhenTheInodeHasChangedOfWhatKeepsANameLess) {
+  std::filesystem::create_hard_link(tree_.file("a/one.txt"), at("other.txt"));
+  index_.run({tree_.path()});
+  std::filesystem::remove(at("other.txt"));
+  EXPECT_EQ(apply({{at("other.txt")}, {}, {}}).rowsAdded, 1U) << "of which the inode has changed";
+  std::filesystem::create_hard_link(at("a/one.txt"), at("again.txt"));
+  EXPECT_EQ(apply({{at("again.txt")}, {}, {}}).rowsAdded, 2U);
+}
+
+TEST_F(IndexUpdaterTest, ForgetsTextsOfFilesThatWentOnceTheyAreMany) {
+  constexpr int kFiles = 1200;
+  for (int file = 0; file < kFiles; ++file) {
+    std::ofstream(at(std::to_string(file) + ".txt")) << "budget " << file;
+  }
+  std::ofstream(at("moves.txt")) << "forecast";
+  index_.run({tree_.path()});
+  const auto contents = [&] {
+    return valueOrThrow(valueOrThrow(CatalogueReader::open(index_.path()))->counts()).contents;
+  };
+  ASSERT_EQ(contents(), kFiles + 1U);
+  std::filesystem::rename(at("moves.txt"), at("moved.txt"));
+  FileChanges changes{{at("moves.txt"), at("moved.txt")}, {}, {}};
+  const auto remove = [&](int file) {
+    changes.entries.push_back(at(std::to_string(file) + ".txt"));
+    std::filesystem::remove(changes.entries.back());
+  };
+  remove(0);
+  apply(std::exchange(changes, {}));
+  EXPECT_EQ(contents(), kFiles + 1U) << "a few are left to the next crawl";
+  for (int file = 1; file < kFiles; ++file) remove(file);
+  apply(changes);
+  EXPECT_EQ(contents(), 1U);
+  EXPECT_THAT(found("kMDItemTextContent == \"budget\""), IsEmpty());
+  EXPECT_THAT(found("kMDItemTextContent == \"forecast\""), ElementsAre("moved.txt"));
+  const auto catalogue = valueOrThrow(CatalogueReader::open(index_.path()));
+  EXPECT_EQ(valueOrThrow(verifyContents(index_.generation(), *catalogue)).withoutRow, 0U);
+}
+
+TEST_F(IndexUpdaterTest, LooksIntoFilesOfADeltaThatTheCatalogueSaysNothingOf) {
+  std::ofstream(at("old.txt")) << "forecast";
+  index_.run({tree_.path()});
+  std::filesystem::rename(index_.path() + "/catalogue", index_.path() + "/away");
+  std::filesystem::create_directory(index_.path() + "/catalogue");
+  std::ofstream(at("new.txt")) << "budget";
+  ASSERT_TRUE(valueOrThrow(updater_.apply({{at("new.txt")}, {}, {}})).contentError);
+  ASSERT_FALSE(updater_.lookIntoFiles([](const ContentCounts&) { return true; }));
+  std::filesystem::remove(index_.path() + "/catalogue");
+  std::filesystem::rename(index_.path() + "/away", index_.path() + "/catalogue");
+  EXPECT_EQ(valueOrThrow(updater_.lookIntoFiles([](const ContentCounts&) { return true; })).done,
+            1U);
+  EXPECT_THAT(found("kMDItemTextContent == \"budget\""), ElementsAre("new.txt"));
+  EXPECT_THAT(found("kMDItemTextContent == \"forecast\""), ElementsAre("old.txt"));
+}
+
+/// Updates whose merges run when the test says so.
+class MergeBesideUpdates : public IndexUpdaterTest {
+ protected:
+  void SetUp() override {
+    for (int file = 0; file < 8; ++file) tree_.file(nameOf(file));
+    index_.run({tree_.path()});
+  }
+  static std::string nameOf(int file) { return "folder/" + std::to_string(file) + ".txt"; }
+  IndexUpdater::Options options() {
+    IndexUpdater::Options options;
+    options.leastChanged = 2;
+    options.mostChangedPerMille = 0;
+    options.runner = &runner_;
+    return options;
+  }
+  UpdateReport remove(int file) {
+    std::filesystem::remove(at(nameOf(file)));
+    return applyBeside({{at(nameOf(file))}, {}, {}});
+  }
+  UpdateReport applyBeside(const FileChanges& changes) {
+    const UpdateReport report = valueOrThrow(beside_.apply(changes));
+    valueOrThrow(beside_.lookIntoFiles([](const ContentCounts&) { return true; }));
+    return report;
+  }
+  bool isAnythingAside() const {
+    return std::filesystem::exists(index_.path() + "/" + IndexFolder::kAsideName);
+  }
+  std::size_t baseRows() const { return index_.generation().segment->columns().rowCount(); }
+
+  DeferredRunner runner_;
+  IndexUpdater beside_{index_.folder(), index_.lock(), types_, &extractors_, options()};
+};
+
+TEST_F(MergeBesideUpdates, PublishesWhatChangesMeanwhileBesideTheMergedBase) {
+  remove(0);
+  ASSERT_TRUE(beside_.isMerging());
+  remove(1);
+  tree_.file("folder/new.txt");
+  applyBeside({{at("folder/new.txt")}, {}, {}});
+  EXPECT_EQ(baseRows(), 9U) << "nobody has waited for it";
+  runner_.run();
+  std::filesystem::rename(at("folder"), at("renamed"));
+  EXPECT_TRUE(applyBeside({{at("folder"), at("renamed")}, {}, {}}).hasMerged);
+  EXPECT_EQ(baseRows(), 8U) << "the folder and seven files";
+  EXPECT_FALSE(verifyGeneration(index_.generation()));
+  EXPECT_THAT(found(),
+              ElementsAre("renamed", "renamed/2.txt", "renamed/3.txt", "renamed/4.txt",
+                          "renamed/5.txt", "renamed/6.txt", "renamed/7.txt", "renamed/new.txt"));
+  EXPECT_FALSE(isAnythingAside());
+}
+
+TEST_F(MergeBesideUpdates, PublishesTheMergedBaseWhenNothingChanges) {
+  remove(0);
+  EXPECT_FALSE(valueOrThrow(beside_.tendMerge())) << "it runs";
+  runner_.run();
+  EXPECT_TRUE(valueOrThrow(beside_.tendMerge()));
+  EXPECT_EQ(baseRows(), 8U);
+  EXPECT_FALSE(index_.generation().delta);
+  EXPECT_FALSE(valueOrThrow(beside_.tendMerge())) << "there is nothing to merge";
+  remove(1);
+  EXPECT_EQ(found().size(), 7U);
+}
+
+TEST_F(MergeBesideUpdates, IsDroppedWhenACrawlHasPublishedMeanwhile) {
+  remove(0);
+  runner_.run();
+  index_.run({tree_.path()});
+  EXPECT_FALSE(isAnythingAside());
+  EXPECT_FALSE(valueOrThrow(beside_.tendMerge()));
+  EXPECT_FALSE(remove(1).hasMerged);
+  EXPECT_EQ(found().size(), 7U);
+}
+
+TEST_F(MergeBesideUpdates, IsTriedAgainWhenAsMuchAgainHasChanged) {
+  remove(0);
+  runner_.kill();
+  const UpdateReport report = remove(1);
+  ASSERT_TRUE(report.mergeError);
+  EXPECT_EQ(report.mergeError->reason,
+            "the process that merged it ended too soon: ended by signal 9");
+  EXPECT_TRUE(beside_.mergeError());
+  EXPECT_EQ(found().size(), 7U) << "what changed is published all the same";
+  EXPECT_FALSE(isAnythingAside());
+  remove(2);
+  remove(3);
+  EXPECT_FALSE(beside_.isMerging());
+  remove(4);
+  ASSERT_TRUE(beside_.isMerging());
+  runner_.run();
+  EXPECT_TRUE(remove(5).hasMerged);
+  EXPECT_FALSE(beside_.mergeError());
+  EXPECT_EQ(found().size(), 3U);
+}
+
+TEST_F(MergeBesideUpdates, EndsWithTheUpdater) {
+  {
+    IndexUpdater updater(index_.folder(), index_.lock(), types_, &extractors_, options());
+    std::filesystem::remove(at(nameOf(0)));
+    std::filesystem::remove(at(nameOf(1)));
+    valueOrThrow(updater.apply({{at(nameOf(0)), at(nameOf(1))}, {}, {}}));
+    runner_.run();
+    EXPECT_TRUE(isAnythingAside());
+  }
+  EXPECT_FALSE(isAnythingAside());
+}
+
+TEST_F(MergeBesideUpdates, RemovesWhatAKilledProcessHasLeft) {
+  std::ofstream(index_.path() + "/" + IndexFolder::kAsideName) << "half of a segm";
+  remove(0);
+  EXPECT_FALSE(isAnythingAside());
+  std::ofstream(index_.path() + "/" + IndexFolder::kAsideName) << "half of a segm";
+  index_.run({tree_.path()});
+  EXPECT_FALSE(isAnythingAside());
 }
 
 TEST_F(IndexUpdaterTest, CountsAsFreshFromWhenItWasVouchedFor) {

@@ -16,7 +16,9 @@
 #include "metadata/query/QueryParser.h"
 #include "metadata/store/GenerationVerifier.h"
 #include "metadata/update/ChangingTree.h"
+#include "metadata/update/DeferredRunner.h"
 #include "metadata/update/IndexUpdater.h"
+#include "platform/linux/ForkedRunner.h"
 
 namespace vt {
 namespace {
@@ -31,6 +33,26 @@ constexpr std::size_t kQueriesOfARound = 12;
 constexpr IndexUpdater::Options kOptions{
     .coarsestTick = std::chrono::milliseconds(20), .mostChangedPerMille = 300, .leastChanged = 20};
 
+/// Who merges the index of a tree: its updates themselves, a process beside them, or the test at
+/// random moments between them.
+class Runners {
+ public:
+  explicit Runners(std::uint32_t tree) : which_(tree % 3) {}
+
+  IndexUpdater::Options options() {
+    IndexUpdater::Options options = kOptions;
+    if (which_ == 1) options.runner = &forked_;
+    if (which_ == 2) options.runner = &deferred_;
+    return options;
+  }
+  void runNow() { deferred_.run(); }
+
+ private:
+  std::uint32_t which_;
+  ForkedRunner forked_;
+  DeferredRunner deferred_;
+};
+
 std::size_t wantedRounds() {
   const char* const wanted = std::getenv("VISTARO_ROUNDS");
   return wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : kRounds;
@@ -44,33 +66,50 @@ TEST_F(UpdateAgreement, IsCompleteWithACrawlAndAWalkAfterRandomChanges) {
   RandomQuery queries(kSeed);
   std::size_t hits = 0;
   std::size_t merges = 0;
+  std::size_t mergesBeside = 0;  // while something changed
   std::size_t changed = 0;
   std::size_t done = 0;
   for (std::uint32_t tree = 0; done < rounds; ++tree) {
     RandomFiles files(kSeed + tree, 120);
-    ChangingTree changing(files.path(), kSeed + tree);
+    ChangingTree changing(files.path(), kSeed + tree,
+                          tree % 2 == 0 ? ChangingTree::Names::kAll : ChangingTree::Names::kOne);
     IndexedTree index(files.path(), types_, &extractors_);
+    Runners runners(tree);
     auto updater = std::make_unique<IndexUpdater>(index.folder(), index.lock(), types_,
-                                                  &extractors_, kOptions);
+                                                  &extractors_, runners.options());
     for (std::size_t i = 0; i < kRoundsOfATree && done < rounds; ++i, ++done) {
       SCOPED_TRACE(fmt::format("seed {}, tree {}, round {}", kSeed, tree, i));
       if (files.pick(6) == 0) {
+        updater.reset();
         updater = std::make_unique<IndexUpdater>(index.folder(), index.lock(), types_, &extractors_,
-                                                 kOptions);
+                                                 runners.options());
       }
       // An indexer may crawl in between, and goes on from what was updated.
       if (files.pick(15) == 0) index.run({files.path()});
+      if (files.pick(2) == 0) runners.runNow();
+      if (files.pick(4) == 0) {
+        const auto tended = updater->tendMerge();
+        ASSERT_TRUE(tended) << tended.error().reason;
+        merges += *tended ? 1 : 0;
+      }
       const FileChanges changes = changing.change(1 + files.pick(14));
       const auto report = updater->apply(changes);
       ASSERT_TRUE(report) << report.error().reason;
       ASSERT_FALSE(report->contentError) << report->contentError->reason;
       ASSERT_FALSE(report->mergeError) << report->mergeError->reason;
+      ASSERT_FALSE(report->missesOtherNames);
       merges += report->hasMerged ? 1 : 0;
+      mergesBeside += report->hasMerged && index.generation().delta ? 1 : 0;
       changed += report->rowsAdded;
       const auto looked = updater->lookIntoFiles([](const ContentCounts&) { return true; });
       ASSERT_TRUE(looked) << looked.error().reason;
       const auto damage = verifyGeneration(index.generation());
       ASSERT_FALSE(damage) << damage->reason;
+      const auto catalogue = CatalogueReader::open(index.path());
+      ASSERT_TRUE(catalogue) << catalogue.error().reason;
+      const auto contents = verifyContents(index.generation(), **catalogue);
+      ASSERT_TRUE(contents) << contents.error().reason;
+      ASSERT_EQ(contents->pending, 0U);
 
       const IndexedTree fresh(files.path(), types_, &extractors_);
       ASSERT_EQ(
@@ -96,9 +135,11 @@ TEST_F(UpdateAgreement, IsCompleteWithACrawlAndAWalkAfterRandomChanges) {
   // Agreeing says nothing when there is nothing to agree on.
   EXPECT_GT(hits, rounds * 50);
   EXPECT_GT(merges, rounds / 20);
+  EXPECT_GT(mergesBeside, rounds / 30);
   EXPECT_GT(changed, rounds * 5);
   std::cout << rounds << " rounds, " << changed << " changed entries, " << merges << " merges, "
-            << hits << " hits, seed " << kSeed << "\n";
+            << mergesBeside << " of them while something changed, " << hits << " hits, seed "
+            << kSeed << "\n";
 }
 
 }  // namespace

@@ -5,12 +5,15 @@
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <time.h>
 
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <random>
+#include <string>
 
 #include "metadata/engine/FoundPaths.h"
 #include "metadata/indexing/IndexedTree.h"
@@ -18,6 +21,7 @@
 #include "metadata/store/GenerationVerifier.h"
 #include "metadata/update/ChangingTree.h"
 #include "metadata/update/IndexUpdater.h"
+#include "platform/linux/ForkedRunner.h"
 
 namespace vt {
 namespace {
@@ -50,13 +54,36 @@ class UpdateSafety : public FoundPaths {
                                 std::uint32_t seed) {
   FastCalls calls;
   const IndexFolder folder = IndexFolder::open(index.path(), calls).value();
-  IndexUpdater updater(folder, index.lock(), types, &extractors, kMergesOften);
+  ForkedRunner runner;
+  IndexUpdater::Options options = kMergesOften;
+  options.runner = &runner;
+  IndexUpdater updater(folder, index.lock(), types, &extractors, options);
   ChangingTree changing(root, seed);
   for (;;) {
     const auto report = updater.apply(changing.change(3));
-    if (!report || report->mergeError || report->contentError) ::_exit(1);
+    if (!report || report->contentError) ::_exit(1);
+    // One that is killed, nothing else, is no merge.
+    if (report->mergeError && report->mergeError->reason.find("signal 9") == std::string::npos) {
+      ::_exit(3);
+    }
     if (!updater.lookIntoFiles([](const ContentCounts&) { return true; })) ::_exit(2);
   }
+}
+
+/// The process that merges for the process; 0 when none does.
+pid_t mergerOf(pid_t writer) {
+  const std::string name = std::to_string(writer);
+  std::ifstream children("/proc/" + name + "/task/" + name + "/children");
+  pid_t child = 0;
+  children >> child;
+  return child;
+}
+
+/// Waits for all that a killed writer leaves, which end by themselves. How many they were.
+std::size_t waitForOrphans() {
+  std::size_t count = 0;
+  while (::waitpid(-1, nullptr, 0) > 0) ++count;
+  return count;
 }
 
 TEST_F(UpdateSafety, LeavesOneWholeGenerationWheneverItsWriterIsKilled) {
@@ -66,7 +93,11 @@ TEST_F(UpdateSafety, LeavesOneWholeGenerationWheneverItsWriterIsKilled) {
   std::uniform_int_distribution<long> nanoseconds(0, 30'000'000);
   const RandomFiles files(kSeed, 60);
   IndexedTree index(files.path(), types_, &extractors_);
+  // What a killed writer leaves comes to this process.
+  ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
   std::size_t withDelta = 0;
+  std::size_t orphans = 0;
+  std::size_t killedMergers = 0;
   std::uint64_t generation = 1;
   for (std::size_t kill = 0; kill < kills; ++kill) {
     SCOPED_TRACE(testing::Message() << "kill " << kill << ", seed " << kSeed);
@@ -83,10 +114,19 @@ TEST_F(UpdateSafety, LeavesOneWholeGenerationWheneverItsWriterIsKilled) {
     }
     const timespec moment{0, nanoseconds(random)};
     ::nanosleep(&moment, nullptr);
+    if (kill % 3 != 0) {
+      // The merger first; the writer goes on without it, or goes with it.
+      pid_t merger = 0;
+      while (merger == 0 && ::waitpid(writer, nullptr, WNOHANG) == 0) merger = mergerOf(writer);
+      const bool isKilled = merger != 0 && ::kill(merger, SIGKILL) == 0;
+      killedMergers += isKilled ? 1 : 0;
+      if (kill % 3 == 1) ::nanosleep(&moment, nullptr);
+    }
     ASSERT_EQ(::kill(writer, SIGKILL), 0);
     int status = 0;
     ASSERT_EQ(::waitpid(writer, &status, 0), writer);
     ASSERT_TRUE(WIFSIGNALED(status)) << "ended by itself with " << WEXITSTATUS(status);
+    orphans += waitForOrphans();
     const auto current = index.folder().current();
     ASSERT_TRUE(current) << current.error().reason;
     ASSERT_GE(current->manifest.generation, generation);
@@ -102,12 +142,17 @@ TEST_F(UpdateSafety, LeavesOneWholeGenerationWheneverItsWriterIsKilled) {
     } else {
       ASSERT_FALSE(index.run({files.path()}).distrusted);
     }
+    EXPECT_FALSE(std::filesystem::exists(index.path() + "/" + IndexFolder::kAsideName));
     ASSERT_NO_FATAL_FAILURE(expectAgreement(index, files.path()));
     generation = index.generation().manifest.generation;
   }
   // Kills that hit nothing show nothing.
   EXPECT_GT(generation, 2 * kills);
   EXPECT_GT(withDelta, kills / 20);
+  EXPECT_GT(orphans, kills / 20);
+  EXPECT_GT(killedMergers, kills / 3);
+  std::cout << kills << " writers killed, " << killedMergers << " mergers before them, " << orphans
+            << " with them, seed " << kSeed << "\n";
 }
 
 TEST_F(UpdateSafety, GoesOnWhicheverCallFails) {
