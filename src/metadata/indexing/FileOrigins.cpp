@@ -38,7 +38,8 @@ FileOrigins::FileOrigins(const SegmentColumns& columns) : columns_(columns) {
   // Classes differ in owner, group, mode or list; those without a list are told apart by the rest.
   std::map<std::tuple<std::uint32_t, std::uint32_t, std::uint32_t>, std::uint32_t> withoutList;
   std::uint32_t next = kUnknown + 1;
-  for (const AccessClass& file : columns.classes) {
+  for (std::size_t number = 0; number < columns.classes.size(); ++number) {
+    const AccessClass file = columns.classes[number];
     const FileOwnership& ownership = file.ownership;
     if (!file.acl.isKnown || ownership.uid == kRoot || ownership.uid == kNobody) {
       classes_.push_back(kUnknown);
@@ -60,7 +61,7 @@ FileOrigins::FileOrigins(const SegmentColumns& columns) : columns_(columns) {
   for (std::uint32_t folder = 0; folder < columns.folderCount(); ++folder) {
     const std::uint32_t parent = columns.parents[folder];
     const std::uint32_t number = columns.classOfFolder(folder);
-    const AccessClass& access = columns.classes[number];
+    const AccessClass access = columns.classes[number];
     const std::uint32_t above = parent < folder ? ways_[parent] : freeWay;
     if (above == kUnknown || !access.acl.isKnown) {
       ways_.push_back(kUnknown);

@@ -19,8 +19,7 @@ namespace vt {
 ///  - what others may read and change: by the mode and the access control list, and by the group
 ///    where those let it do anything but what they let everybody;
 ///  - where others may read or change them at all, the restricting folders above them: those that
-///  do
-///    not let everybody list and search them, by owner, group, mode and list;
+///    do not let everybody list and search them, by owner, group, mode and list;
 ///  - the file system.
 ///
 /// A file has an origin of its own, which it shares with no other, when it is root's or nobody's,

@@ -14,31 +14,41 @@ namespace {
 constexpr std::uint32_t kFile = 0100000;
 constexpr std::uint32_t kFolder = 0040000;
 
-AccessClass classOf(std::uint32_t uid, std::uint32_t gid, std::uint32_t mode) {
+struct Access {
+  FileOwnership ownership;
+  AclReading acl;
+
+  AclPresence presence() const {
+    if (!acl.isKnown) return AclPresence::kUnknown;
+    return acl.list ? AclPresence::kPresent : AclPresence::kNone;
+  }
+};
+
+Access classOf(std::uint32_t uid, std::uint32_t gid, std::uint32_t mode) {
   return {{uid, gid, mode}, {/*isKnown=*/true, std::nullopt}};
 }
 
-AccessClass withList(AccessClass access) {
+Access withList(Access access) {
   access.acl.list =
       AccessControlList::parse(aclBytes({{1, 6}, {2, 4, 1001}, {4, 4}, {16, 4}, {32, 0}})).value();
   return access;
 }
 
-AccessClass withUnknownList(AccessClass access) {
+Access withUnknownList(Access access) {
   access.acl = {};
   return access;
 }
 
-AccessClass open() { return classOf(0, 0, kFolder | 0755); }
+Access open() { return classOf(0, 0, kFolder | 0755); }
 
 /// Two files of uid 2001 or as told, each in a folder of its own below the same open folder.
 struct TwoFiles {
-  AccessClass oneFolder = open();
-  AccessClass one = classOf(2001, 3001, kFile | 0640);
-  AccessClass otherFolder = open();
-  AccessClass other = classOf(2001, 3001, kFile | 0640);
+  Access oneFolder = open();
+  Access one = classOf(2001, 3001, kFile | 0640);
+  Access otherFolder = open();
+  Access other = classOf(2001, 3001, kFile | 0640);
 
-  FileStatus statusOf(const AccessClass& access) const {
+  FileStatus statusOf(const Access& access) const {
     FileStatus status;
     status.ownership = access.ownership;
     status.device = 1;
@@ -55,7 +65,7 @@ struct TwoFiles {
 
  private:
   // As the store numbers them: equal classes are one.
-  std::uint32_t numberOf(const AccessClass& access) {
+  std::uint32_t numberOf(const Access& access) {
     for (std::uint32_t i = 0; i < classes_.size(); ++i) {
       if (classes_[i].ownership == access.ownership &&
           classes_[i].acl.isKnown == access.acl.isKnown &&
@@ -77,11 +87,26 @@ struct TwoFiles {
     columns_.accessClasses = rowClasses_;
     columns_.attributesChanged = changed_;
     columns_.modified = changed_;
-    columns_.classes = classes_;
+    for (const Access& access : classes_) {
+      if (access.acl.list) {
+        lists_.listed.push_back(static_cast<std::uint32_t>(uids_.size()));
+        lists_.readings.push_back(access.acl);
+      }
+      uids_.push_back(access.ownership.uid);
+      gids_.push_back(access.ownership.gid);
+      modes_.push_back(access.ownership.mode);
+      presences_.push_back(static_cast<std::uint8_t>(access.presence()));
+    }
+    columns_.classes = ClassColumns(uids_, gids_, modes_, presences_, lists_);
     return origins_.emplace(columns_);
   }
 
-  std::vector<AccessClass> classes_;
+  std::vector<Access> classes_;
+  std::vector<std::uint32_t> uids_;
+  std::vector<std::uint32_t> gids_;
+  std::vector<std::uint32_t> modes_;
+  std::vector<std::uint8_t> presences_;
+  ClassColumns::Lists lists_;
   std::array<std::uint32_t, 3> parents_{kNoFolder, 0, 0};
   std::array<std::uint32_t, 3> folderClasses_{};
   std::array<std::uint32_t, 2> folders_{1, 2};
@@ -115,12 +140,12 @@ TEST(FileOrigins, AreOneWhereTheSamePeopleMayReadAndChange) {
 }
 
 TEST(FileOrigins, DifferWithOwnerGroupModeAndList) {
-  const AccessClass others[] = {
+  const Access others[] = {
       classOf(2002, 3001, kFile | 0640), classOf(2001, 3002, kFile | 0640),
       classOf(2001, 3001, kFile | 0600), classOf(2001, 3001, kFile | 0660),
       classOf(2001, 3001, kFile | 0644), withList(classOf(2001, 3001, kFile | 0640)),
   };
-  for (const AccessClass& other : others) {
+  for (const Access& other : others) {
     SCOPED_TRACE(testing::Message() << other.ownership.uid << ':' << other.ownership.gid << ' '
                                     << std::oct << other.ownership.mode);
     TwoFiles files;
@@ -130,13 +155,13 @@ TEST(FileOrigins, DifferWithOwnerGroupModeAndList) {
 }
 
 TEST(FileOrigins, DifferWithTheRestrictingFoldersAbove) {
-  const AccessClass folders[] = {
+  const Access folders[] = {
       classOf(2002, 3002, kFolder | 0750),
       classOf(2002, 3002, kFolder | 0711),
       classOf(2001, 3001, kFolder | 0700),
       withList(classOf(2002, 3002, kFolder | 0755)),
   };
-  for (const AccessClass& folder : folders) {
+  for (const Access& folder : folders) {
     SCOPED_TRACE(testing::Message() << std::oct << folder.ownership.mode);
     TwoFiles below;
     below.otherFolder = folder;
@@ -151,8 +176,8 @@ TEST(FileOrigins, DifferWithTheRestrictingFoldersAbove) {
 TEST(FileOrigins, AreTheirOwnWhereNobodyKnowsWhoMayDoWhat) {
   struct Case {
     const char* what;
-    AccessClass folder;
-    AccessClass file;
+    Access folder;
+    Access file;
   };
   const Case cases[] = {
       {"root's", open(), classOf(0, 3001, kFile | 0640)},
