@@ -34,6 +34,7 @@ class RowContentsTest : public testing::Test {
   ContentNumber add(std::uint64_t inode, const char* extractor, std::int64_t changed) {
     ContentRecord record = CatalogueInFolder::recordOf(inode);
     record.extractor = extractor;
+    record.extractorVersion = extractors_.forType(types_.typeOfFile("a.txt"))->version();
     record.version.attributesChanged = changed;
     return valueOrThrow(writer_->add(record, Extraction()));
   }
