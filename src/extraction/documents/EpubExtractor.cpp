@@ -5,7 +5,7 @@
 #include "extraction/BoundedText.h"
 #include "extraction/FoundAttributes.h"
 #include "extraction/IsoDate.h"
-#include "extraction/ProcessorTime.h"
+#include "extraction/LookTime.h"
 #include "extraction/documents/DublinCore.h"
 #include "extraction/documents/HtmlText.h"
 #include "extraction/documents/LeafTexts.h"
@@ -56,7 +56,7 @@ Result<Extraction, ExtractionFailure> EpubExtractor::extract(int file, ContentTy
       isBook = true;
       BookProperties handler(attributes);
       readPart(package, handler);
-    } else if (isChapter(*part) && !text.isFull() && !isProcessorTimeShort()) {
+    } else if (isChapter(*part) && !text.isFull() && !isTimeShort()) {
       isBook = true;
       appendHtmlText(package.beginning(kMostChapter), text);
       text.newLine();

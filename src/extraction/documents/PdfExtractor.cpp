@@ -12,7 +12,7 @@
 
 #include "extraction/BoundedText.h"
 #include "extraction/FoundAttributes.h"
-#include "extraction/ProcessorTime.h"
+#include "extraction/LookTime.h"
 
 namespace vt {
 namespace {
@@ -80,7 +80,7 @@ void readProperties(const poppler::document& document, FoundAttributes& attribut
 void readPages(const poppler::document& document, BoundedText& text, FoundAttributes& attributes) {
   const int count = document.pages();
   if (count > 0) attributes.setNumber("kMDItemNumberOfPages", count);
-  for (int number = 0; number < count && !text.isFull() && !isProcessorTimeShort(); ++number) {
+  for (int number = 0; number < count && !text.isFull() && !isTimeShort(); ++number) {
     const std::unique_ptr<poppler::page> page(document.create_page(number));
     if (!page) continue;
     if (number == 0) {

@@ -1,6 +1,6 @@
 #include "extraction/documents/ReadPart.h"
 
-#include "extraction/ProcessorTime.h"
+#include "extraction/LookTime.h"
 
 namespace vt {
 
@@ -8,7 +8,7 @@ bool readPart(ZipPackage& package, XmlHandler& handler) {
   XmlParser parser(handler);
   bool isGood = true;
   const bool isWhole = package.read([&](std::string_view piece) {
-    isGood = !isProcessorTimeShort() && parser.read(piece);
+    isGood = !isTimeShort() && parser.read(piece);
     return isGood;
   });
   return isWhole && isGood && parser.finish();

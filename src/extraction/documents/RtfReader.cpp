@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "extraction/IsoDate.h"
-#include "extraction/ProcessorTime.h"
+#include "extraction/LookTime.h"
 #include "extraction/documents/Charset.h"
 #include "foundation/UTF8.h"
 
@@ -100,7 +100,7 @@ bool RtfReader::read(std::string_view bytes) {
   std::size_t count = 0;
   for (RtfToken token = tokens.next(); token.kind != RtfToken::Kind::kEnd; token = tokens.next()) {
     constexpr std::size_t kBetweenLooks = 65536;
-    if (text_.isFull() || (++count % kBetweenLooks == 0 && isProcessorTimeShort())) break;
+    if (text_.isFull() || (++count % kBetweenLooks == 0 && isTimeShort())) break;
     switch (token.kind) {
       case RtfToken::Kind::kOpen:
         open();

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "extraction/FoundAttributes.h"
+#include "extraction/LookTime.h"
 #include "extraction/media/MailMessage.h"
 #include "foundation/UTF8.h"
 
@@ -98,7 +99,7 @@ Result<Extraction, ExtractionFailure> MailExtractor::extract(int file, ContentTy
       tellMessage(*message, found);
     }
     appendBody(*message, htmlText_, kMostTextBytes, *extraction.text);
-  } while (isMailbox && extraction.text->size() < kMostTextBytes &&
+  } while (isMailbox && extraction.text->size() < kMostTextBytes && !isTimeShort() &&
            !g_mime_parser_eos(parser.get()));
   if (!isKnown) {
     return ExtractionFailure{ExtractionFailure::Kind::kMalformed, "it holds no message"};

@@ -9,7 +9,7 @@
 #include "extraction/ExtractionBytes.h"
 #include "extraction/ExtractionRequest.h"
 #include "extraction/ExtractorDescription.h"
-#include "extraction/ProcessorTime.h"
+#include "extraction/LookTime.h"
 #include "worker/ReadInput.h"
 #include "worker/ReceiveRequest.h"
 #include "worker/WriteAll.h"
@@ -53,7 +53,7 @@ TaskSource extractionTasks(const ContentTypes& types,
     const auto id = static_cast<ContentTypeId>(type);
     if (!extractor.takes(id)) return {};
     return [&extractor, id](int input, int output) {
-      countProcessorTimeFromNow();
+      countTimeFromNow();
       return send(output, extractionBytes(extractor.extract(input, id)));
     };
   };
