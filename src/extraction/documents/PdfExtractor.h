@@ -7,7 +7,7 @@
 #include "metadata/extract/Extractor.h"
 
 namespace poppler {
-class document;
+class document;  // NOLINT(readability-identifier-naming): the library's
 }  // namespace poppler
 
 namespace vt {
