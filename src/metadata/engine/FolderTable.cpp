@@ -25,6 +25,7 @@ FolderTable::FolderTable(const SegmentColumns& segment, std::vector<IndexedScope
       scopeOf_(segment.folderCount(), 0) {
   // By folder; of scopes of one folder the first counts.
   std::vector<std::pair<std::uint32_t, std::uint32_t>> starts;
+  starts.reserve(scopes_.size());
   for (std::uint32_t i = 0; i < scopes_.size(); ++i) starts.emplace_back(scopes_[i].folder, i);
   std::ranges::sort(starts);
   auto start = starts.cbegin();

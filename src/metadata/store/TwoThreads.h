@@ -16,7 +16,7 @@ void doBoth(bool isWorthIt, First&& first, Second&& second) {
     try {
       other = std::async(std::launch::async, std::ref(first));
     } catch (const std::system_error&) {
-      // No thread to be had: then it takes longer.
+      other = {};  // no thread to be had: then it takes longer
     }
   }
   if (!other.valid()) first();

@@ -60,7 +60,7 @@ std::optional<StoreError> IndexUpdater::load() {
 }
 
 std::optional<StoreError> IndexUpdater::take(IndexGeneration generation) {
-  std::optional<KnownIndex> index = KnownIndex::of(generation, types_);
+  std::optional<KnownIndex> index = KnownIndex::of(std::move(generation), types_);
   if (!index) {
     return StoreError{StoreError::Kind::kOtherKind,
                       "the index was made with types that are not known here"};
@@ -104,7 +104,7 @@ Result<UpdateReport, StoreError> IndexUpdater::apply(const FileChanges& changes,
   hasChanged = hasChanged || report.rowsAdded > 0 || report.rowsTakenAway > 0;
   const Date vouched = std::max(index.manifest().vouched, vouchedUntil.value_or(Date::min()));
   if (hasChanged) {
-    if (std::optional<StoreError> error = publish(*state, vouched, nullptr))
+    if (std::optional<StoreError> error = publish(*state, vouched, /*mergedBase=*/nullptr))
       return *std::move(error);
   } else if (vouched != index.manifest().vouched) {
     Manifest manifest = index.manifest();
