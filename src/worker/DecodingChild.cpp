@@ -18,7 +18,7 @@ namespace {
 // it.
 constexpr std::clock_t kMostProcessorTime = CLOCKS_PER_SEC;
 // Kibibytes of memory beyond those at the start. What was once needed is hardly given back.
-constexpr long kMostGrowth = 32 * 1024;
+constexpr long kMostGrowth = 32L * 1024;
 
 long mostMemory() {
   rusage usage{};
