@@ -44,8 +44,8 @@ void FileWriter::take(const FileWriter& part) {
 
 void FileWriter::appendLarge(std::string_view bytes) {
   while (!bytes.empty()) {
-    if (used_ == kBufferBytes) flush();
-    const std::size_t count = std::min(bytes.size(), kBufferBytes - used_);
+    if (room() == 0) flush();
+    const std::size_t count = std::min(bytes.size(), room());
     bytes.copy(buffer_.get() + used_, count);
     used_ += count;
     bytes.remove_prefix(count);
@@ -95,7 +95,7 @@ void FileWriter::fail(StoreError error) {
 
 void FileWriter::flush() {
   updateChecksum();
-  if (used_ == kBufferBytes && flushed_ + used_ > reserved_) reserve();
+  if (room() == 0 && position() > reserved_) reserve();
   writeAll(flushed_, {buffer_.get(), used_});
   flushed_ += used_;
   used_ = 0;

@@ -30,7 +30,7 @@ class FileWriter {
   std::uint64_t position() const { return flushed_ + used_; }
 
   void append(std::string_view bytes) {
-    if (bytes.size() > kBufferBytes - used_) {
+    if (bytes.size() > room()) {
       appendLarge(bytes);
       return;
     }
@@ -73,8 +73,9 @@ class FileWriter {
   void fail(StoreError error);
 
  private:
-  // A system call and a round of the checksum for so many bytes cost next to nothing.
-  static constexpr std::size_t kBufferBytes = std::size_t{1} << 18;
+  // A whole large page, written at once where one begins: the kernel then keeps the file in large
+  // pages, where its file system can, and whoever maps it needs one page fault in place of 32.
+  static constexpr std::size_t kBufferBytes = std::size_t{1} << 21;
   // Writing into space that was set aside takes half the time of finding space write by write.
   static constexpr std::uint64_t kReservedBytes = std::uint64_t{1} << 24;
 
@@ -84,6 +85,10 @@ class FileWriter {
 
   FileWriter(const FileWriter& whole, std::uint64_t begin, std::uint64_t count);
 
+  /// What the buffer still takes: it is full where a large page of the file ends.
+  std::size_t room() const {
+    return kBufferBytes - static_cast<std::size_t>(flushed_ % kBufferBytes) - used_;
+  }
   void appendLarge(std::string_view bytes);
   void reserve();
   void updateChecksum();
