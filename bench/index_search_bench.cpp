@@ -18,7 +18,9 @@
 #include "foundation/NSLog.h"
 #include "metadata/engine/IndexHits.h"
 #include "metadata/engine/OpenIndex.h"
+#include "metadata/engine/SearchedRows.h"
 #include "metadata/engine/SubstringScanner.h"
+#include "metadata/store/Bitmap.h"
 #include "metadata/store/IndexFolder.h"
 #include "platform/Identity.h"
 #include "platform/Platform.h"
@@ -145,24 +147,20 @@ void access(benchmark::State& state, const Corpus& corpus) {
   const AccessJudge judge(Credentials(static_cast<std::uint32_t>(user->uid()), gid,
                                       Platform::current().identity().groupsOf(kUser, gid)));
   const auto folder = indexedFolderAt(segment, corpus.tree);
-  std::vector<std::uint32_t> rows;
+  Bitmap found(segment.rowCount());
   const SubstringScanner scanner(corpus.word("common"));
-  for (std::uint32_t row = 0; row < segment.rowCount(); ++row) {
-    if (scanner.find(segment.foldedNames[row], 0) != std::string_view::npos) rows.push_back(row);
+  for (std::size_t row = 0; row < segment.rowCount(); ++row) {
+    if (scanner.find(segment.foldedNames[row], 0) != std::string_view::npos) found.add(row);
   }
   for (auto _ : state) {
     state.SetIterationTime(bestOfRounds([&] {
+      Bitmap rows = found;
       return secondsOf([&] {
         const ClassVerdicts verdicts(segment, judge);
         const FolderTable folders(segment, {{*folder, corpus.tree, corpus.tree}}, verdicts);
-        std::size_t readable = 0;
-        for (const std::uint32_t row : rows) {
-          readable +=
-              folders.isSearched(segment.folderOf(row)) && verdicts.mayRead(segment.classOf(row))
-                  ? 1
-                  : 0;
-        }
-        benchmark::DoNotOptimize(readable);
+        const SearchedRows searched(segment, folders, verdicts);
+        rows.keepIf([&](std::size_t row) { return searched.contains(row); });
+        benchmark::DoNotOptimize(rows);
       });
     }));
     setPeer(state, "executeQuery", bestOfRounds([&] {

@@ -61,10 +61,11 @@ IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index,
       folders_(index_->folders(), std::move(scopes), verdicts_),
       files_(index_->columns, index_->types, tables, folders_, verdicts_) {
   const GenerationColumns& columns = index_->columns;
-  parts_.push_back({columns.base, 0, folders_.searchedIn(columns.base)});
-  if (columns.delta.rowCount() > 0) {
-    parts_.push_back({columns.delta, columns.base.rowCount(), folders_.searchedIn(columns.delta)});
-  }
+  const auto addPart = [&](const SegmentColumns& segment, std::size_t firstRow) {
+    parts_.push_back({segment, firstRow, SearchedRows(segment, folders_, verdicts_)});
+  };
+  addPart(columns.base, 0);
+  if (columns.delta.rowCount() > 0) addPart(columns.delta, columns.base.rowCount());
   TermCompiler::Finds finds;
   StepCounts counts;
   std::vector<std::uint32_t> newer;
@@ -78,7 +79,7 @@ IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index,
     if (isBase && steps != nullptr && columns.deadCount > 0) removeDead(columns, rows);
     const auto keepReadable = [&] {
       const std::size_t asked = steps != nullptr ? rows.count() : 0;
-      rows.keepIf([&](std::size_t row) { return isReadable(part, row); });
+      rows.keepIf([&](std::size_t row) { return part.searched.contains(row); });
       if (isBase && columns.deadCount > 0) removeDead(columns, rows);
       if (steps != nullptr) counts.add(nullptr, asked, rows.count());
     };
@@ -112,7 +113,7 @@ std::size_t IndexHits::pendingCount() const {
   std::size_t count = 0;
   for (const Part& part : parts_) {
     for (std::size_t row = 0; row < part.segment.rowCount(); ++row) {
-      if (contents_->isPending(part.firstRow + row) && isReadable(part, row)) ++count;
+      if (contents_->isPending(part.firstRow + row) && part.searched.contains(row)) ++count;
     }
   }
   return count;

@@ -12,6 +12,7 @@
 #include "metadata/engine/IndexedContents.h"
 #include "metadata/engine/IndexedFiles.h"
 #include "metadata/engine/OpenIndex.h"
+#include "metadata/engine/SearchedRows.h"
 #include "metadata/query/AttributeSchema.h"
 #include "metadata/query/Query.h"
 #include "metadata/query/TimeValue.h"
@@ -70,18 +71,10 @@ class IndexHits {
   /// Rows of one segment, as a search goes through them.
   struct Part {
     const SegmentColumns& segment;
-    std::size_t firstRow;                ///< the number that its first row has here
-    std::vector<std::uint8_t> searched;  ///< by the folders that rows name
-
-    bool isIn(std::size_t row) const {
-      const std::uint32_t folder = segment.folders[row];
-      return folder < searched.size() && searched[folder] != 0;
-    }
+    std::size_t firstRow;  ///< the number that its first row has here
+    SearchedRows searched;
   };
 
-  bool isReadable(const Part& part, std::size_t row) const {
-    return part.isIn(row) && verdicts_.mayRead(part.segment.classOf(row));
-  }
   std::string pathAt(std::uint32_t row) const {
     return folders_.pathOf(files_.folder(row), files_.name(row));
   }

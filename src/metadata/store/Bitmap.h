@@ -72,14 +72,16 @@ class Bitmap {
     }
   }
 
-  /// Takes out the numbers for which `isKept(number)` is false.
+  /// Takes out the numbers for which `isKept(number)` is false; without branches likewise.
   template <class Function>
   void keepIf(const Function& isKept) {
     for (std::size_t word = 0; word < words_.size(); ++word) {
+      std::uint64_t kept = 0;
       for (std::uint64_t bits = words_[word]; bits != 0; bits &= bits - 1) {
         const auto bit = static_cast<std::size_t>(std::countr_zero(bits));
-        if (!isKept(word * kBits + bit)) words_[word] &= ~(std::uint64_t{1} << bit);
+        kept |= static_cast<std::uint64_t>(isKept(word * kBits + bit) ? 1 : 0) << bit;
       }
+      words_[word] = kept;
     }
   }
 
