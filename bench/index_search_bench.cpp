@@ -20,7 +20,6 @@
 #include "metadata/engine/OpenIndex.h"
 #include "metadata/engine/SearchedRows.h"
 #include "metadata/engine/SubstringScanner.h"
-#include "metadata/store/Bitmap.h"
 #include "metadata/store/IndexFolder.h"
 #include "platform/Identity.h"
 #include "platform/Platform.h"
@@ -147,20 +146,20 @@ void access(benchmark::State& state, const Corpus& corpus) {
   const AccessJudge judge(Credentials(static_cast<std::uint32_t>(user->uid()), gid,
                                       Platform::current().identity().groupsOf(kUser, gid)));
   const auto folder = indexedFolderAt(segment, corpus.tree);
-  Bitmap found(segment.rowCount());
+  std::vector<std::uint32_t> found;
   const SubstringScanner scanner(corpus.word("common"));
-  for (std::size_t row = 0; row < segment.rowCount(); ++row) {
-    if (scanner.find(segment.foldedNames[row], 0) != std::string_view::npos) found.add(row);
+  for (std::uint32_t row = 0; row < segment.rowCount(); ++row) {
+    if (scanner.find(segment.foldedNames[row], 0) != std::string_view::npos) found.push_back(row);
   }
   for (auto _ : state) {
     state.SetIterationTime(bestOfRounds([&] {
-      Bitmap rows = found;
+      std::vector<std::uint32_t> rows = found;
       return secondsOf([&] {
         const ClassVerdicts verdicts(segment, judge);
         const FolderTable folders(segment, {{*folder, corpus.tree, corpus.tree}}, verdicts);
         const SearchedRows searched(segment, folders, verdicts);
-        rows.keepIf([&](std::size_t row) { return searched.contains(row); });
-        benchmark::DoNotOptimize(rows);
+        searched.narrow(rows);
+        benchmark::DoNotOptimize(rows.data());
       });
     }));
     setPeer(state, "executeQuery", bestOfRounds([&] {

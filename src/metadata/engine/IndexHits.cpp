@@ -42,10 +42,41 @@ class StepCounts {
   std::vector<Count> counts_;  // in the order in which they were asked
 };
 
-void removeDead(const GenerationColumns& columns, RowSet& rows) {
-  RowSet dead = RowSet::all(columns.dead.size());
-  dead.keepOnly(columns.dead);
-  rows.remove(dead);
+void remove(const Bitmap& dead, RowSet& rows) {
+  RowSet removed = RowSet::all(dead.size());
+  removed.keepOnly(dead);
+  rows.remove(removed);
+}
+
+/// The rows that the query finds among those that are searched, without the `dead` ones, which may
+/// be nullptr as `counts` may.
+std::vector<std::uint32_t> rowsFound(const QueryPlan& plan, const SearchedRows& searched,
+                                     const Bitmap* dead, RowSet rows, StepCounts* counts) {
+  QueryPlan::Watch watch;
+  if (counts != nullptr) {
+    watch = [&](const query::Term& term, std::size_t asked, std::size_t left) {
+      counts->add(&term, asked, left);
+    };
+    // Rows that count no more are in nobody's way until the end, but they are not to be told of.
+    if (dead != nullptr) remove(*dead, rows);
+  }
+  // Two look-ups for a row: less than asking it anything, more than finding names among many.
+  const bool isSearchedFirst = plan.asksEachRow();
+  if (isSearchedFirst) {
+    const std::size_t asked = counts != nullptr ? rows.count() : 0;
+    rows.keepIf([&](std::size_t row) { return searched.contains(row); });
+    if (counts != nullptr) counts->add(nullptr, asked, rows.count());
+  }
+  rows = plan.rowsAmong(std::move(rows), watch);
+  if (dead != nullptr) remove(*dead, rows);
+  std::vector<std::uint32_t> found;
+  found.reserve(rows.count());
+  rows.forEach([&](std::size_t row) { found.push_back(static_cast<std::uint32_t>(row)); });
+  if (isSearchedFirst) return found;
+  const std::size_t asked = found.size();
+  searched.narrow(found);
+  if (counts != nullptr) counts->add(nullptr, asked, found.size());
+  return found;
 }
 
 }  // namespace
@@ -74,33 +105,15 @@ IndexHits::IndexHits(std::shared_ptr<const OpenIndex> index,
     const TermCompiler compiler(part.segment, part.firstRow, tables, index_->types, schema, context,
                                 files_, contents_.get(), finds);
     const QueryPlan plan(query, [&](const query::Term& term) { return compiler.stepOf(term); });
-    RowSet rows = RowSet::all(part.segment.rowCount());
-    // Rows that count no more are in nobody's way until the end, but they are not to be told of.
-    if (isBase && steps != nullptr && columns.deadCount > 0) removeDead(columns, rows);
-    const auto keepReadable = [&] {
-      const std::size_t asked = steps != nullptr ? rows.count() : 0;
-      rows.keepIf([&](std::size_t row) { return part.searched.contains(row); });
-      if (isBase && columns.deadCount > 0) removeDead(columns, rows);
-      if (steps != nullptr) counts.add(nullptr, asked, rows.count());
-    };
-    QueryPlan::Watch watch;
-    if (steps != nullptr) {
-      watch = [&](const query::Term& term, std::size_t asked, std::size_t left) {
-        counts.add(&term, asked, left);
-      };
-    }
-    // Two look-ups for a row: less than asking it anything, more than finding names among many.
-    if (plan.asksEachRow()) {
-      keepReadable();
-      rows = plan.rowsAmong(std::move(rows), watch);
+    std::vector<std::uint32_t> found =
+        rowsFound(plan, part.searched, isBase && columns.deadCount > 0 ? &columns.dead : nullptr,
+                  RowSet::all(part.segment.rowCount()), steps != nullptr ? &counts : nullptr);
+    if (isBase) {
+      rows_ = std::move(found);
     } else {
-      rows = plan.rowsAmong(std::move(rows), watch);
-      keepReadable();
+      newer = std::move(found);
+      for (std::uint32_t& row : newer) row += static_cast<std::uint32_t>(part.firstRow);
     }
-    std::vector<std::uint32_t>& found = isBase ? rows_ : newer;
-    found.reserve(rows.count());
-    rows.forEach(
-        [&](std::size_t row) { found.push_back(static_cast<std::uint32_t>(part.firstRow + row)); });
   }
   if (steps != nullptr) *steps = counts.steps();
   const bool keepsOrder = folders_.keepsPathOrder() && !columns.hasMovedFolders;

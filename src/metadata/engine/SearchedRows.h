@@ -11,8 +11,8 @@
 
 namespace vt {
 
-/// Which rows of a segment a search looks at: those in the folders that it searches that the account
-/// may read. Borrows what it is made of.
+/// Which rows of a segment a search looks at: those in the folders that it searches that the
+/// account may read. Borrows what it is made of.
 class SearchedRows {
  public:
   SearchedRows(const SegmentColumns& segment, const FolderTable& folders,
@@ -25,6 +25,16 @@ class SearchedRows {
   bool contains(std::size_t row) const {
     const std::size_t folder = std::min<std::size_t>(segment_.folders[row], areInside_.size() - 1);
     return (areInside_[folder] & verdicts_.mayRead(segment_.classOf(row))) != 0;
+  }
+
+  /// Takes out of `rows` those that it does not contain.
+  void narrow(std::vector<std::uint32_t>& rows) const {
+    std::size_t kept = 0;
+    for (const std::uint32_t row : rows) {
+      rows[kept] = row;
+      kept += contains(row) ? 1 : 0;
+    }
+    rows.resize(kept);
   }
 
  private:

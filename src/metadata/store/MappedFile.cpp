@@ -24,8 +24,8 @@ Result<MappedFile, StoreError> MappedFile::open(int folder, const std::string& n
   // Shared, since nothing is written: the pages are those of the kernel's cache either way.
   void* const memory = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, file.get(), 0);
   if (memory == MAP_FAILED) return systemError(errno, "map", shownPath);
-  // What is not in that cache is to come in large pages, where the file system has them: a search of
-  // all names is then a page fault for every 2 MiB and not for every 64 KiB. A hint: it may fail.
+  // What the cache does not hold is to come in large pages, where the file system has them: going
+  // through all names is then a page fault for every 2 MiB and not for every 64 KiB.
   ::madvise(memory, size, MADV_HUGEPAGE);
   return MappedFile({static_cast<const char*>(memory), size});
 }
