@@ -23,7 +23,7 @@ std::string asUtf8(std::string_view text) {
   if (isValidUTF8(text)) return std::string(text);
   // With something behind it, or a last letter would be taken for half a character.
   std::string decoded = decodePlainText(std::string(text) + ' ');
-  decoded.pop_back();
+  if (decoded.ends_with(' ')) decoded.pop_back();  // else it was half a unit of a wide form
   return decoded;
 }
 

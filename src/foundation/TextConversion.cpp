@@ -21,6 +21,8 @@ TextConversion::operator bool() const {
 }
 
 std::string TextConversion::convert(std::string_view bytes) const {
+  // What the text before has left behind: sets that characters are shifted to, or a cut one.
+  ::iconv(handle_, nullptr, nullptr, nullptr, nullptr);
   std::string text;
   std::array<char, 8192> block;
   // iconv() does not write to what it reads.
@@ -38,7 +40,11 @@ std::string TextConversion::convert(std::string_view bytes) const {
     ++next;
     --left;
   }
-  return text;
+  // A last letter is held back where a mark may follow it.
+  char* out = block.data();
+  std::size_t room = block.size();
+  ::iconv(handle_, nullptr, nullptr, &out, &room);
+  return text.append(block.data(), block.size() - room);
 }
 
 }  // namespace vt

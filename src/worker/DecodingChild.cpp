@@ -39,18 +39,19 @@ TaskEnd workAt(const Task& task, const ReceivedRequest& request) {
 void decodeAndExit(int socket, const ReceivedRequest& first, const Task& task,
                    const ChildRules& rules, const PrepareTask& prepare) {
   // Where it is not, more can be received of nobody.
-  if (::dup2(socket, kChildSocket) != kChildSocket || !limitItself(rules)) {
-    ::_exit(static_cast<int>(TaskEnd::kNotConfined));
-  }
+  if (::dup2(socket, kChildSocket) != kChildSocket || !limitItself(rules)) ::_exit(1);
   ::close(socket);
+  // Before any byte of a file is read: what a file does later can't be taken for a lack of walls.
+  if (::write(kChildSocket, &kConfined, sizeof kConfined) != sizeof kConfined) ::_exit(1);
   const long memoryAtStart = mostMemory();
   FileEnd told;
   const auto tell = [&] {
-    told.isLast = told.isLast || std::clock() > kMostProcessorTime ||
-                  mostMemory() - memoryAtStart > kMostGrowth;
-    if (::write(kChildSocket, &told, sizeof told) != sizeof told || told.isLast) ::_exit(0);
+    if (std::clock() > kMostProcessorTime || mostMemory() - memoryAtStart > kMostGrowth) {
+      told.isLast = 1;
+    }
+    if (::write(kChildSocket, &told, sizeof told) != sizeof told || told.isLast != 0) ::_exit(0);
   };
-  told.isLast = first.request.origin == kOwnOrigin;
+  told.isLast = first.request.origin == kOwnOrigin ? 1 : 0;
   told.end = workAt(task, first);
   // The reader need not wait until all that the process holds is given back.
   ::close(first.output.get());

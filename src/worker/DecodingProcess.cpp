@@ -25,8 +25,6 @@ WorkerEnd endOf(TaskEnd end) {
       return WorkerEnd::kMade;
     case TaskEnd::kNone:
       return WorkerEnd::kNone;
-    case TaskEnd::kNotConfined:
-      return WorkerEnd::kNotTried;
     default:
       return WorkerEnd::kCrashed;
   }
@@ -52,7 +50,15 @@ std::unique_ptr<DecodingProcess> DecodingProcess::start(int clients, const Recei
   const bool isWatched = static_cast<bool>(handle);
   std::unique_ptr<DecodingProcess> process(
       new DecodingProcess(child, std::move(handle), std::move(ours), first.request.origin));
-  return isWatched ? std::move(process) : nullptr;
+  {
+    const FileDescriptor childs = std::move(theirs);
+  }  // its end is told by the end of the child
+  return isWatched && process->isConfined() ? std::move(process) : nullptr;
+}
+
+bool DecodingProcess::isConfined() const {
+  std::uint8_t told = 0;
+  return ::recv(socket_.get(), &told, sizeof told, 0) == sizeof told && told == kConfined;
 }
 
 bool DecodingProcess::takes(const WorkerRequest& request) const {
@@ -75,24 +81,21 @@ WorkerAnswer DecodingProcess::await(std::chrono::milliseconds limit, int clients
   if (ready > 0 && (awaited[0].revents & POLLIN) != 0 &&
       ::recv(socket_.get(), &told, sizeof told, MSG_DONTWAIT) == sizeof told) {
     const WorkerEnd how = endOf(told.end);
-    if (told.isLast || (how != WorkerEnd::kMade && how != WorkerEnd::kNone)) end();
+    if (told.isLast != 0 || (how != WorkerEnd::kMade && how != WorkerEnd::kNone)) end();
     return {how, wasShared};
   }
+  // Without a word, with whatever status: a library that exits has not looked into the file.
   const bool hasEnded = ready > 0 && (awaited[1].revents != 0 || awaited[0].revents != 0);
-  const int status = end();
-  if (!hasEnded) return {WorkerEnd::kTimedOut, wasShared};
-  if (!WIFEXITED(status)) return {WorkerEnd::kCrashed, wasShared};
-  return {endOf(static_cast<TaskEnd>(WEXITSTATUS(status))), wasShared};
+  end();
+  return {hasEnded ? WorkerEnd::kCrashed : WorkerEnd::kTimedOut, wasShared};
 }
 
-int DecodingProcess::end() {
-  int status = 0;
-  if (child_ == 0) return status;
+void DecodingProcess::end() {
+  if (child_ == 0) return;
   ::kill(child_, SIGKILL);
-  while (::waitpid(child_, &status, 0) < 0 && errno == EINTR) {
+  while (::waitpid(child_, nullptr, 0) < 0 && errno == EINTR) {
   }
   child_ = 0;
-  return status;
 }
 
 }  // namespace vt::worker

@@ -18,7 +18,8 @@ namespace vt::worker {
 class DecodingProcess {
  public:
   /// Starts it with its first file and the task for that. `clients` is the socket that requests
-  /// come over, which it does not get. Nullptr when there can be no process.
+  /// come over, which it does not get. Nullptr when there can be no process, or none that is
+  /// confined as `rules` demand.
   static std::unique_ptr<DecodingProcess> start(int clients, const ReceivedRequest& first,
                                                 const Task& task, const ChildRules& rules,
                                                 const PrepareTask& prepare);
@@ -39,8 +40,10 @@ class DecodingProcess {
  private:
   DecodingProcess(pid_t child, FileDescriptor handle, FileDescriptor socket, FileOrigin origin)
       : child_(child), handle_(std::move(handle)), socket_(std::move(socket)), origin_(origin) {}
-  /// Kills it unless it has ended; with what status, as of waitpid().
-  int end();
+  /// Waits until it is, and has not looked into anything yet; false when it has ended before.
+  bool isConfined() const;
+  /// Kills it unless it has ended.
+  void end();
 
   pid_t child_;            // 0 once it is gone
   FileDescriptor handle_;  // readable once it has ended

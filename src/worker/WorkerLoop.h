@@ -10,10 +10,9 @@ namespace vt::worker {
 
 /// How a child's task ends. Any other number means that it crashed.
 enum class TaskEnd : int {
-  kMade = 0,         ///< what was asked for is in the output
-  kNone = 1,         ///< the file has none to give
-  kNotConfined = 2,  ///< told by the loop alone
-  kNotWritten = 3,   ///< nobody takes the output
+  kMade = 0,        ///< what was asked for is in the output
+  kNone = 1,        ///< the file has none to give
+  kNotWritten = 3,  ///< nobody takes the output
 };
 
 /// What the child does with one file: looks into `input`, which is open for reading and at its

@@ -35,6 +35,24 @@ TEST_F(FoundAttributesTest, TidyText) {
   for (const Case& c : cases) EXPECT_EQ(tidiedText(c.text), c.tidied);
 }
 
+TEST(AsUtf8, KeepsTheEndOfTextsInAnyForm) {
+  struct Case {
+    std::string text;
+    std::string utf8;
+  };
+  const Case cases[] = {
+      {"", ""},
+      {"caf\xE9", "caf\u00E9"},
+      {"caf\xE9 ", "caf\u00E9 "},
+      {"\xFF\xFE", ""},
+      {"\xFE\xFF", ""},
+      {"\xFF\xFE\x3C\x04", "\u043C"},
+      {"\xFE\xFF\x04\x3C", "\u043C"},
+      {std::string("\xFF\xFE\0\0\x3C\x04\0\0", 8), "\u043C"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(asUtf8(c.text), c.utf8);
+}
+
 TEST_F(FoundAttributesTest, BoundTextWithoutCuttingACharacter) {
   const std::string most(kMostAttributeText - 1, 'x');
   EXPECT_EQ(tidiedText(most + "xx"), most + "x");

@@ -11,6 +11,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -83,7 +84,7 @@ std::optional<bool> tryMisdeed(const Misdeed& misdeed, int input) {
   if (deed == "leak") return leaks();
   if (deed == "who") return geteuid() == 0 || getuid() == 0;
   if (deed == "crash") abort();
-  if (deed == "exit") _exit(0);
+  if (deed == "exit") _exit(what.empty() ? 0 : std::stoi(what));
   if (deed == "throw") throw 1;
   if (deed == "spin") {
     for (volatile bool forEver = true; forEver;) {

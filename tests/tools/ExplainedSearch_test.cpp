@@ -96,6 +96,12 @@ TEST_F(ExplainedSearch, SaysWhichFolderCannotBeSearched) {
   EXPECT_EQ(result.output, "");
 }
 
+TEST_F(ExplainedSearch, KnowsAUserWhoMayNotReadTheAccounts) {
+  chmod(root_.path().c_str(), 0701);  // and whose search has the group of root still
+  const json report = explained({"--user", "ann", "--raw", "kMDItemFSName == \"*.pdf\""});
+  EXPECT_EQ(report["hits"], 1);
+}
+
 TEST_F(ExplainedSearch, IsForRootAlone) {
   if (!canRunAs(2001)) GTEST_SKIP() << "nobody else can run the command";
   const ProgramResult result =

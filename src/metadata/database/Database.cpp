@@ -57,6 +57,18 @@ std::string uriOf(const std::string& path, std::string_view parameters) {
   return uri.append("?").append(parameters);
 }
 
+/// Why a file that is there can't be written to as a database. It is not opened to find out: closed
+/// again, all locks would be gone that this process has on it by another connection.
+StoreFailure refusalToWrite(const std::string& path) {
+  struct stat status{};
+  if (::lstat(path.c_str(), &status) != 0) return systemError(errno, "open", path);
+  if (S_ISLNK(status.st_mode)) return systemError(ELOOP, "open", path);
+  if (S_ISDIR(status.st_mode)) return systemError(EISDIR, "open", path);
+  if (!S_ISREG(status.st_mode)) return damageError(path, "it is no file");
+  if (::faccessat(AT_FDCWD, path.c_str(), R_OK | W_OK, AT_EACCESS) == 0) return std::nullopt;
+  return systemError(errno, "open", path);
+}
+
 }  // namespace
 
 StoreError databaseError(int code, std::string_view message, std::string_view path) {
@@ -141,16 +153,13 @@ void Database::Close::operator()(sqlite3* connection) const {
 }
 
 Result<Database, StoreError> Database::openForWriting(const std::string& path) {
-  {
-    // Not by SQLite, which would make it with mode 0644, and follow a link. Its other files take
-    // the mode of this one.
-    const Descriptor file(
-        ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
-    if (!file.isOpen()) return systemError(errno, "open", path);
-    struct stat status{};
-    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
-      return damageError(path, "it is no file");
-    }
+  // Not by SQLite, which would make it with mode 0644, and follow a link. Its other files take the
+  // mode of this one.
+  const bool isMade =
+      Descriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600)).isOpen();
+  if (!isMade && errno != EEXIST) return systemError(errno, "open", path);
+  if (!isMade) {
+    if (StoreFailure refusal = refusalToWrite(path)) return *std::move(refusal);
   }
   return open(path, SQLITE_OPEN_READWRITE);
 }

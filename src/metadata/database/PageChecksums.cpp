@@ -1,8 +1,7 @@
 #include "metadata/database/PageChecksums.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <unistd.h>
+#include <sys/stat.h>
 #include <xxhash.h>
 
 #include <array>
@@ -11,12 +10,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "metadata/database/SQLite.h"
-#include "metadata/live/Descriptor.h"
 
 namespace vt {
 namespace {
@@ -135,19 +135,43 @@ const sqlite3_io_methods ChecksummedFile::kMethods = {
     .xUnfetch = nullptr,
 };
 
-/// Reads up to the whole of `page`; how much there was, or -1 and errno.
-ssize_t readAt(int file, std::span<std::byte> page, std::int64_t offset) {
-  std::size_t filled = 0;
-  while (filled < page.size()) {
-    const ssize_t got = ::pread(file, page.data() + filled, page.size() - filled,
-                                offset + static_cast<std::int64_t>(filled));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return got;
-    if (got == 0) break;
-    filled += static_cast<std::size_t>(got);
+/// A database file, open for reading by SQLite's own way: with any other descriptor, closing it
+/// would take all locks away that this process has on the file.
+class FileOfSQLite {
+ public:
+  explicit FileOfSQLite(const std::string& path)
+      : files_(sqlite().sqlite3_vfs_find(nullptr)),
+        name_(path + '\0'),
+        memory_(std::make_unique<std::byte[]>(static_cast<std::size_t>(files_->szOsFile))) {
+    code_ = files_->xOpen(files_, name_.c_str(), file(), SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB,
+                          nullptr);
   }
-  return static_cast<ssize_t>(filled);
-}
+  FileOfSQLite(const FileOfSQLite&) = delete;
+  FileOfSQLite& operator=(const FileOfSQLite&) = delete;
+  ~FileOfSQLite() {
+    if (file()->pMethods != nullptr) file()->pMethods->xClose(file());
+  }
+
+  /// SQLITE_OK when it is open.
+  int code() const { return code_; }
+  /// SQLITE_IOERR_SHORT_READ when there is less; the rest is then zeros.
+  int read(std::span<std::byte> bytes, std::int64_t offset) const {
+    return file()->pMethods->xRead(file(), bytes.data(), static_cast<int>(bytes.size()), offset);
+  }
+  /// Whether nothing is there any more; also when nobody can tell.
+  bool endsAt(std::int64_t offset) const {
+    sqlite3_int64 size = 0;
+    return file()->pMethods->xFileSize(file(), &size) != SQLITE_OK || size <= offset;
+  }
+
+ private:
+  sqlite3_file* file() const { return reinterpret_cast<sqlite3_file*>(memory_.get()); }
+
+  sqlite3_vfs* files_;
+  std::string name_;  // ended by two zeros, and kept as long as the file is open
+  std::unique_ptr<std::byte[]> memory_;
+  int code_;
+};
 
 }  // namespace
 
@@ -169,11 +193,16 @@ const char* checksummedFiles() {
 }
 
 StoreFailure checkPages(const std::string& path) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-  if (!file.isOpen()) return systemError(errno, "open", path);
+  struct stat status{};
+  if (::lstat(path.c_str(), &status) != 0) return systemError(errno, "open", path);
+  const auto failure = [&](int code) {
+    return databaseError(code, sqlite().sqlite3_errstr(code), path);
+  };
+  const FileOfSQLite file(path);
+  if (file.code() != SQLITE_OK) return failure(file.code());
   std::array<std::byte, kHeadBytes> head{};
-  const ssize_t there = readAt(file.get(), head, 0);
-  if (there < 0) return systemError(errno, "read", path);
+  const int headCode = file.read(head, 0);
+  if (headCode != SQLITE_OK && headCode != SQLITE_IOERR_SHORT_READ) return failure(headCode);
   const std::size_t pageSize = pageSizeIn(head);
   if (pageSize == 0) return std::nullopt;
   std::vector<std::byte> page(pageSize);
@@ -182,11 +211,10 @@ StoreFailure checkPages(const std::string& path) {
     bool isSound = false;
     // Another process may be in the middle of writing it.
     for (int reads = 0; reads < kMostReads && !isSound; ++reads) {
-      const ssize_t got = readAt(file.get(), page, offset);
-      if (got < 0) return systemError(errno, "read", path);
-      if (got == 0) return std::nullopt;
-      isSound = (static_cast<std::size_t>(got) == pageSize && isWhole(page, offset)) ||
-                offset == kLockedByte;
+      const int code = file.read(page, offset);
+      if (code == SQLITE_IOERR_SHORT_READ && file.endsAt(offset)) return std::nullopt;
+      if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) return failure(code);
+      isSound = (code == SQLITE_OK && isWhole(page, offset)) || offset == kLockedByte;
     }
     if (!isSound) {
       return damageError(path, fmt::format("page {} is not what was written",

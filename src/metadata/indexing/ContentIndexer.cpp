@@ -144,6 +144,8 @@ std::optional<ContentIndexer::Look> ContentIndexer::openNext(Queue& queue) {
     return std::nullopt;
   }
   look.origin = origins_.originOf(look.row, *opened);
+  // By another name others may come to it, and to what is found in it.
+  if (look.origin != kOwnOrigin && hasSeveralNames(look.file.get())) look.origin = kOwnOrigin;
   look.record.identity = {opened->device, opened->inode};
   look.record.version = versionOf(*opened);
   look.record.path = joinPath(queue.folderPath, name);

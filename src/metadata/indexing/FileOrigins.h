@@ -24,7 +24,8 @@ namespace vt {
 ///
 /// A file has an origin of its own, which it shares with no other, when it is root's or nobody's,
 /// which stand for others than themselves; when a list of its own or of a folder above is not
-/// known; and when it is not any more as the crawl has seen it.
+/// known; and when it is not any more as the crawl has seen it. So must a file with several names,
+/// which is for the caller to find out: it may be below other folders as well.
 class FileOrigins {
  public:
   /// Borrows `columns`. Takes 4 bytes for each folder and class.

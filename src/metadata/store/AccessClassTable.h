@@ -22,6 +22,10 @@ class AccessClassTable {
     std::string_view aclBytes;  ///< as the kernel stores them; "" unless the list is present
   };
 
+  AccessClassTable() = default;
+  AccessClassTable(AccessClassTable&&) = default;
+  AccessClassTable& operator=(AccessClassTable&&) = default;
+
   /// The number of the class, which is a new one when there was none like it.
   std::uint32_t numberOf(const FileOwnership& ownership, AclPresence acl,
                          std::span<const std::uint8_t> aclBytes);

@@ -45,11 +45,11 @@ IndexUpdater::~IndexUpdater() = default;
 std::optional<StoreError> IndexUpdater::load() {
   const Result<Manifest, StoreError> manifest = folder_.manifest();
   if (!manifest) {
-    forget();
+    state_.reset();
     return manifest.error();
   }
   if (state_ && state_->index.manifest() == *manifest) return std::nullopt;
-  forget();
+  if (state_) forget();
   folder_.removeAside(lock_);
   Result<IndexGeneration, StoreError> generation = folder_.current();
   if (!generation) return generation.error();
@@ -196,7 +196,11 @@ Result<bool, StoreError> IndexUpdater::tendMerge() {
 
 bool IndexUpdater::isMerging() const { return state_ && state_->merge; }
 
-void IndexUpdater::forget() { state_.reset(); }
+void IndexUpdater::forget() {
+  state_.reset();
+  mergeError_.reset();
+  failedMergeRows_ = 0;
+}
 
 std::optional<StoreError> IndexUpdater::beginMerge() {
   BackgroundRunner& runner = options_.runner == nullptr ? waiting_ : *options_.runner;

@@ -74,10 +74,12 @@ class IndexUpdater {
   /// generation in force, and merging is tried again when as much again has changed.
   Result<bool, StoreError> tendMerge();
   bool isMerging() const;
-  /// Why all could not be merged when that was tried last; nothing when it could.
+  /// Why all could not be merged when that was tried last; nothing when it could, or somebody has
+  /// published a new base since.
   const std::optional<StoreError>& mergeError() const { return mergeError_; }
 
-  /// Forgets what it knows, and ends a merge: a crawl is about to publish something else.
+  /// Forgets what it knows, also why it could not merge, and ends a merge: a crawl is about to
+  /// publish something else.
   void forget();
 
   /// Looks into files that came or changed, and those that a crawl has left to be looked into.

@@ -61,6 +61,8 @@ std::optional<Credentials> LiveMetadataIndex::callersCredentials() const {
   if (!identity_->actsAsWanted()) return std::nullopt;
   const std::uint32_t uid = identity_->geteuid();
   if (uid == 0) return Credentials(0, 0, {});
+  // Who somebody is does not hang on what he may read.
+  const PrivilegedMoment moment(*identity_);
   return credentialsOf_(uid);
 }
 

@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "metadata/database/DatabaseLocks.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -92,6 +93,18 @@ TEST_F(DatabaseTest, SaysWhenThereIsNoRoom) {
   const StoreFailure failure = database.execute("INSERT INTO t VALUES(zeroblob(100000))");
   ASSERT_TRUE(failure);
   EXPECT_EQ(failure->kind, Kind::kNoSpace);
+}
+
+TEST_F(DatabaseTest, StaysLockedWhenItIsOpenedAgain) {
+  const Database first = database();
+  ASSERT_FALSE(first.execute("PRAGMA journal_mode = WAL; CREATE TABLE t(n)"));
+  ASSERT_TRUE(isLockedHere(path_));
+  {
+    const Database again = database();
+    EXPECT_EQ(again.number("SELECT count(*) FROM t").value(), 0);
+    EXPECT_TRUE(isLockedHere(path_));
+  }
+  EXPECT_TRUE(isLockedHere(path_));
 }
 
 TEST_F(DatabaseTest, LetsAReaderLookAtOneMomentWhileAnotherWrites) {

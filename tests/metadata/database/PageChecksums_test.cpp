@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "metadata/database/DatabaseLocks.h"
 #include "support/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
@@ -148,6 +149,16 @@ TEST_F(PageChecksumsTest, ComeWithVacuumToADatabaseOfBefore) {
   const Database vacuumed = open(path_);
   EXPECT_EQ(vacuumed.number("SELECT sum(n) FROM t").value(), kSum);
   EXPECT_TRUE(vacuumed.hasChecksums().value());
+}
+
+TEST_F(PageChecksumsTest, AreLookedAtWithoutTakingLocksAway) {
+  const Database database = emptyDatabase();
+  ASSERT_FALSE(database.keepChecksums());
+  ASSERT_FALSE(database.execute("PRAGMA journal_mode = WAL"));
+  fill(database);
+  ASSERT_TRUE(isLockedHere(path_));
+  EXPECT_FALSE(checkPages(path_));
+  EXPECT_TRUE(isLockedHere(path_));
 }
 
 TEST_F(PageChecksumsTest, TellWhatCannotBeRead) {

@@ -149,6 +149,26 @@ TEST_F(ContentIndexing, TellsWhichFilesMayShareAProcess) {
   EXPECT_EQ(different.size(), 5U);
 }
 
+TEST_F(ContentIndexing, GivesAFileWithOtherNamesAProcessOfItsOwn) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs the superuser, who gives files to others";
+  std::filesystem::create_directories(files_.path() / "closed");
+  ASSERT_EQ(chown((files_ / "closed").c_str(), 2001, 3001), 0);
+  ASSERT_EQ(chmod((files_ / "closed").c_str(), 0700), 0);
+  const std::pair<const char*, mode_t> names[] = {{"closed/one.txt", 0644},
+                                                  {"closed/everybody's.txt", 0666}};
+  for (const auto& [name, mode] : names) {
+    write(name, "text");
+    ASSERT_EQ(chown((files_ / name).c_str(), 2001, 3001), 0);
+    ASSERT_EQ(chmod((files_ / name).c_str(), mode), 0);
+  }
+  std::filesystem::create_hard_link(files_ / "closed/everybody's.txt", files_ / "open.txt");
+  extractor_->mostAtOnce = 2;
+  run();
+  EXPECT_FALSE((extractor_->origins[{2001, 0644}].contains(kOwnOrigin)));
+  EXPECT_EQ((extractor_->origins[{2001, 0666}]), std::set{kOwnOrigin})
+      << "others have written it, and read what is found in it";
+}
+
 TEST_F(ContentIndexing, FindsTheWordsOfTextFilesInAllFolders) {
   std::filesystem::create_directories(files_.path() / "deep/er");
   write("one.txt", "the budget");

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "metadata/update/BackgroundRunner.h"
 
 namespace vt {

@@ -369,6 +369,17 @@ TEST_F(MergeBesideUpdates, IsTriedAgainWhenAsMuchAgainHasChanged) {
   EXPECT_EQ(found().size(), 3U);
 }
 
+TEST_F(MergeBesideUpdates, IsNoTroubleAnyMoreOnceACrawlHasMadeANewBase) {
+  remove(0);
+  runner_.kill();
+  remove(1);
+  ASSERT_TRUE(beside_.mergeError());
+  index_.run({tree_.path()});
+  remove(2);
+  EXPECT_FALSE(beside_.mergeError());
+  EXPECT_TRUE(beside_.isMerging()) << "it need not wait for as much again";
+}
+
 TEST_F(MergeBesideUpdates, EndsWithTheUpdater) {
   {
     IndexUpdater updater(index_.folder(), index_.lock(), types_, &extractors_, options());

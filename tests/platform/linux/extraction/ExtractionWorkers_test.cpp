@@ -91,9 +91,11 @@ TEST_F(HostileExtraction, CostsABadFileAlone) {
     Kind kind;
   };
   const Case cases[] = {
-      {"crash", Kind::kCrashed},         {"exit", Kind::kMalformed},
-      {"throw", Kind::kCrashed},         {"garbage", Kind::kMalformed},
-      {"fail", Kind::kMalformed},        {"fail-as-crashed", Kind::kMalformed},
+      {"crash", Kind::kCrashed},
+      {"throw", Kind::kCrashed},
+      {"garbage", Kind::kMalformed},
+      {"fail", Kind::kMalformed},
+      {"fail-as-crashed", Kind::kMalformed},
       {"unheard-of", Kind::kUnreadable},
   };
   for (const Case& c : cases) {
@@ -102,6 +104,16 @@ TEST_F(HostileExtraction, CostsABadFileAlone) {
     ASSERT_FALSE(found);
     EXPECT_EQ(found.error().kind, c.kind) << found.error().reason;
     EXPECT_EQ(told("behave"), "refused");
+  }
+}
+
+TEST_F(HostileExtraction, BlamesAFileWithWhateverStatusItEndsItsProcess) {
+  for (int status = 0; status < 5; ++status) {
+    SCOPED_TRACE(status);
+    const auto found = tell("exit " + std::to_string(status));
+    ASSERT_FALSE(found);
+    EXPECT_EQ(found.error().kind, Kind::kCrashed) << found.error().reason;
+    EXPECT_TRUE(found.error().isLasting()) << "else it is looked into again in each run";
   }
 }
 
