@@ -1,15 +1,10 @@
 #include "metadata/text/Vocabulary.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace vt {
 namespace {
-
-// Of two terms with one place the later takes it, and the other one is added in vain when it comes
-// again. So many leave room for what a language's texts consist of.
-constexpr std::size_t kPlaces = std::size_t{1} << 16;
 
 bool isWhole(const ContentTerm& term) { return term.text.size() <= kLongestTermText; }
 
@@ -37,11 +32,10 @@ void Vocabulary::note(const ContentTerm& term) {
   const TermKind kind = term.kind();
   if (kind == TermKind::kIdeographPair) return;
   if (!isWhole(term) && kind != TermKind::kCompound) return;
-  if (kept_.empty()) kept_.resize(kPlaces);
-  std::string& place = kept_[std::hash<std::string_view>()(term.term) % kPlaces];
-  if (place == term.term) return;
-  place = term.term;
-  new_.push_back({place, isWhole(term) ? std::string() : std::string(term.text)});
+  if (!known_.insert(term.term)) return;
+  const NewTerm& added = new_.emplace_back(std::string(term.term),
+                                           isWhole(term) ? std::string() : std::string(term.text));
+  newBytes_ += sizeof(NewTerm) + added.term.size() + added.text.size();
 }
 
 StoreFailure Vocabulary::keep() {
@@ -57,6 +51,7 @@ StoreFailure Vocabulary::keep() {
     if (StoreFailure failure = adding_.run()) return failure;
   }
   new_.clear();
+  newBytes_ = 0;
   return std::nullopt;
 }
 
