@@ -79,6 +79,7 @@ Database madeTable(const std::string& path, const std::vector<std::string>& text
     for (std::size_t i = first; i < end; ++i) {
       refuse(index.add(static_cast<std::uint32_t>(i), texts[i]));
     }
+    refuse(index.finishAdding());
     refuse(batch.commit());
   }
   Transaction merging(database);

@@ -98,7 +98,8 @@ StoreFailure CatalogueWriter::begin() {
 
 StoreFailure CatalogueWriter::commit() {
   if (!transaction_) return std::nullopt;
-  StoreFailure failure = transaction_->commit();
+  StoreFailure failure = text_.finishAdding();
+  if (!failure) failure = transaction_->commit();
   transaction_.reset();
   return failure;
 }

@@ -16,11 +16,14 @@ namespace position = query::position;
 // No character of a word is below it.
 constexpr char kBeforeChecksum = '\x1F';
 
-/// The terms of one piece.
+/// Of folded text.
+bool isAsciiLetter(char unit) { return unit >= 'a' && unit <= 'z'; }
+
+/// The terms of one piece. Borrows what they are made in.
 class PieceTerms {
  public:
-  PieceTerms(const query::SegmentedText& content, const ContentPiece& piece)
-      : units_(content.units) {
+  PieceTerms(const query::SegmentedText& content, const ContentPiece& piece, std::string& term)
+      : units_(content.units), term_(term) {
     bounds_[0] = piece.begin;
     for (std::size_t at = piece.begin + 1; at < piece.end; ++at) {
       if ((content.properties[at] & position::kBoundary) != 0 && words_ < query::kMostWordsByCase) {
@@ -65,10 +68,10 @@ class PieceTerms {
   }
 
   std::string_view units_;
-  std::size_t bounds_[query::kMostWordsByCase + 1] = {};
+  std::size_t bounds_[query::kMostWordsByCase + 1];
   std::size_t words_ = 1;
   bool isJoined_ = false;
-  std::string term_;
+  std::string& term_;
 };
 
 /// What stands between two separators, with its marks.
@@ -118,7 +121,10 @@ std::string contentTerm(TermKind kind, std::string_view text) {
 ContentPiece pieceAt(std::string_view units, std::size_t begin, bool isJoined) {
   ContentPiece piece{.begin = begin, .end = begin, .isJoined = isJoined};
   CharacterClass before = CharacterClass::kSeparator;
-  for (std::size_t at = begin; at < units.size() && units[at] != ' ';) {
+  // Most pieces are letters of ASCII throughout.
+  while (piece.end < units.size() && isAsciiLetter(units[piece.end])) ++piece.end;
+  if (piece.end > begin) before = CharacterClass::kLower;
+  for (std::size_t at = piece.end; at < units.size() && units[at] != ' ';) {
     const DecodedCodePoint character = decodeCodePoint(units.substr(at));
     const CharacterClass kind = query::classOf(character.codePoint);
     if (at > begin && query::dividesWordsFolded(before, kind)) break;
@@ -178,7 +184,7 @@ bool forEachTerm(const query::SegmentedText& content,
       term = contentTerm(TermKind::kIdeographPair, pair);
       if (!take({term, pair, /*isAtNewPlace=*/false})) return false;
     }
-    if (!PieceTerms(content, piece).forEach(take)) return false;
+    if (!PieceTerms(content, piece, term).forEach(take)) return false;
     if (!piece.isJoined && compound.read(content, piece)) {
       term = contentTerm(TermKind::kCompound, compound.marked());
       if (!take({term, compound.marked(), /*isAtNewPlace=*/false})) return false;

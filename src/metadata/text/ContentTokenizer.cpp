@@ -1,5 +1,7 @@
 #include "metadata/text/ContentTokenizer.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 #include "metadata/database/SQLite.h"
@@ -15,11 +17,18 @@ using TakeToken = int (*)(void* context, int flags, const char* token, int bytes
 constexpr char kNewPlace = ' ';
 constexpr char kSamePlace = '\t';
 
+/// How many bytes there are before the first of the two.
+std::size_t lengthOfFirst(std::string_view terms) {
+  const auto* const end = std::ranges::find_if(
+      terms, [](char unit) { return unit == kNewPlace || unit == kSamePlace; });
+  return static_cast<std::size_t>(end - terms.begin());
+}
+
 int takeTerms(std::string_view terms, void* context, TakeToken take) {
   while (!terms.empty()) {
     const bool isColocated = terms.front() == kSamePlace;
     if (isColocated || terms.front() == kNewPlace) terms.remove_prefix(1);
-    const std::string_view term = terms.substr(0, terms.find_first_of("\t "));
+    const std::string_view term = terms.substr(0, lengthOfFirst(terms));
     // Offsets in the text would be for showing what was found in it, which is not kept.
     const int code = take(context, isColocated ? FTS5_TOKEN_COLOCATED : 0, term.data(),
                           static_cast<int>(term.size()), 0, 0);

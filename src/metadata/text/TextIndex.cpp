@@ -61,7 +61,7 @@ StoreFailure TextIndex::add(std::uint32_t number, std::string_view text) {
           adding_.restart().bind(1, std::int64_t{number}).bind(2, tokens).run()) {
     return failure;
   }
-  return vocabulary_.keep();
+  return vocabulary_.isFull() ? vocabulary_.keep() : std::nullopt;
 }
 
 Result<Bitmap, StoreError> TextIndex::documents(const ContentQuery& question, std::size_t end) {

@@ -34,6 +34,9 @@ class TextIndex {
 
   /// Adds a document. `number` is above those of all others; `text` is UTF-8.
   StoreFailure add(std::uint32_t number, std::string_view text);
+  /// To be called before what was added is committed: patterns then find it. What is undone after
+  /// that makes this object unfit to add more.
+  StoreFailure finishAdding() { return vocabulary_.keep(); }
 
   /// The documents below `end` whose text is as the question asks.
   Result<Bitmap, StoreError> documents(const ContentQuery& question, std::size_t end);

@@ -1,15 +1,10 @@
 #include "metadata/text/Vocabulary.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace vt {
 namespace {
-
-// Of two terms with one place the later takes it, and the other one is added in vain when it comes
-// again. So many leave room for what a language's texts consist of.
-constexpr std::size_t kPlaces = std::size_t{1} << 16;
 
 bool isWhole(const ContentTerm& term) { return term.text.size() <= kLongestTermText; }
 
@@ -37,14 +32,19 @@ void Vocabulary::note(const ContentTerm& term) {
   const TermKind kind = term.kind();
   if (kind == TermKind::kIdeographPair) return;
   if (!isWhole(term) && kind != TermKind::kCompound) return;
-  if (kept_.empty()) kept_.resize(kPlaces);
-  std::string& place = kept_[std::hash<std::string_view>()(term.term) % kPlaces];
-  if (place == term.term) return;
-  place = term.term;
-  new_.push_back({place, isWhole(term) ? std::string() : std::string(term.text)});
+  known_.insert(term.term, [&](std::string_view added) {
+    // Of those that are told of later the term has all.
+    add(added, isWhole(term) ? std::string_view() : term.text);
+  });
+}
+
+void Vocabulary::add(std::string_view term, std::string_view text) {
+  new_.push_back({std::string(term), std::string(text)});
+  newBytes_ += sizeof(NewTerm) + term.size() + text.size();
 }
 
 StoreFailure Vocabulary::keep() {
+  known_.finish([&](std::string_view added) { add(added, {}); });
   // In the order of the table, whose pages are then each looked for once.
   std::ranges::sort(new_, {}, &NewTerm::term);
   for (const NewTerm& added : new_) {
@@ -57,6 +57,7 @@ StoreFailure Vocabulary::keep() {
     if (StoreFailure failure = adding_.run()) return failure;
   }
   new_.clear();
+  newBytes_ = 0;
   return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "foundation/Result.h"
 #include "metadata/database/Database.h"
 #include "metadata/text/ContentTerms.h"
+#include "metadata/text/TermSet.h"
 
 namespace vt {
 
@@ -28,9 +30,12 @@ class Vocabulary {
   /// Of a database with the table; borrows it.
   static Result<Vocabulary, StoreError> of(const Database& database);
 
-  /// Notes a term, to be kept by the next keep(). Most terms are known from just before, and cost
-  /// next to nothing.
+  /// Notes a term, to be kept by the next keep(). Most terms are known from before, and cost next
+  /// to nothing.
   void note(const ContentTerm& term);
+  /// Whether so many terms are noted that they should be kept: some MiB.
+  bool isFull() const { return newBytes_ >= kMostNewBytes; }
+  /// Keeps what was noted. It has to be committed: what was kept and is undone is not kept again.
   StoreFailure keep();
 
   /// Visits the terms that begin with `prefix`, which is not empty, in order.
@@ -42,12 +47,16 @@ class Vocabulary {
     std::string text;  // "" where the term has it all
   };
 
+  static constexpr std::size_t kMostNewBytes = std::size_t{8} << 20;
+
   Vocabulary(Statement adding, Statement finding);
+  void add(std::string_view term, std::string_view text);
 
   Statement adding_;
   Statement finding_;
-  std::vector<std::string> kept_;  // terms that surely are kept, each at the place of its hash
+  TermSet known_;  // of what is kept or noted
   std::vector<NewTerm> new_;
+  std::size_t newBytes_ = 0;
 };
 
 }  // namespace vt

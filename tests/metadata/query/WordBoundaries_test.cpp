@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace vt::query {
 
 namespace {
@@ -61,6 +64,24 @@ TEST(WordBoundaries, OfContentPutOneBlankBetweenWords) {
 TEST(WordBoundaries, OfContentLeaveTheRestOfManyWordsByCaseInOnePiece) {
   EXPECT_EQ(barred(segmentContent("aBbCcDdEeFfGgHhIiJj 1aB")),
             "|a|bb|cc|dd|ee|ff|gg|hhiijj| |1|a|b|");
+}
+
+TEST(WordBoundaries, OfContentInASCIIAreThoseBeforeACharacterThatIsNone) {
+  // All texts of so many characters; behind one that is not of ASCII each is taken by itself.
+  constexpr std::string_view kCharacters = "aBc1 _";
+  constexpr int kLength = 5;
+  constexpr std::string_view kOther = " Ж";
+  std::vector<std::string> texts{""};
+  for (std::size_t at = 0; texts[at].size() < kLength; ++at) {
+    for (const char character : kCharacters) texts.push_back(texts[at] + character);
+  }
+  for (const std::string& text : texts) {
+    const bool isPartedAlready = text.ends_with(' ') || text.ends_with('_');
+    const std::string one = barred(segmentContent(text));
+    const std::string other =
+        barred(segmentContent(text + std::string(kOther.substr(isPartedAlready ? 1 : 0))));
+    ASSERT_EQ(one + (isPartedAlready ? "ж|" : " |ж|"), other) << text;
+  }
 }
 
 TEST(WordBoundaries, AreNotMadeByAMarkOfVoice) {

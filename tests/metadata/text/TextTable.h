@@ -20,6 +20,7 @@ class TextTable {
   /// Adds a document and gives its number, from 1 on.
   std::uint32_t add(std::string_view text) {
     refuse(index_.add(++documents_, text));
+    refuse(index_.finishAdding());
     return documents_;
   }
   TextIndex& index() { return index_; }

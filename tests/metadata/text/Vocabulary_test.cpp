@@ -62,12 +62,29 @@ TEST_F(VocabularyTest, HasLongPiecesWholeAsCompounds) {
 
 TEST_F(VocabularyTest, LosesNoTermWhenThereAreMoreThanItRemembers) {
   std::string text;
-  for (int i = 100'000; i < 300'000; ++i) text += std::to_string(i) + ' ';
+  constexpr int kTerms = 500'000;
+  for (int i = 100'000; i < 100'000 + kTerms; ++i) text += std::to_string(i) + ' ';
   note(text);
   note(text);
-  std::size_t count = 0;
+  int count = 0;
   EXPECT_FALSE(vocabulary_.forEach("a", [&](const KnownTerm& /*term*/) { ++count; }));
-  EXPECT_EQ(count, 200'000U);
+  EXPECT_EQ(count, kTerms);
+}
+
+TEST_F(VocabularyTest, IsFullOfSomeMebibytesUntilTheyAreKept) {
+  const std::string compound(10'000, 'x');
+  int noted = 0;
+  for (; !vocabulary_.isFull() && noted < 10'000; ++noted) {
+    const std::string text = compound + std::to_string(noted);
+    vocabulary_.note({contentTerm(TermKind::kCompound, text), text});
+  }
+  EXPECT_GT(noted, 100);
+  EXPECT_LT(noted, 1000);
+  ASSERT_FALSE(vocabulary_.keep());
+  EXPECT_FALSE(vocabulary_.isFull());
+  int count = 0;
+  EXPECT_FALSE(vocabulary_.forEach("h", [&](const KnownTerm& /*term*/) { ++count; }));
+  EXPECT_EQ(count, noted);
 }
 
 }  // namespace
