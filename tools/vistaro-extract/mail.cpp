@@ -2,10 +2,12 @@
 
 #include "extraction/documents/DocumentExtractors.h"
 #include "extraction/media/MediaExtractors.h"
+#include "extraction/rehearsal/RehearsalFile.h"
 #include "extraction/worker/ExtractionTask.h"
 
 int main(int argc, char** argv) {
-  return vt::worker::runExtractionWorker(argc, argv, [](const vt::ContentTypes& types) {
+  const auto extractors = [](const vt::ContentTypes& types) {
     return vt::mailExtractors(types, vt::textOfHtml);
-  });
+  };
+  return vt::worker::runExtractionWorker(argc, argv, extractors, vt::rehearsalOfMail());
 }
