@@ -1,6 +1,6 @@
 // What does a file take that has a child of its own? Has each program that looks into files do so
-// with files of a tree, one after the other, each in a process of its own, and with the same ones in
-// few processes, as files of one origin. The difference is what a process takes.
+// with files of a tree, one after the other, each in a process of its own, and with the same ones
+// in few processes, as files of one origin. The difference is what a process takes.
 //
 //   worker_bench FOLDER [PROGRAM]   that script/bench-corpus has printed, of files with content
 
@@ -100,8 +100,7 @@ class Program {
     const auto described = extractionWorkers(resources_, types_, {path_})->describe();
     std::vector<File> files;
     for (const std::string& path : paths) {
-      const ContentTypeId type =
-          types_.typeOfFile(std::filesystem::path(path).filename().native());
+      const ContentTypeId type = types_.typeOfFile(std::filesystem::path(path).filename().native());
       if (placeOf(described, type)) files.push_back({path, type});
       if (files.size() == kMostFiles) break;
     }

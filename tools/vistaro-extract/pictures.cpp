@@ -5,5 +5,6 @@
 #include "extraction/worker/ExtractionTask.h"
 
 int main(int argc, char** argv) {
-  return vt::worker::runExtractionWorker(argc, argv, vt::pictureExtractors, vt::rehearsalOfPictures());
+  return vt::worker::runExtractionWorker(argc, argv, vt::pictureExtractors,
+                                         vt::rehearsalOfPictures());
 }

@@ -15,7 +15,8 @@ constexpr const char* kPage =
 
 constexpr const char* kXml =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<note lang=\"en\"><title>Rehearsal</title><p text=\"a\">The quick &lt;brown&gt; fox</p></note>\n";
+    "<note lang=\"en\"><title>Rehearsal</title><p text=\"a\">The quick &lt;brown&gt; "
+    "fox</p></note>\n";
 
 constexpr const char* kRichText =
     "{\\rtf1\\ansi\\ansicpg1252{\\fonttbl{\\f0 Arial;}}{\\info{\\title Rehearsal}}"

@@ -60,8 +60,9 @@ std::string bytesOf(const unsigned char (&bytes)[size]) {
 
 std::string segment(unsigned char marker, const std::string& bytes) {
   const std::size_t size = bytes.size() + 2;
-  return {"\xff" + std::string{static_cast<char>(marker), static_cast<char>(size >> 8),
-                               static_cast<char>(size & 0xff)} +
+  return {"\xff" +
+          std::string{static_cast<char>(marker), static_cast<char>(size >> 8),
+                      static_cast<char>(size & 0xff)} +
           bytes};
 }
 

@@ -13,6 +13,7 @@
 #include "extraction/ExtractorDescription.h"
 #include "extraction/LookTime.h"
 #include "platform/linux/FileDescriptor.h"
+#include "worker/InheritedCode.h"
 #include "worker/ReadInput.h"
 #include "worker/ReceiveRequest.h"
 #include "worker/WriteAll.h"
@@ -85,7 +86,7 @@ int runExtractionWorker(int argc, char** argv, const ExtractorSource& extractors
   const std::unique_ptr<const ContentTypes> types = receiveTypes(STDIN_FILENO);
   if (!types) return 1;
   const std::vector<std::unique_ptr<Extractor>> all = extractors(*types);
-  rehearse(*types, all, rehearsal);
+  inheritCodeOf([&] { rehearse(*types, all, rehearsal); });
   return runWorker(argc, argv, extractionTasks(*types, all), fileLimit);
 }
 
