@@ -21,7 +21,9 @@ std::vector<RehearsalFile> rehearsalOfPdf();
 std::vector<RehearsalFile> rehearsalOfMail();
 /// Of pictures.
 std::vector<RehearsalFile> rehearsalOfPictures();
-/// Of documents.
+/// Of HTML pages.
+std::vector<RehearsalFile> rehearsalOfHtml();
+/// Of other documents.
 std::vector<RehearsalFile> rehearsalOfDocuments();
 
 }  // namespace vt

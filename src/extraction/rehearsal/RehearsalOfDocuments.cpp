@@ -24,8 +24,10 @@ constexpr const char* kRichText =
 
 }  // namespace
 
+std::vector<RehearsalFile> rehearsalOfHtml() { return {{"public.html", kPage}}; }
+
 std::vector<RehearsalFile> rehearsalOfDocuments() {
-  return {{"public.html", kPage}, {"public.xml", kXml}, {"public.rtf", kRichText}};
+  return {{"public.xml", kXml}, {"public.rtf", kRichText}};
 }
 
 }  // namespace vt
