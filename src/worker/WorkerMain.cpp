@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "worker/FreshHeap.h"
 #include "worker/Sandbox.h"
 #include "worker/WorkerLoop.h"
 
@@ -38,6 +39,7 @@ int runWorker(int argc, char** argv, const TaskSource& tasks, std::chrono::milli
   const bool isConfined = hidesFiles && (greeting.walls & kSeccomp) != 0;
   if (!isConfined && !ownFilesOnly) return 1;
   if (::send(STDIN_FILENO, &greeting, sizeof greeting, MSG_NOSIGNAL) != sizeof greeting) return 1;
+  keepHeapFresh();
   serveRequests(STDIN_FILENO, {fileLimit, allowed ? &*allowed : nullptr, isConfined},
                 [&](const WorkerRequest& request) { return tasks(request, ownFilesOnly); });
   return 0;

@@ -1,8 +1,10 @@
 // Looks into documents for the indexer, which starts it and speaks to it over a socket.
 
 #include "extraction/documents/DocumentExtractors.h"
+#include "extraction/rehearsal/RehearsalFile.h"
 #include "extraction/worker/ExtractionTask.h"
 
 int main(int argc, char** argv) {
-  return vt::worker::runExtractionWorker(argc, argv, vt::documentExtractors);
+  return vt::worker::runExtractionWorker(argc, argv, vt::documentExtractors,
+                                         vt::rehearsalOfDocuments());
 }

@@ -3,14 +3,10 @@
 #include "extraction/documents/LocationExtractor.h"
 #include "extraction/documents/RtfExtractor.h"
 #include "extraction/documents/XmlExtractor.h"
-#ifdef VT_WITH_HTML
-#include "extraction/documents/HtmlExtractor.h"
-#include "extraction/documents/HtmlText.h"
-#endif
 #ifdef VT_WITH_PACKAGES
 #include "extraction/documents/OpenDocumentExtractor.h"
 #include "extraction/documents/OpenXmlExtractor.h"
-#ifdef VT_WITH_HTML
+#ifdef VT_WITH_BOOKS
 #include "extraction/documents/EpubExtractor.h"
 #endif
 #endif
@@ -19,13 +15,10 @@ namespace vt {
 
 std::vector<std::unique_ptr<Extractor>> documentExtractors(const ContentTypes& types) {
   std::vector<std::unique_ptr<Extractor>> extractors;
-#ifdef VT_WITH_HTML
-  extractors.push_back(std::make_unique<HtmlExtractor>(types));
-#endif
 #ifdef VT_WITH_PACKAGES
   extractors.push_back(std::make_unique<OpenXmlExtractor>(types));
   extractors.push_back(std::make_unique<OpenDocumentExtractor>(types));
-#ifdef VT_WITH_HTML
+#ifdef VT_WITH_BOOKS
   extractors.push_back(std::make_unique<EpubExtractor>(types));
 #endif
 #endif
@@ -34,16 +27,6 @@ std::vector<std::unique_ptr<Extractor>> documentExtractors(const ContentTypes& t
   // Last, since much is XML that others know more of.
   extractors.push_back(std::make_unique<XmlExtractor>(types));
   return extractors;
-}
-
-std::string textOfHtml([[maybe_unused]] std::string_view page) {
-#ifdef VT_WITH_HTML
-  BoundedText text;
-  appendHtmlText(page, text);
-  return text.take();
-#else
-  return {};
-#endif
 }
 
 }  // namespace vt

@@ -20,4 +20,10 @@ Result<Extraction, ExtractionFailure> HtmlExtractor::extract(int file, ContentTy
   return extraction;
 }
 
+std::vector<std::unique_ptr<Extractor>> htmlExtractors(const ContentTypes& types) {
+  std::vector<std::unique_ptr<Extractor>> extractors;
+  extractors.push_back(std::make_unique<HtmlExtractor>(types));
+  return extractors;
+}
+
 }  // namespace vt

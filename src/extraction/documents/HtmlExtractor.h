@@ -1,5 +1,8 @@
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "extraction/ConformingTypes.h"
 #include "metadata/extract/Extractor.h"
 
@@ -19,5 +22,8 @@ class HtmlExtractor final : public Extractor {
  private:
   ConformingTypes types_;
 };
+
+/// The one for HTML. Borrows `types`.
+std::vector<std::unique_ptr<Extractor>> htmlExtractors(const ContentTypes& types);
 
 }  // namespace vt

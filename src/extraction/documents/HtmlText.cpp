@@ -223,6 +223,12 @@ void appendHtmlText(std::string_view page, BoundedText& text) {
   if (parsed.root()) Walk(text, nullptr).visit(*parsed.root());
 }
 
+std::string textOfHtml(std::string_view page) {
+  BoundedText text;
+  appendHtmlText(page, text);
+  return text.take();
+}
+
 std::string_view charsetNamedIn(std::string_view page) {
   constexpr std::string_view kKey = "charset=";
   const std::string_view head = page.substr(0, kCharsetWithin);

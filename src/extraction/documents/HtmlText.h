@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "extraction/BoundedText.h"
@@ -13,6 +14,9 @@ void readHtml(std::string_view page, Extraction& extraction);
 
 /// The same for a page among others, as of a book: its text alone, behind what `text` has.
 void appendHtmlText(std::string_view page, BoundedText& text);
+
+/// That text of a page alone.
+std::string textOfHtml(std::string_view page);
 
 /// The name of the character set that the beginning of a page gives; "" when there is none.
 std::string_view charsetNamedIn(std::string_view page);

@@ -1,7 +1,9 @@
 #include "extraction/worker/ExtractionTask.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -10,6 +12,8 @@
 #include "extraction/ExtractionRequest.h"
 #include "extraction/ExtractorDescription.h"
 #include "extraction/LookTime.h"
+#include "platform/linux/FileDescriptor.h"
+#include "worker/InheritedCode.h"
 #include "worker/ReadInput.h"
 #include "worker/ReceiveRequest.h"
 #include "worker/WriteAll.h"
@@ -59,11 +63,30 @@ TaskSource extractionTasks(const ContentTypes& types,
   };
 }
 
+void rehearse(const ContentTypes& types, const std::vector<std::unique_ptr<Extractor>>& extractors,
+              const std::vector<RehearsalFile>& files) {
+  countTimeFromNow();
+  for (const RehearsalFile& file : files) {
+    const std::optional<ContentTypeId> type = types.find(file.type);
+    if (!type) continue;
+    const auto extractor =
+        std::ranges::find_if(extractors, [&](const auto& each) { return each->takes(*type); });
+    const FileDescriptor bytes(::memfd_create("rehearsal", MFD_CLOEXEC));
+    if (extractor == extractors.end() || !bytes || !writeAll(bytes.get(), file.bytes) ||
+        ::lseek(bytes.get(), 0, SEEK_SET) != 0) {
+      continue;
+    }
+    static_cast<void>(extractionBytes((*extractor)->extract(bytes.get(), *type)));
+  }
+}
+
 int runExtractionWorker(int argc, char** argv, const ExtractorSource& extractors,
+                        const std::vector<RehearsalFile>& rehearsal,
                         std::chrono::milliseconds fileLimit) {
   const std::unique_ptr<const ContentTypes> types = receiveTypes(STDIN_FILENO);
   if (!types) return 1;
   const std::vector<std::unique_ptr<Extractor>> all = extractors(*types);
+  inheritCodeOf([&] { rehearse(*types, all, rehearsal); });
   return runWorker(argc, argv, extractionTasks(*types, all), fileLimit);
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "extraction/documents/DocumentExtractors.h"
+#include "extraction/documents/HtmlExtractor.h"
 #include "extraction/documents/PdfExtractor.h"
 #include "foundation/Array.h"
 #include "metadata/live/Descriptor.h"
@@ -39,7 +40,8 @@ class ExtractedHere {
  private:
   ContentTypes types_ = shippedTypes();
   std::vector<std::unique_ptr<Extractor>> extractors_ = [this] {
-    std::vector<std::unique_ptr<Extractor>> all = documentExtractors(types_);
+    std::vector<std::unique_ptr<Extractor>> all = htmlExtractors(types_);
+    std::ranges::move(documentExtractors(types_), std::back_inserter(all));
     std::ranges::move(pdfExtractors(types_), std::back_inserter(all));
     return all;
   }();

@@ -111,11 +111,14 @@ std::optional<ExtractionWorkers::Ticket> ExtractionWorkers::begin(int file, cons
     if (slot.program != place.program || slot.looks.size() >= WorkerProcess::kMostKept) continue;
     const std::ptrdiff_t open = std::ranges::count_if(slot.looks, &Look::isOpen);
     const bool goesOn = origin != kOwnOrigin && slot.lastOrigin == origin;
-    if (open < fewest || (goesOn && open < kHandedAtOnce)) {
+    if (goesOn && open < kHandedOfOneOrigin) {
+      best = &slot;
+      break;
+    }
+    if (open < fewest) {
       best = &slot;
       fewest = open;
     }
-    if (best == &slot && goesOn) break;
   }
   if (!best || heldBytes() > kMostHeldBytes) return std::nullopt;
   best->looks.emplace_back();

@@ -32,6 +32,8 @@ class ExtractionWorkers {
   static constexpr std::size_t kAtOnce = 2;
   /// Files that each of them has at once: it looks into one, and need not wait for the next.
   static constexpr int kHandedAtOnce = 2;
+  /// As many when they are of one origin: another worker would need another process for some.
+  static constexpr int kHandedOfOneOrigin = 8;
 
   /// An extractor of one of the programs.
   struct Place {

@@ -12,7 +12,7 @@ namespace vt {
 std::vector<std::string> extractionPrograms() {
   std::vector<std::string> programs;
   // Documents last, since a picture may be XML.
-  for (const char* kind : {"pictures", "mail", "media", "video", "pdf", "documents"}) {
+  for (const char* kind : {"pictures", "mail", "media", "video", "pdf", "html", "documents"}) {
     programs.push_back(std::string(VT_WORKER_PROGRAMS "/vistaro-extract-") + kind);
   }
   return programs;

@@ -176,6 +176,22 @@ TEST_F(HostileExtraction, SharesAProcessAmongFilesOfOneOriginAlone) {
   EXPECT_EQ(toldOf(1, "recall"), "") << "the process has ended with its origin";
 }
 
+TEST_F(HostileExtraction, HandsFilesOfOneOriginToOneWorkerUpToABound) {
+  EXPECT_EQ(toldOf(1, "remember secret"), "secret");
+  std::vector<Descriptor> files;
+  std::vector<std::unique_ptr<Extractor::Look>> looks;
+  for (int i = 0; i <= ExtractionWorkers::kHandedOfOneOrigin; ++i) {
+    // The first is at work until all have been handed over.
+    files.push_back(file(i == 0 ? "some-text" : "recall"));
+    looks.push_back(extractor().begin(files.back().get(), text_, 1));
+    ASSERT_TRUE(looks.back());
+  }
+  const std::string elsewhere = outcomeOf(*looks.back());
+  looks.pop_back();
+  for (std::size_t i = 1; i < looks.size(); ++i) EXPECT_EQ(outcomeOf(*looks[i]), "secret");
+  EXPECT_EQ(elsewhere, "") << "the other worker would else have nothing to do";
+}
+
 TEST_F(HostileExtraction, BlamesTheFileAloneThatIsToBlame) {
   start(testProgram("impatient_extractor"));
   struct Case {

@@ -124,5 +124,5 @@ int main(int argc, char** argv) {
     extractors.push_back(std::make_unique<vt::Misbehaver>(types));
     return extractors;
   };
-  return vt::worker::runExtractionWorker(argc, argv, misbehavers, kLimit);
+  return vt::worker::runExtractionWorker(argc, argv, misbehavers, {}, kLimit);
 }

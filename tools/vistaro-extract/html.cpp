@@ -1,0 +1,9 @@
+// Looks into HTML pages for the indexer, which starts it and speaks to it over a socket.
+
+#include "extraction/documents/HtmlExtractor.h"
+#include "extraction/rehearsal/RehearsalFile.h"
+#include "extraction/worker/ExtractionTask.h"
+
+int main(int argc, char** argv) {
+  return vt::worker::runExtractionWorker(argc, argv, vt::htmlExtractors, vt::rehearsalOfHtml());
+}
