@@ -1,12 +1,18 @@
 #include "metadata/indexing/ContentRun.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 #include "metadata/catalogue/CatalogueFile.h"
 #include "metadata/indexing/AttributesLook.h"
+#include "metadata/indexing/LargeHeapPages.h"
 
 namespace vt {
 namespace {
+
+// What the text index gathers before it writes, and the pages that the catalogue keeps.
+constexpr std::size_t kTextMemoryBytes = std::size_t{48} << 20;
 
 bool isOfNoUse(const StoreError& error) {
   return error.kind == StoreError::Kind::kDamaged || error.kind == StoreError::Kind::kOtherKind;
@@ -75,6 +81,9 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
   rows_.reset();  // the memory is needed elsewhere
   ContentIndexer indexer(*catalogue_, extractors_, types, segment.identity(), segment.columns(),
                          contents_);
+  const auto pending = std::ranges::count(contents_, kPendingContent);
+  std::optional<LargeHeapPages> pages;
+  if (static_cast<std::uint64_t>(pending) > kManyNewTexts) pages.emplace(kTextMemoryBytes);
   StoreFailure failure;
   if (hasSeenAll) failure = catalogue_->remove(unseen);
   if (!failure) failure = lookAtAttributes(segment, progress);
