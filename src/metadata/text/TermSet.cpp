@@ -22,17 +22,33 @@ constexpr std::size_t kPlacesOfLong = std::size_t{1} << 13;
 
 }  // namespace
 
-bool TermSet::insert(std::string_view term) {
-  return term.size() <= kLongestShort ? insertShort(shortTerm(term)) : insertLong(term);
-}
-
-TermSet::ShortTerm TermSet::shortTerm(std::string_view term) {
-  ShortTerm packed;
-  char bytes[sizeof packed] = {};
+TermSet::ShortTerm TermSet::packed(std::string_view term) {
+  ShortTerm result;
+  char bytes[sizeof result] = {};
   std::memcpy(bytes, term.data(), term.size());
   bytes[kLongestShort] = static_cast<char>(term.size());
-  std::memcpy(&packed, bytes, sizeof packed);
-  return packed;
+  std::memcpy(&result, bytes, sizeof result);
+  return result;
+}
+
+void TermSet::insert(std::string_view term, Tell isNew) {
+  if (term.size() > kLongestShort) {
+    if (insertLong(term)) isNew(term);
+    return;
+  }
+  if (waitingCount_ == waiting_.size()) finish(isNew);
+  const ShortTerm& added = waiting_[waitingCount_++] = packed(term);
+  if (!short_.empty()) __builtin_prefetch(&short_[placeOf(added)]);
+}
+
+void TermSet::finish(Tell isNew) {
+  for (std::size_t i = 0; i < waitingCount_; ++i) {
+    if (!insertShort(waiting_[i])) continue;
+    char bytes[sizeof(ShortTerm)];
+    std::memcpy(bytes, &waiting_[i], sizeof bytes);
+    isNew({bytes, static_cast<std::size_t>(bytes[kLongestShort])});
+  }
+  waitingCount_ = 0;
 }
 
 std::size_t TermSet::placeOf(const ShortTerm& term) const {

@@ -32,13 +32,19 @@ void Vocabulary::note(const ContentTerm& term) {
   const TermKind kind = term.kind();
   if (kind == TermKind::kIdeographPair) return;
   if (!isWhole(term) && kind != TermKind::kCompound) return;
-  if (!known_.insert(term.term)) return;
-  const NewTerm& added = new_.emplace_back(std::string(term.term),
-                                           isWhole(term) ? std::string() : std::string(term.text));
-  newBytes_ += sizeof(NewTerm) + added.term.size() + added.text.size();
+  known_.insert(term.term, [&](std::string_view added) {
+    // Of those that are told of later the term has all.
+    add(added, isWhole(term) ? std::string_view() : term.text);
+  });
+}
+
+void Vocabulary::add(std::string_view term, std::string_view text) {
+  new_.push_back({std::string(term), std::string(text)});
+  newBytes_ += sizeof(NewTerm) + term.size() + text.size();
 }
 
 StoreFailure Vocabulary::keep() {
+  known_.finish([&](std::string_view added) { add(added, {}); });
   // In the order of the table, whose pages are then each looked for once.
   std::ranges::sort(new_, {}, &NewTerm::term);
   for (const NewTerm& added : new_) {

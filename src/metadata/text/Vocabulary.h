@@ -50,6 +50,7 @@ class Vocabulary {
   static constexpr std::size_t kMostNewBytes = std::size_t{8} << 20;
 
   Vocabulary(Statement adding, Statement finding);
+  void add(std::string_view term, std::string_view text);
 
   Statement adding_;
   Statement finding_;
