@@ -17,7 +17,7 @@ constexpr int kUsualMapThreshold = 128 * 1024;
 // Texts up to that size come from the heap, too, rather than from the kernel each time.
 constexpr int kMapThreshold = 4 * 1024 * 1024;
 
-std::uintptr_t endOfHeap() { return reinterpret_cast<std::uintptr_t>(::sbrk(0)); }
+char* endOfHeap() { return static_cast<char*>(::sbrk(0)); }
 
 }  // namespace
 
@@ -26,16 +26,16 @@ LargeHeapPages::LargeHeapPages(std::size_t bytes) {
   ::malloc_trim(0);
   ::mallopt(M_TOP_PAD, static_cast<int>(bytes));
   ::mallopt(M_MMAP_THRESHOLD, kMapThreshold);
-  const std::uintptr_t begin = endOfHeap();
-  constexpr std::size_t kMoreThanIsLeft = 1024 * 1024;
+  char* const begin = endOfHeap();
+  constexpr std::size_t kMoreThanIsLeft = std::size_t{1} << 20;
   // Volatile, or the compiler leaves out what seems to be for nothing.
   void* volatile const grown = std::malloc(kMoreThanIsLeft);
   std::free(grown);
-  const std::uintptr_t end = endOfHeap();
+  char* const end = endOfHeap();
   const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const std::uintptr_t first = (begin + page - 1) / page * page;
+  char* const first = begin + (page - reinterpret_cast<std::uintptr_t>(begin) % page) % page;
   // A kernel without large pages, or one that gives none, refuses.
-  if (first < end) ::madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+  if (first < end) ::madvise(first, static_cast<std::size_t>(end - first), MADV_HUGEPAGE);
 }
 
 LargeHeapPages::~LargeHeapPages() {
