@@ -50,7 +50,9 @@ std::vector<Segment> segmentsOfLoadedFiles() {
   return segments;
 }
 
-void* at(std::uintptr_t address) { return reinterpret_cast<void*>(address); }
+void* at(std::uintptr_t address) {
+  return reinterpret_cast<void*>(address);  // NOLINT(performance-no-int-to-ptr): it is arithmetic
+}
 
 long faultsUntilNow() {
   rusage usage{};
@@ -122,6 +124,7 @@ void inheritCodeOf(FunctionRef<void()> work) {
   work();
   const std::vector<Segment> segments = segmentsOfLoadedFiles();
   std::vector<std::vector<Segment>> windows;
+  windows.reserve(segments.size());
   for (const Segment& segment : segments) windows.push_back(takeMappedWindows(segment));
   for (const auto& each : windows) std::ranges::for_each(each, separatePages);
   work();

@@ -220,7 +220,7 @@ void readHtml(std::string_view page, Extraction& extraction) {
 
 void appendHtmlText(std::string_view page, BoundedText& text) {
   const Page parsed(page);
-  if (parsed.root()) Walk(text, nullptr).visit(*parsed.root());
+  if (parsed.root()) Walk(text, /*extraction=*/nullptr).visit(*parsed.root());
 }
 
 std::string textOfHtml(std::string_view page) {

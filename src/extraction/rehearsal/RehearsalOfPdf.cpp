@@ -21,6 +21,18 @@ constexpr const char* kPackedPage =
     "847829b88670010021201815"
     ">";
 
+constexpr const char* kOwnFont =
+    "<</Type/Font/Subtype/Type0/BaseFont/Own/Encoding/Identity-H/ToUnicode 10 0 R"
+    "/DescendantFonts[9 0 R]>>";
+
+constexpr const char* kShapesOfFont =
+    "<</Type/Font/Subtype/CIDFontType2/BaseFont/Own"
+    "/CIDSystemInfo<</Registry(Adobe)/Ordering(Identity)/Supplement 0>>>>";
+
+constexpr const char* kProperties =
+    "<</Title<FEFF0041004200E9>/Author(Somebody)/Subject(Nothing)/Keywords(a, b)"
+    "/Creator(Vistaro)/Producer(Vistaro)/CreationDate(D:20200102030405+01'00')>>";
+
 constexpr const char* kCharactersOfFont =
     "/CIDInit /ProcSet findresource begin 12 dict begin begincmap\n"
     "/CMapName /Adobe-Identity-UCS def /CMapType 2 def\n"
@@ -63,17 +75,14 @@ std::vector<RehearsalFile> rehearsalOfPdf() {
                "<</Type/Catalog/Pages 2 0 R>>",
                "<</Type/Pages/Count 2/Kids[5 0 R 6 0 R]>>",
                "<</Type/Font/Subtype/Type1/BaseFont/Helvetica/Encoding/WinAnsiEncoding>>",
-               "<</Type/Font/Subtype/Type0/BaseFont/Own/Encoding/Identity-H/ToUnicode 10 0 R"
-               "/DescendantFonts[9 0 R]>>",
+               kOwnFont,
                page(7),
                page(8),
                stream(kPlainPage),
                stream(kPackedPage, "/Filter[/ASCIIHexDecode/FlateDecode]"),
-               "<</Type/Font/Subtype/CIDFontType2/BaseFont/Own"
-               "/CIDSystemInfo<</Registry(Adobe)/Ordering(Identity)/Supplement 0>>>>",
+               kShapesOfFont,
                stream(kCharactersOfFont),
-               "<</Title<FEFF0041004200E9>/Author(Somebody)/Subject(Nothing)/Keywords(a, b)"
-               "/Creator(Vistaro)/Producer(Vistaro)/CreationDate(D:20200102030405+01'00')>>",
+               kProperties,
            })}};
 }
 

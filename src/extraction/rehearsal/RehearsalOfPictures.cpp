@@ -6,6 +6,8 @@
 namespace vt {
 namespace {
 
+using std::string_literals::operator""s;
+
 // Maker, model, orientation and dates; exposure; 48° 7' north, 11° 34' east.
 constexpr unsigned char kExif[] = {
     0x49, 0x49, 0x2a, 0x00, 0x08, 0x00, 0x00, 0x00, 0x06, 0x00, 0x0f, 0x01, 0x02, 0x00, 0x08, 0x00,
@@ -68,16 +70,15 @@ std::string segment(unsigned char marker, const std::string& bytes) {
 
 /// All but the picture itself, which nobody looks at.
 std::string jpegWith(const std::string& metadata) {
-  const std::string jfif("JFIF\0\1\1\0\0\1\0\1\0", 14);
-  const std::string eightByEight("\x08\0\x08\0\x08\1\1\x11\0", 9);
+  const std::string jfif = "JFIF\0\1\1\0\0\1\0\1\0\0"s;
+  const std::string eightByEight = "\x08\0\x08\0\x08\1\1\x11\0"s;
   return "\xff\xd8" + segment(0xe0, jfif) + metadata + segment(0xc0, eightByEight) +
-         segment(0xda, std::string("\1\1\0\0\x3f\0", 6)) + "\xff\xd9";
+         segment(0xda, "\1\1\0\0\x3f\0"s) + "\xff\xd9";
 }
 
 }  // namespace
 
 std::vector<RehearsalFile> rehearsalOfPictures() {
-  using std::string_literals::operator""s;
   return {{"public.jpeg", jpegWith("")},
           {"public.jpeg", jpegWith(segment(0xe1, "Exif\0\0"s + bytesOf(kExif)) +
                                    segment(0xe1, "http://ns.adobe.com/xap/1.0/\0"s + kXmp) +
