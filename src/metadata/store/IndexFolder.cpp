@@ -367,9 +367,10 @@ std::optional<StoreError> IndexFolder::syncFolder() const {
 
 Result<std::vector<std::string>, StoreError> IndexFolder::names() const {
   // Another descriptor, since listing moves the place in it.
-  const int copy = ::openat(folder_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  DIR* const listing = copy < 0 ? nullptr : ::fdopendir(copy);
+  Descriptor copy(::openat(folder_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  DIR* const listing = copy.isOpen() ? ::fdopendir(copy.get()) : nullptr;
   if (listing == nullptr) return systemError(errno, "list", path_);
+  copy.release();
   std::vector<std::string> found;
   errno = 0;
   while (const dirent* const entry = ::readdir(listing)) found.emplace_back(entry->d_name);
