@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include <array>
@@ -33,12 +34,11 @@ constexpr std::size_t kMostFiles = 1000;  // of each program
 constexpr FileOrigin kSomebody = 1;
 
 struct Cost {
-  double user = 0;    // seconds of a processor
-  double system = 0;  // likewise
-  double faults = 0;  // pages that were missing, or copied when they were written to
+  double seconds = 0;  // of a processor
+  double faults = 0;   // pages that were missing, or copied when they were written to
 
   Cost operator-(const Cost& other) const {
-    return {user - other.user, system - other.system, faults - other.faults};
+    return {seconds - other.seconds, faults - other.faults};
   }
 };
 
@@ -55,8 +55,7 @@ Cost costOfProcess(pid_t process) {
   fields >> faults >> faultsOfChildren >> ofFiles >> ofFiles;
   for (double& each : ticks) fields >> each;
   const auto perSecond = static_cast<double>(::sysconf(_SC_CLK_TCK));
-  return {(ticks[0] + ticks[2]) / perSecond, (ticks[1] + ticks[3]) / perSecond,
-          faults + faultsOfChildren};
+  return {(ticks[0] + ticks[1] + ticks[2] + ticks[3]) / perSecond, faults + faultsOfChildren};
 }
 
 /// What all workers have taken up to now.
@@ -64,7 +63,7 @@ Cost costOfWorkers() {
   Cost sum;
   for (const pid_t process : descendants("vistaro-extract")) {
     const Cost cost = costOfProcess(process);
-    sum = {sum.user + cost.user, sum.system + cost.system, sum.faults + cost.faults};
+    sum = {sum.seconds + cost.seconds, sum.faults + cost.faults};
   }
   return sum;
 }
@@ -123,8 +122,7 @@ class Program {
 
 void print(const std::string& name, const Cost& cost, std::size_t files) {
   const double millis = 1000.0 / static_cast<double>(files);
-  fmt::print("{:<40} {:>9.3f} ms  user {:.3f}  system {:.3f}  faults {:.0f}\n", name,
-             (cost.user + cost.system) * millis, cost.user * millis, cost.system * millis,
+  fmt::print("{:<40} {:>9.3f} ms  faults {:.0f}\n", name, cost.seconds * millis,
              cost.faults / static_cast<double>(files));
 }
 

@@ -64,8 +64,8 @@ void forget(std::uintptr_t start, std::uintptr_t end) {
   ::madvise(at(start), end - start, MADV_DONTNEED);
 }
 
-/// Whether the page is there. Leaves things as they are.
-bool isMapped(std::uintptr_t page) {
+/// Whether the page is there. What it holds first may be what address sanitizers put around things.
+[[gnu::no_sanitize_address]] bool isMapped(std::uintptr_t page) {
   const long before = faultsUntilNow();
   static_cast<void>(*static_cast<const volatile char*>(at(page)));
   return faultsUntilNow() == before;
@@ -104,7 +104,8 @@ std::vector<std::uintptr_t> mappedPages(const Segment& window) {
 }
 
 /// Makes the pages the process's own: a fork then copies where they are.
-void makeOwn(const Segment& segment, const std::vector<std::uintptr_t>& pages) {
+[[gnu::no_sanitize_address]] void makeOwn(const Segment& segment,
+                                          const std::vector<std::uintptr_t>& pages) {
   const int kept = segment.isCode ? PROT_READ | PROT_EXEC : PROT_READ;
   const std::size_t size = segment.end - segment.start;
   // As a whole, or else it is no longer one for the kernel; and this very code may be in it. Where
