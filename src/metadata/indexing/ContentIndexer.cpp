@@ -20,7 +20,7 @@ namespace {
 constexpr std::chrono::seconds kBetweenCommits{3};
 constexpr std::chrono::milliseconds kBetweenReports{100};
 // So many that those who look into files always have a next one.
-constexpr std::size_t kMostLooks = 32;
+constexpr std::size_t kMostLooks = 64;
 
 bool hasSeveralNames(int file) {
   struct stat status{};

@@ -31,7 +31,7 @@ struct ContentCounts {
   std::uint64_t vanished = 0;  ///< of those: gone, or no files of the sort by now
 };
 
-/// Fewer new texts are not worth merging them with all others.
+/// Fewer new texts are worth neither merging them with all others nor large pages of memory.
 inline constexpr std::uint64_t kManyNewTexts = 20'000;
 
 /// Looks into the files of a segment that are still to be looked into, and keeps what it finds in

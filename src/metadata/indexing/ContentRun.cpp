@@ -88,7 +88,6 @@ ContentCounts ContentRun::lookIntoFiles(const Segment& segment, const ContentTyp
   if (hasSeenAll) failure = catalogue_->remove(unseen);
   if (!failure) failure = lookAtAttributes(segment, progress);
   if (!failure) failure = indexer.run(progress);
-  if (!failure && indexer.counts().done > kManyNewTexts) failure = catalogue_->mergeText();
   if (failure) fail(*std::move(failure));
   return indexer.counts();
 }

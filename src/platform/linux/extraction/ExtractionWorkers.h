@@ -31,7 +31,7 @@ class ExtractionWorkers {
   /// Processes of each program.
   static constexpr std::size_t kAtOnce = 2;
   /// Files that each of them has at once: it looks into one, and need not wait for the next.
-  static constexpr int kHandedAtOnce = 2;
+  static constexpr int kHandedAtOnce = 4;
   /// As many when they are of one origin: another worker would need another process for some.
   static constexpr int kHandedOfOneOrigin = 8;
 
