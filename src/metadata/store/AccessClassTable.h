@@ -23,8 +23,8 @@ class AccessClassTable {
   };
 
   AccessClassTable() = default;
-  AccessClassTable(AccessClassTable&&) = default;
-  AccessClassTable& operator=(AccessClassTable&&) = default;
+  AccessClassTable(AccessClassTable&&) noexcept = default;
+  AccessClassTable& operator=(AccessClassTable&&) noexcept = default;
 
   /// The number of the class, which is a new one when there was none like it.
   std::uint32_t numberOf(const FileOwnership& ownership, AclPresence acl,
