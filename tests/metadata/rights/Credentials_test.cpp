@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <vector>
+
 namespace vt {
 namespace {
 
@@ -12,6 +15,21 @@ TEST(Credentials, HoldThePrimaryGroupAndEachGroupOnce) {
   EXPECT_TRUE(who.isMemberOf(30));
   EXPECT_TRUE(who.isMemberOf(10));
   EXPECT_FALSE(who.isMemberOf(11));
+}
+
+TEST(Credentials, KnowTheirGroupsHoweverManyTheyAre) {
+  for (const std::uint32_t count : {0, 1, 15, 16, 17, 500}) {
+    SCOPED_TRACE(count);
+    std::vector<std::uint32_t> groups;
+    for (std::uint32_t group = 1; group <= count; ++group) groups.push_back(10 * group);
+    const Credentials who(1000, 5, groups);
+    EXPECT_TRUE(who.isMemberOf(5));
+    for (const std::uint32_t group : groups) {
+      EXPECT_TRUE(who.isMemberOf(group));
+      EXPECT_FALSE(who.isMemberOf(group + 1));
+    }
+    EXPECT_FALSE(who.isMemberOf(0));
+  }
 }
 
 TEST(Credentials, TakeOnlyUserZeroForTheSuperuser) {
