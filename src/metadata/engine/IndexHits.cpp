@@ -24,6 +24,7 @@ class StepCounts {
 
   std::vector<IndexHits::Step> steps() const {
     std::vector<IndexHits::Step> steps;
+    steps.reserve(counts_.size());
     for (const Count& count : counts_) {
       steps.push_back(
           {count.term != nullptr ? query::printTerm(*count.term) : "in the folders, and readable",
@@ -65,7 +66,7 @@ std::vector<std::uint32_t> rowsFound(const QueryPlan& plan, const SearchedRows& 
   if (isSearchedFirst) {
     const std::size_t asked = counts != nullptr ? rows.count() : 0;
     rows.keepIf([&](std::size_t row) { return searched.contains(row); });
-    if (counts != nullptr) counts->add(nullptr, asked, rows.count());
+    if (counts != nullptr) counts->add(/*term=*/nullptr, asked, rows.count());
   }
   rows = plan.rowsAmong(std::move(rows), watch);
   if (dead != nullptr) remove(*dead, rows);
@@ -75,7 +76,7 @@ std::vector<std::uint32_t> rowsFound(const QueryPlan& plan, const SearchedRows& 
   if (isSearchedFirst) return found;
   const std::size_t asked = found.size();
   searched.narrow(found);
-  if (counts != nullptr) counts->add(nullptr, asked, found.size());
+  if (counts != nullptr) counts->add(/*term=*/nullptr, asked, found.size());
   return found;
 }
 
